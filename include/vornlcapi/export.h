@@ -1,0 +1,12 @@
+/* SPDX-License-Identifier: Apache-2.0 */
+/* Marks what libvornlcapi exports; everything else in the library is hidden. */
+#ifndef VORNLCAPI_EXPORT_H_
+#define VORNLCAPI_EXPORT_H_
+
+#if defined(__GNUC__)
+#define VORN_EXPORT __attribute__((visibility("default")))
+#else
+#define VORN_EXPORT
+#endif
+
+#endif /* VORNLCAPI_EXPORT_H_ */

@@ -1,0 +1,328 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Layer 3: router interfaces, hosts (one address each) and routes (longest prefix match).  Hosts
+// and routes are templates over Ipv4 and Ipv6Address; L3Table at the end holds one of each.
+//
+// Conventions: masks are lengths in bits (mask_length() makes one from a mask); a full table
+// refuses a new entry and changes nothing; a pointer that a table returns holds until that table
+// changes. Memory grows with the entries.
+#ifndef SOFTCARD_L3_TABLE_H_
+#define SOFTCARD_L3_TABLE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+#include <vector>
+
+#include "softcard/flat_index.h"
+#include "softcard/id_pool.h"
+#include "softcard/net_types.h"
+#include "softcard/prefix_trie.h"
+
+namespace softcard {
+
+// What adding to a table did.
+enum class L3Add {
+  added,     // a new entry
+  replaced,  // an entry of the same key has the new values
+  exists,    // refused: another entry stands in the way and was not to be replaced
+  full,      // refused: no room
+  invalid,   // refused: a VLAN id above 4095 or a mask length beyond the address
+};
+
+// True for added and replaced.
+constexpr bool succeeded(L3Add result) {
+  return result == L3Add::added || result == L3Add::replaced;
+}
+
+// The way of a frame out of the router.
+struct NextHop {
+  Destination destination;         // the port or LAG it leaves by
+  MacAddress mac;                  // its new destination address
+  std::uint32_t interface_id = 0;  // the router interface that gives the new source and the VLAN
+};
+
+// The length of a mask, 0 to 32 or 128, or -1 when its ones are not all in front.
+int mask_length(Ipv4 mask);
+int mask_length(const Ipv6Address& mask);
+
+// `ip` with all bits behind the first `length` cleared.
+Ipv4 masked(Ipv4 ip, unsigned length);
+Ipv6Address masked(const Ipv6Address& ip, unsigned length);
+
+// --- Interfaces -----------------------------------------------------------------------------
+
+// A router's own address in a VLAN.
+struct L3Interface {
+  std::uint32_t id = 0;
+  std::uint16_t vlan = 0;
+  MacAddress mac;
+};
+
+// The router interfaces; neither an id nor a (VLAN, MAC) pair is there twice.
+class L3InterfaceTable {
+ public:
+  explicit L3InterfaceTable(std::size_t capacity);
+
+  // Makes an interface under the lowest free id from 1 up.  `exists` when the pair is there
+  // already; `id` is set to the interface's id in both cases and left alone otherwise.
+  L3Add create(const MacAddress& mac, std::uint16_t vlan, std::uint32_t& id);
+
+  // Makes an interface under `id`.  When the id is taken it gets the new values if `replace` is
+  // set, and `exists` is returned if not; `exists` too when the pair belongs to another id.
+  L3Add create_with_id(const MacAddress& mac, std::uint16_t vlan, std::uint32_t id, bool replace);
+
+  // Returns the interface of `id`, or null.
+  const L3Interface* get(std::uint32_t id) const;
+
+  // Returns the interface that owns `mac` in `vlan`, or null: whether a frame is the router's.
+  const L3Interface* find(std::uint16_t vlan, const MacAddress& mac) const {
+    if (per_vlan_[vlan & 0xFFF] == 0) return nullptr;
+    return find_pair(vlan, mac);
+  }
+
+  bool remove(std::uint16_t vlan, const MacAddress& mac);
+  bool remove(std::uint32_t id);
+  void clear();
+
+  std::size_t size() const { return by_id_.size(); }
+  std::size_t capacity() const { return capacity_; }
+
+  // Calls visit(const L3Interface&) for each interface; `visit` must not change the table.
+  template <class Visit>
+  void for_each(Visit&& visit) const {
+    for (const Place& place : places_) {
+      if (place.used) visit(place.interface);
+    }
+  }
+
+ private:
+  struct Place {
+    L3Interface interface;
+    bool used = false;
+  };
+
+  const L3Interface* find_pair(std::uint16_t vlan, const MacAddress& mac) const;
+  std::uint32_t position_of(std::uint32_t id) const;
+  void put(std::uint32_t position, const L3Interface& interface);
+  void take(std::uint32_t position);
+
+  std::size_t capacity_;
+  std::vector<Place> places_;
+  std::vector<std::uint32_t> free_;
+  FlatIndex by_id_;
+  FlatIndex by_pair_;
+  IdPool ids_;
+  std::vector<std::uint32_t> per_vlan_;  // interfaces in each VLAN
+};
+
+// --- Hosts ----------------------------------------------------------------------------------
+
+// A neighbour: its address and how to reach it.
+template <class Address>
+struct L3Host {
+  Address ip{};
+  NextHop next_hop;
+};
+
+// The hosts, keyed by address and destination: several ports may hold one address, and then the
+// earliest of them is used.
+template <class Address>
+class L3HostTable {
+ public:
+  using Host = L3Host<Address>;
+
+  explicit L3HostTable(std::size_t capacity) : capacity_(capacity) {}
+
+  // Adds a host, or gives the host of the same address and destination the new MAC and interface.
+  L3Add add(const Address& ip, const NextHop& next_hop);
+
+  // Starts to load what find(ip) reads first.
+  void prefetch(const Address& ip) const { index_.prefetch(hash_of(ip)); }
+
+  // Returns the earliest host of `ip`, or null.
+  const Host* find(const Address& ip) const {
+    const std::uint32_t position = first_of(ip);
+    return position == kNil ? nullptr : &places_[position].host;
+  }
+
+  // Returns the host of `ip` at `destination`, or null.
+  const Host* find(const Address& ip, Destination destination) const;
+
+  // Removes the host of `ip` at `destination`; false when there is none.
+  bool remove(const Address& ip, Destination destination);
+
+  // Removes the hosts of the address's network, the /24 of IPv4 and the /64 of IPv6, and returns
+  // how many there were.  Asks for each of the 256 addresses of a /24; reads the whole table for a
+  // /64.
+  std::size_t remove_network(const Address& ip);
+
+  // Removes the hosts behind an interface and returns how many there were; reads the whole table.
+  std::size_t remove_by_interface(std::uint32_t interface_id);
+
+  void clear();
+
+  std::size_t size() const { return size_; }
+  std::size_t capacity() const { return capacity_; }
+
+  // Calls visit(const Host&) for each host; `visit` must not change the table.
+  template <class Visit>
+  void for_each(Visit&& visit) const {
+    for (const Place& place : places_) {
+      if (place.used) visit(place.host);
+    }
+  }
+
+ private:
+  static constexpr std::uint32_t kNil = FlatIndex::kNone;
+
+  struct Place {
+    Host host;
+    std::uint32_t next = kNil;  // the next later host of the same address
+    bool used = false;
+  };
+
+  static std::uint32_t hash_of(const Address& ip);
+  std::uint32_t first_of(const Address& ip) const {
+    return index_.find(hash_of(ip), [&](std::uint32_t p) { return places_[p].host.ip == ip; });
+  }
+  template <class Matches>
+  std::size_t remove_where(Matches&& matches);
+
+  std::size_t capacity_;
+  std::size_t size_ = 0;
+  std::vector<Place> places_;
+  std::vector<std::uint32_t> free_;
+  FlatIndex index_;  // the earliest host of each address
+};
+
+template <>
+inline std::uint32_t L3HostTable<Ipv4>::hash_of(const Ipv4& ip) {
+  return FlatIndex::hash_of(ip);
+}
+template <>
+inline std::uint32_t L3HostTable<Ipv6Address>::hash_of(const Ipv6Address& ip) {
+  const AddressBits<Ipv6Address> bits(ip);
+  return FlatIndex::hash_of(mix64(bits.high()) + bits.low());
+}
+
+// --- Routes ---------------------------------------------------------------------------------
+
+// A subnet and one way to it.
+template <class Address>
+struct L3Route {
+  Address prefix{};     // bits behind `length` are 0
+  unsigned length = 0;  // of the mask, in bits
+  std::uint32_t metric = 0;
+  NextHop next_hop;
+};
+
+// The routes, keyed by prefix, mask length and destination.  Of the routes of one prefix the one of
+// the lowest metric is used, and of several of those the earliest.
+template <class Address>
+class L3RouteTable {
+ public:
+  using Route = L3Route<Address>;
+
+  explicit L3RouteTable(std::size_t capacity) : capacity_(capacity) {}
+
+  // Adds a route to the subnet of `ip`, or gives the route of the same key the new MAC, interface
+  // and metric; a route whose metric changes counts as the latest of its new metric.
+  L3Add add(const Address& ip, unsigned length, const NextHop& next_hop, std::uint32_t metric = 0);
+
+  // Starts to load what lookup(ip) reads first.
+  void prefetch(const Address& ip) const { trie_.prefetch(ip); }
+
+  // Returns the route in use for `ip`: the longest prefix that holds it.  Null when there is none.
+  const Route* lookup(const Address& ip) const {
+    const std::uint32_t position = trie_.lookup(ip);
+    return position == kNil ? nullptr : &places_[position].route;
+  }
+
+  // As lookup() for each of `count` addresses, a step of all of them at a time, so that they wait
+  // for memory together.  routes[i] is the result for ips[i].  `count` is at most kBatch.
+  static constexpr std::size_t kBatch = PrefixTrie<Address>::kBatch;
+  void lookup_batch(const Address* ips, std::size_t count, const Route** routes) const;
+
+  // Returns the route in use for exactly this subnet, or null.
+  const Route* find(const Address& ip, unsigned length) const;
+
+  // Returns the route to this subnet by `destination`, or null.
+  const Route* find(const Address& ip, unsigned length, Destination destination) const;
+
+  // Removes the route to this subnet by `destination`; false when there is none.
+  bool remove(const Address& ip, unsigned length, Destination destination);
+
+  // Removes the routes over an interface and returns how many there were; reads the whole table.
+  std::size_t remove_by_interface(std::uint32_t interface_id);
+
+  void clear();
+
+  std::size_t size() const { return size_; }
+  std::size_t capacity() const { return capacity_; }
+
+  // Calls visit(const Route&) for each route; `visit` must not change the table.
+  template <class Visit>
+  void for_each(Visit&& visit) const {
+    for (const Place& place : places_) {
+      if (place.used) visit(place.route);
+    }
+  }
+
+ private:
+  static constexpr std::uint32_t kNil = PrefixTrie<Address>::kNone;
+
+  struct Place {
+    Route route;
+    std::uint32_t next = kNil;  // the next worse route of the same prefix
+    bool used = false;
+  };
+
+  std::uint32_t find_by_destination(std::uint32_t first, Destination destination) const;
+  void link(std::uint32_t position);
+  void unlink(std::uint32_t position);
+  void erase(std::uint32_t position);
+
+  std::size_t capacity_;
+  std::size_t size_ = 0;
+  std::vector<Place> places_;
+  std::vector<std::uint32_t> free_;
+  PrefixTrie<Address> trie_;  // the route in use of each prefix
+};
+
+// --- All of them ----------------------------------------------------------------------------
+
+// How many entries each table takes.
+struct L3Capacity {
+  std::size_t interfaces = 4096;
+  std::size_t ipv4_hosts = 131072;
+  std::size_t ipv6_hosts = 65536;
+  std::size_t ipv4_routes = 131072;
+  std::size_t ipv6_routes = 65536;
+};
+
+// The layer-3 tables of a card.  They stand side by side: removing an interface leaves the hosts
+// and routes that name it, and those find no interface until one has that id again.
+struct L3Table {
+  explicit L3Table(const L3Capacity& capacity = L3Capacity())
+      : interfaces(capacity.interfaces),
+        ipv4_hosts(capacity.ipv4_hosts),
+        ipv6_hosts(capacity.ipv6_hosts),
+        ipv4_routes(capacity.ipv4_routes),
+        ipv6_routes(capacity.ipv6_routes) {}
+
+  L3InterfaceTable interfaces;
+  L3HostTable<Ipv4> ipv4_hosts;
+  L3HostTable<Ipv6Address> ipv6_hosts;
+  L3RouteTable<Ipv4> ipv4_routes;
+  L3RouteTable<Ipv6Address> ipv6_routes;
+};
+
+extern template class L3HostTable<Ipv4>;
+extern template class L3HostTable<Ipv6Address>;
+extern template class L3RouteTable<Ipv4>;
+extern template class L3RouteTable<Ipv6Address>;
+
+}  // namespace softcard
+
+#endif  // SOFTCARD_L3_TABLE_H_

@@ -1,0 +1,183 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Longest prefix match for IPv4 and IPv6: a trie that takes 15 bits of the address with its first
+// step and six with each further one.  A node keeps two bitmaps, the prefixes that end in it and
+// the children it has, so it costs 24 bytes however many of its 64 branches are there, and adding
+// or removing a prefix touches one node, whatever longer prefixes lie below it.
+//
+// An IPv4 prefix of up to 26 bits takes two nodes, a longer one three.
+#ifndef SOFTCARD_PREFIX_TRIE_H_
+#define SOFTCARD_PREFIX_TRIE_H_
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "softcard/hash.h"
+#include "softcard/net_types.h"
+
+namespace softcard {
+
+// The bits of an address by position; position 0 is the most significant bit.
+template <class Address>
+class AddressBits;
+
+template <>
+class AddressBits<Ipv4> {
+ public:
+  static constexpr unsigned kWidth = 32;
+
+  explicit AddressBits(Ipv4 ip) : bits_(std::uint64_t{ip} << 32) {}
+
+  // `count` bits (1 to 63) from `offset` (below 64) on as a number; bits behind the end are 0.
+  unsigned extract(unsigned offset, unsigned count) const {
+    return static_cast<unsigned>(bits_ << offset >> (64 - count));
+  }
+
+ private:
+  std::uint64_t bits_;
+};
+
+template <>
+class AddressBits<Ipv6Address> {
+ public:
+  static constexpr unsigned kWidth = 128;
+
+  explicit AddressBits(const Ipv6Address& ip) {
+    for (unsigned i = 0; i < 8; ++i) {
+      high_ = high_ << 8 | ip.bytes[i];
+      low_ = low_ << 8 | ip.bytes[i + 8];
+    }
+  }
+
+  std::uint64_t high() const { return high_; }
+  std::uint64_t low() const { return low_; }
+
+  // `count` bits (1 to 63) from `offset` (below 128) on as a number; bits behind the end are 0.
+  unsigned extract(unsigned offset, unsigned count) const {
+    const std::uint64_t from_offset =
+        offset >= 64 ? low_ << (offset - 64)
+                     : high_ << offset | (offset == 0 ? 0 : low_ >> (64 - offset));
+    return static_cast<unsigned>(from_offset >> (64 - count));
+  }
+
+ private:
+  std::uint64_t high_ = 0;
+  std::uint64_t low_ = 0;
+};
+
+// Runs of 1 to 64 values in one array, addressed by the position of the first, that are handed out
+// in sizes of powers of two and used again when they are given back.
+template <class Value>
+class RunPool {
+ public:
+  Value& operator[](std::uint32_t position) { return values_[position]; }
+  const Value& operator[](std::uint32_t position) const { return values_[position]; }
+
+  // Adds `value` at index `at` of the run of `count` values at `run`, which may move.  A run of no
+  // values needs no position.
+  void insert(std::uint32_t& run, unsigned count, unsigned at, const Value& value);
+
+  // Removes the value at index `at` of the run of `count` values at `run`, which may move.
+  void erase(std::uint32_t& run, unsigned count, unsigned at);
+
+  // Forgets all runs and gives the memory back.
+  void clear();
+
+ private:
+  std::uint32_t allocate(unsigned size_class);
+
+  std::vector<Value> values_;
+  std::array<std::vector<std::uint32_t>, 7> free_;  // by log2 of the size
+};
+
+// A map from prefixes to 32-bit values that answers with the value of the longest prefix of an
+// address.  Bits of a prefix behind its length do not count; lengths are at most kWidth.
+template <class Address>
+class PrefixTrie {
+ public:
+  static constexpr std::uint32_t kNone = UINT32_MAX;
+  static constexpr unsigned kWidth = AddressBits<Address>::kWidth;
+  static constexpr std::size_t kBatch = 64;
+
+  // Starts to load what lookup(ip) reads first.
+  void prefetch(const Address& ip) const {
+    if (!roots_.empty())
+      softcard::prefetch(&roots_[AddressBits<Address>(ip).extract(0, kRootBits)]);
+  }
+
+  // Returns the value of the longest prefix that holds `ip`, or kNone.
+  std::uint32_t lookup(const Address& ip) const {
+    if (roots_.empty()) return kNone;
+    const AddressBits<Address> bits(ip);
+    Walk walk(roots_[bits.extract(0, kRootBits)]);
+    while (walk.node != kNone) step(bits, walk);
+    return value_of(walk);
+  }
+
+  // As lookup() for each of `count` addresses, at most kBatch, a step of all of them at a time.
+  void lookup_batch(const Address* ips, std::size_t count, std::uint32_t* values) const;
+
+  // Returns the value of exactly this prefix, or kNone.
+  std::uint32_t get(const Address& prefix, unsigned length) const;
+
+  // Gives a prefix a value, which must not be kNone.
+  void set(const Address& prefix, unsigned length, std::uint32_t value);
+
+  // Removes a prefix, which must have a value.
+  void erase(const Address& prefix, unsigned length);
+
+  // Removes all prefixes and gives the memory back.
+  void clear();
+
+ private:
+  static constexpr unsigned kRootBits = 15;
+  static constexpr unsigned kStride = 6;
+  static constexpr std::size_t kRoots = std::size_t{1} << kRootBits;
+  // Nodes on the way to the longest prefix.
+  static constexpr unsigned kMaxDepth = (kWidth - kRootBits) / kStride + 1;
+
+  // Bit (2^l - 1 + n) of `prefixes` stands for the prefix of l bits (0 to 5) with the value n; bit
+  // n of `children` for the branch of six bits with the value n.  Values and children are runs in
+  // the order of their bits.
+  struct Node {
+    std::uint64_t prefixes = 0;
+    std::uint64_t children = 0;
+    std::uint32_t values_run = 0;
+    std::uint32_t children_run = 0;
+  };
+  struct Root {
+    std::uint32_t node = kNone;
+    std::uint32_t value = kNone;  // of the longest prefix shorter than kRootBits
+  };
+  // A lookup under way: the node to look at and the best prefix seen so far.
+  struct Walk {
+    explicit Walk(const Root& root) : node(root.node), root_value(root.value) {}
+    std::uint32_t node;
+    unsigned offset = kRootBits;
+    std::uint32_t root_value;
+    std::uint32_t values_run = 0;
+    std::uint64_t prefixes = 0;  // of the node with the best prefix; 0: root_value is best
+    std::uint64_t best = 0;      // its bit
+  };
+
+  // For each branch the bits of Node::prefixes that hold it.
+  static const std::array<std::uint64_t, 64>& prefixes_of_branch();
+
+  void step(const AddressBits<Address>& bits, Walk& walk) const;
+  std::uint32_t value_of(const Walk& walk) const;
+  // The index in Node::prefixes of a prefix that ends in the node at `offset`.
+  static unsigned prefix_bit(const AddressBits<Address>& bits, unsigned offset, unsigned length);
+  void set_short(std::uint32_t heap, std::uint32_t value);
+  void paint(std::uint32_t heap, std::uint32_t value);
+
+  std::vector<Root> roots_;                  // empty until the first prefix comes
+  std::vector<std::uint32_t> short_values_;  // of prefixes below kRootBits, by 2^length + bits
+  RunPool<Node> nodes_;
+  RunPool<std::uint32_t> values_;
+};
+
+}  // namespace softcard
+
+#endif  // SOFTCARD_PREFIX_TRIE_H_

@@ -8,8 +8,8 @@
 // costs what it removes.  Nothing is allocated after construction, except when a port or LAG number
 // larger than any before is seen.
 //
-// Conventions: VLAN ids are 0 to 4095 and addresses are given as MacAddress; times are seconds of
-// the card's clock.  A full table refuses a new entry and changes nothing.
+// Conventions: VLAN ids are 0 to 4095; times are seconds of the card's clock, which never goes
+// back. A full table refuses a new entry and changes nothing.
 #ifndef SOFTCARD_FDB_TABLE_H_
 #define SOFTCARD_FDB_TABLE_H_
 
@@ -180,8 +180,9 @@ class FdbTable {
   // The learned entries in `vlan`.
   std::size_t learned_in(std::uint16_t vlan) const { return vlan_lists_[vlan & 0xFFF].learned; }
 
-  // Calls visit(const FdbEntry&) for each entry, in an order that does not depend on when entries
-  // came.  `visit` may change the table: an entry it adds may or may not be visited.
+  // Calls visit(const FdbEntry&) for each entry in the order of their places, which is the same on
+  // every target.  `visit` may change the table: each entry that stays is visited exactly once, and
+  // one that is added meanwhile at most once.
   template <class Visit>
   void for_each(Visit&& visit) const {
     for (const Bucket& bucket : buckets_) {
@@ -223,12 +224,15 @@ class FdbTable {
     return buckets_[place / kPlacesPerBucket].places[place % kPlacesPerBucket];
   }
   std::uint32_t place_of(const FdbEntry& entry) const;
+  // The list that holds the entries of a destination; null where a number was never seen.
+  const List* find_list(Destination destination) const;
   List& list_of(Destination destination);
   void link(unsigned which, List& list, std::uint32_t place);
   void unlink(unsigned which, List& list, std::uint32_t place);
   FdbEntry* insert(std::uint64_t key, Destination destination, FdbKind kind, std::uint32_t now);
   void redirect(FdbEntry& entry, Destination destination, FdbKind kind);
   void erase(FdbEntry& entry, FdbChange::Cause cause);
+  std::size_t flush_list(unsigned which, const List& list, const FdbFilter& filter);
   bool configure(std::uint64_t key, Destination destination, FdbKind kind, std::uint32_t now);
   void report(FdbChange::What what, FdbChange::Cause cause, const FdbEntry& entry,
               Destination previous) const;

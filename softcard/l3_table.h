@@ -206,6 +206,11 @@ inline std::uint32_t L3HostTable<Ipv6Address>::hash_of(const Ipv6Address& ip) {
   return FlatIndex::hash_of(mix64(bits.high()) + bits.low());
 }
 
+template <>
+std::size_t L3HostTable<Ipv4>::remove_network(const Ipv4& ip);
+template <>
+std::size_t L3HostTable<Ipv6Address>::remove_network(const Ipv6Address& ip);
+
 // --- Routes ---------------------------------------------------------------------------------
 
 // A subnet and one way to it.

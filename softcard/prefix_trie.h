@@ -67,8 +67,8 @@ class AddressBits<Ipv6Address> {
   std::uint64_t low_ = 0;
 };
 
-// Runs of 1 to 64 values in one array, addressed by the position of the first, that are handed out
-// in sizes of powers of two and used again when they are given back.
+// Runs of 1 to 64 values in one array, addressed by the position of the first.  Room for them is
+// handed out in powers of two and used again when it is given back.
 template <class Value>
 class RunPool {
  public:
@@ -76,8 +76,8 @@ class RunPool {
   const Value& operator[](std::uint32_t position) const { return values_[position]; }
 
   // Adds `value` at index `at` of the run of `count` values at `run`, which may move.  A run of no
-  // values needs no position.
-  void insert(std::uint32_t& run, unsigned count, unsigned at, const Value& value);
+  // values has no position.
+  void insert(std::uint32_t& run, unsigned count, unsigned at, Value value);
 
   // Removes the value at index `at` of the run of `count` values at `run`, which may move.
   void erase(std::uint32_t& run, unsigned count, unsigned at);
@@ -87,10 +87,27 @@ class RunPool {
 
  private:
   std::uint32_t allocate(unsigned size_class);
+  void resize_run(std::uint32_t& run, unsigned count, unsigned old_class, unsigned new_class);
 
   std::vector<Value> values_;
-  std::array<std::vector<std::uint32_t>, 7> free_;  // by log2 of the size
+  std::array<std::vector<std::uint32_t>, 7> free_;  // by log2 of the room
 };
+
+namespace detail {
+
+// For each branch of a node the bits of Node::prefixes (below) that hold it.
+constexpr std::array<std::uint64_t, 64> make_prefixes_of_branch() {
+  std::array<std::uint64_t, 64> table{};
+  for (unsigned branch = 0; branch < 64; ++branch) {
+    for (unsigned length = 0; length < 6; ++length) {
+      table[branch] |= std::uint64_t{1} << ((1u << length) - 1 + (branch >> (6 - length)));
+    }
+  }
+  return table;
+}
+inline constexpr std::array<std::uint64_t, 64> kPrefixesOfBranch = make_prefixes_of_branch();
+
+}  // namespace detail
 
 // A map from prefixes to 32-bit values that answers with the value of the longest prefix of an
 // address.  Bits of a prefix behind its length do not count; lengths are at most kWidth.
@@ -135,7 +152,7 @@ class PrefixTrie {
   static constexpr unsigned kRootBits = 15;
   static constexpr unsigned kStride = 6;
   static constexpr std::size_t kRoots = std::size_t{1} << kRootBits;
-  // Nodes on the way to the longest prefix.
+  // The nodes on the way to a prefix of full length.
   static constexpr unsigned kMaxDepth = (kWidth - kRootBits) / kStride + 1;
 
   // Bit (2^l - 1 + n) of `prefixes` stands for the prefix of l bits (0 to 5) with the value n; bit
@@ -153,22 +170,50 @@ class PrefixTrie {
   };
   // A lookup under way: the node to look at and the best prefix seen so far.
   struct Walk {
+    Walk() = default;
     explicit Walk(const Root& root) : node(root.node), root_value(root.value) {}
-    std::uint32_t node;
+
+    std::uint32_t node = kNone;
     unsigned offset = kRootBits;
-    std::uint32_t root_value;
+    std::uint32_t root_value = kNone;
     std::uint32_t values_run = 0;
     std::uint64_t prefixes = 0;  // of the node with the best prefix; 0: root_value is best
-    std::uint64_t best = 0;      // its bit
+    unsigned best = 0;           // the bit of that prefix
   };
 
-  // For each branch the bits of Node::prefixes that hold it.
-  static const std::array<std::uint64_t, 64>& prefixes_of_branch();
+  // How many of the first `bit` bits are set: the index in a run of what stands for `bit`.
+  static unsigned rank(std::uint64_t bits, unsigned bit) {
+    return count_bits(bits & ((std::uint64_t{1} << bit) - 1));
+  }
 
-  void step(const AddressBits<Address>& bits, Walk& walk) const;
-  std::uint32_t value_of(const Walk& walk) const;
-  // The index in Node::prefixes of a prefix that ends in the node at `offset`.
+  // Looks at the node of `walk` and leads on to its child, or to kNone.
+  void step(const AddressBits<Address>& bits, Walk& walk) const {
+    const Node& node = nodes_[walk.node];
+    const unsigned branch = bits.extract(walk.offset, kStride);
+    const std::uint64_t holding = node.prefixes & detail::kPrefixesOfBranch[branch];
+    if (holding != 0) {  // the highest bit is the longest prefix
+      walk.best = 63 - static_cast<unsigned>(__builtin_clzll(holding));
+      walk.prefixes = node.prefixes;
+      walk.values_run = node.values_run;
+    }
+    if ((node.children >> branch & 1) == 0) {
+      walk.node = kNone;
+      return;
+    }
+    walk.node = node.children_run + rank(node.children, branch);
+    walk.offset += kStride;
+  }
+
+  // Where the value of the walk's best prefix stands; `prefixes` must not be 0.
+  std::uint32_t best_position(const Walk& walk) const {
+    return walk.values_run + rank(walk.prefixes, walk.best);
+  }
+  std::uint32_t value_of(const Walk& walk) const {
+    return walk.prefixes == 0 ? walk.root_value : values_[best_position(walk)];
+  }
+
   static unsigned prefix_bit(const AddressBits<Address>& bits, unsigned offset, unsigned length);
+  static std::uint32_t heap_position(const AddressBits<Address>& bits, unsigned length);
   void set_short(std::uint32_t heap, std::uint32_t value);
   void paint(std::uint32_t heap, std::uint32_t value);
 
@@ -177,6 +222,9 @@ class PrefixTrie {
   RunPool<Node> nodes_;
   RunPool<std::uint32_t> values_;
 };
+
+extern template class PrefixTrie<Ipv4>;
+extern template class PrefixTrie<Ipv6Address>;
 
 }  // namespace softcard
 

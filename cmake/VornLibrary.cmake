@@ -10,7 +10,7 @@ foreach(unit capi socket api)
     list(APPEND units vornlcapi_${unit})
     set_target_properties(vornlcapi_${unit} PROPERTIES POSITION_INDEPENDENT_CODE ON)
     target_compile_options(vornlcapi_${unit} PRIVATE
-      -ffunction-sections -fdata-sections -fvisibility-inlines-hidden)
+      -ffunction-sections -fdata-sections -fvisibility=hidden -fvisibility-inlines-hidden)
   endif()
 endforeach()
 if(NOT units)
@@ -37,8 +37,13 @@ target_link_options(vornlcapi PRIVATE
   LINKER:--gc-sections
   LINKER:--as-needed
   LINKER:--hash-style=gnu)
+# Clients use include/; hosts, and clients of VornSocket, platform/ too.
 target_include_directories(vornlcapi INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
-  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
-target_compile_definitions(vornlcapi INTERFACE
-  $<$<BOOL:${VORN_OLD_ABI}>:_GLIBCXX_USE_CXX11_ABI=0>)
+  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
+  ${VORN_XORP_INCLUDE_DIRS}
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform>
+  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/vornlcapi/platform>)
+if(VORN_OLD_ABI)
+  target_compile_definitions(vornlcapi INTERFACE _GLIBCXX_USE_CXX11_ABI=0)
+endif()

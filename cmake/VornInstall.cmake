@@ -1,0 +1,103 @@
+# SPDX-License-Identifier: Apache-2.0
+#
+# What `cmake --install` and the Debian packages hold, in three components: runtime (the library),
+# dev (headers, CMake package, pkg-config, the software line card as an archive), tools (vornsh).
+
+include(CMakePackageConfigHelpers)
+
+set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vornlcapi)
+set(platform_dir ${CMAKE_INSTALL_INCLUDEDIR}/vornlcapi/platform)
+
+install(TARGETS vornlcapi EXPORT vornlcapi
+  LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT dev)
+install(DIRECTORY include/vornlcapi DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev
+  FILES_MATCHING PATTERN "*.h")
+# With a real XORP tree, its own headers are the ones to use.
+if(VORN_XORP_INCLUDE_DIRS)
+  set(xorp_headers)
+else()
+  set(xorp_headers PATTERN "*.hh")
+endif()
+install(DIRECTORY platform/ DESTINATION ${platform_dir} COMPONENT dev
+  FILES_MATCHING PATTERN "*.h" ${xorp_headers})
+install(EXPORT vornlcapi NAMESPACE vornlcapi:: FILE vornlcapiTargets.cmake
+  DESTINATION ${package_dir} COMPONENT dev)
+
+if(TARGET softcard)
+  set_target_properties(softcard PROPERTIES EXPORT_NAME softcard_archive)
+  install(TARGETS softcard EXPORT vornlcapi_softcard
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+  install(EXPORT vornlcapi_softcard NAMESPACE vornlcapi:: FILE vornlcapiSoftcardTargets.cmake
+    DESTINATION ${package_dir} COMPONENT dev)
+  install(DIRECTORY softcard DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vornlcapi COMPONENT dev
+    FILES_MATCHING PATTERN "*.h")
+endif()
+
+configure_package_config_file(cmake/vornlcapiConfig.cmake.in
+  ${PROJECT_BINARY_DIR}/vornlcapiConfig.cmake INSTALL_DESTINATION ${package_dir})
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/vornlcapiConfigVersion.cmake
+  COMPATIBILITY SameMajorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/vornlcapiConfig.cmake
+  ${PROJECT_BINARY_DIR}/vornlcapiConfigVersion.cmake
+  DESTINATION ${package_dir} COMPONENT dev)
+
+# pkg-config: the prefix is found from the place of the file, so that the tree may be moved.
+file(RELATIVE_PATH pc_prefix /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
+string(REGEX REPLACE "/$" "" pc_prefix ${pc_prefix})
+set(pc_cflags)
+if(VORN_OLD_ABI)
+  set(pc_cflags " -D_GLIBCXX_USE_CXX11_ABI=0")
+endif()
+foreach(file vornlcapi vornlcapi-softcard)
+  if(file STREQUAL "vornlcapi" OR TARGET softcard)
+    configure_file(cmake/${file}.pc.in ${PROJECT_BINARY_DIR}/${file}.pc @ONLY)
+    install(FILES ${PROJECT_BINARY_DIR}/${file}.pc
+      DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT dev)
+  endif()
+endforeach()
+
+if(TARGET vornsh)
+  install(TARGETS vornsh RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+endif()
+
+# ---- Debian packages ---------------------------------------------------------------------------
+
+if(NOT PROJECT_IS_TOP_LEVEL)
+  return()
+endif()
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME vornlcapi)
+set(CPACK_PACKAGE_VENDOR "The vornlcapi developers")
+set(CPACK_PACKAGE_CONTACT "The vornlcapi developers <vornlcapi@localhost>")
+set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL runtime dev)
+if(TARGET vornsh)
+  list(APPEND CPACK_COMPONENTS_ALL tools)
+endif()
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+if(CMAKE_CROSSCOMPILING)
+  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${CMAKE_SYSTEM_PROCESSOR})
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS OFF)
+endif()
+
+set(same_version "(= ${PROJECT_VERSION})")
+set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "Client library of a switch's line card manager")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME libvornlcapi0)
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(CPACK_COMPONENT_DEV_DESCRIPTION
+  "Headers of libvornlcapi and the software line card, for clients and host processes")
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME libvornlcapi-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "libvornlcapi0 ${same_version}")
+set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Shell over libvornlcapi and a software line card")
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME vornlcapi-tools)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libvornlcapi0 ${same_version}")
+include(CPack)

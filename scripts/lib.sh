@@ -1,0 +1,121 @@
+# SPDX-License-Identifier: Apache-2.0
+#
+# What the scripts share; sourced, not run.  POSIX sh, run from the root of the tree.
+# shellcheck shell=sh
+
+say() { printf '%s\n' "$*"; }
+die() {
+  printf '%s: %s\n' "$(basename "$0")" "$*" >&2
+  exit 1
+}
+
+# Runs a command as root.
+as_root() {
+  if [ "$(id -u)" -eq 0 ]; then
+    "$@"
+  elif command -v sudo >/dev/null 2>&1; then
+    sudo "$@"
+  else
+    die "this needs root, and there is no sudo; as root, run: $*"
+  fi
+}
+
+# Installs what is missing.  Each argument is <Debian package>=<probe>; the probe is a command, or
+# a file when it begins with a slash.  A machine that has every probe needs no package manager.
+need() {
+  missing=
+  for entry in "$@"; do
+    package=${entry%%=*}
+    probe=${entry#*=}
+    case $probe in
+      /*) [ -e "$probe" ] || missing="$missing $package" ;;
+      *) command -v "$probe" >/dev/null 2>&1 || missing="$missing $package" ;;
+    esac
+  done
+  [ -n "$missing" ] || return 0
+  if ! command -v apt-get >/dev/null 2>&1; then
+    die "there is no apt here; please install what these Debian packages hold:$missing"
+  fi
+  say "Installing with apt:$missing"
+  # shellcheck disable=SC2086 # the list of packages is meant to be split
+  {
+    as_root apt-get -q update </dev/null &&
+      as_root env DEBIAN_FRONTEND=noninteractive \
+        apt-get -q -y install --no-install-recommends $missing </dev/null
+  } || die "apt could not install:$missing"
+}
+
+need_native_tools() {
+  need cmake=cmake ninja-build=ninja g++=g++
+}
+
+# The packages that a preset's tests need beyond nothing at all.
+need_for_preset() {
+  need_native_tools
+  case $1 in
+    ppc)
+      need g++-powerpc-linux-gnu=powerpc-linux-gnu-g++ qemu-user=qemu-ppc \
+        googletest=/usr/src/googletest/CMakeLists.txt
+      ;;
+    *) need libgtest-dev=/usr/include/gtest/gtest.h libgmock-dev=/usr/include/gmock/gmock.h ;;
+  esac
+}
+
+jobs() { nproc 2>/dev/null || echo 2; }
+
+# Where warnings are errors.
+in_ci() { [ -n "${CI-}" ]; }
+
+# configure <preset> [option...]: configures build/<preset> where it is not, or not with these
+# options (-DNAME=VALUE); leaves it alone otherwise.
+configure() {
+  preset=$1
+  shift
+  cache=build/$preset/CMakeCache.txt
+  current=yes
+  [ -f "build/$preset/build.ninja" ] && [ -f "$cache" ] || current=no
+  for option in "$@"; do
+    name=${option#-D}
+    grep -q "^${name%%=*}:[A-Z]*=${name#*=}\$" "$cache" 2>/dev/null || current=no
+  done
+  [ $current = yes ] || cmake --preset "$preset" "$@"
+}
+
+# run_tests <preset> [ctest option...]: runs build/<preset>'s tests and closes with one line,
+# "<preset>: N passed, N failed, N skipped".  Adds to $passed and $failed.
+passed=0
+failed=0
+run_tests() {
+  preset=$1
+  shift
+  junit=$PWD/build/$preset/tests.xml
+  rm -f "$junit"
+  status=0
+  ctest --preset "$preset" -j "$(jobs)" --output-junit "$junit" "$@" || status=$?
+  [ -f "$junit" ] || die "ctest left no results for preset $preset"
+  total=$(junit_count tests)
+  bad=$(junit_count failures)
+  skipped=$(($(junit_count skipped) + $(junit_count disabled)))
+  # A run that ends badly without naming a test counts as a failure too.
+  if [ $status -ne 0 ] && [ "$bad" -eq 0 ]; then bad=1; fi
+  good=$((total - bad - skipped))
+  passed=$((passed + good))
+  failed=$((failed + bad))
+  say "$preset: $good passed, $bad failed, $skipped skipped"
+  return $status
+}
+
+# The value of one count in the head of the JUnit file.
+junit_count() {
+  sed -n "s/^[[:space:]]*$1=\"\([0-9]*\)\".*/\1/p;/<testcase/q" "$junit" | head -n 1
+}
+
+# test_preset <preset> [ctest option...]: installs what it needs, builds it, runs its tests.
+test_preset() {
+  need_for_preset "$1"
+  werror=OFF
+  ! in_ci || werror=ON
+  configure "$1" -DVORN_BUILD_TESTS=ON -DVORN_WERROR=$werror &&
+    cmake --build --preset "$1" &&
+    run_tests "$@"
+}

@@ -1,0 +1,27 @@
+#!/bin/sh
+# SPDX-License-Identifier: Apache-2.0
+#
+# Builds and runs the C and the C++ consumer with nothing but a compiler and pkg-config, which
+# the environment names: CC, CXX, PKG_CONFIG, PKG_CONFIG_LIBDIR, LD_LIBRARY_PATH, EMULATOR (a
+# list with semicolons, may be empty).
+
+set -eu
+here=$(dirname "$0")
+work=$(mktemp -d)
+trap 'rm -rf "$work"' EXIT
+emulator=$(printf '%s' "${EMULATOR-}" | tr ';' ' ')
+if [ -n "$emulator" ]; then
+  # The library path is the emulated program's, not the emulator's.
+  emulator="$emulator -E LD_LIBRARY_PATH=$LD_LIBRARY_PATH"
+  unset LD_LIBRARY_PATH
+fi
+
+# shellcheck disable=SC2046,SC2086 # flags and emulator are lists
+{
+  "$CC" -std=c99 "$here/c/consumer.c" -o "$work/c" \
+    $("$PKG_CONFIG" --cflags --libs vornlcapi-softcard)
+  "$CXX" -std=c++11 "$here/cxx/consumer.cpp" -o "$work/cxx" \
+    $("$PKG_CONFIG" --cflags --libs vornlcapi-softcard)
+  $emulator "$work/c"
+  $emulator "$work/cxx"
+}

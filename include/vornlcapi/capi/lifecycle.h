@@ -11,17 +11,17 @@ extern "C" {
 #endif
 
 /* Prepares the line card, then makes the SDK object. Called once, before everything else.
- *   out   receives the host's own value of ctype_vorn_init_line_card */
-VORN_EXPORT int ctype_vorn_lcmgr_api_init(int* out);
+ *   value   receives the host's own value of ctype_vorn_init_line_card */
+VORN_EXPORT int ctype_vorn_lcmgr_api_init(int* value);
 
 /* Deletes the SDK object. Every later call fails. */
 VORN_EXPORT int ctype_vorn_lcmgr_api_terminate(void);
 
-/* Writes its output always: after a failure `out` holds what the host's operation left, 0 if it
+/* Writes its output always: after a failure `value` holds what the host's operation left, 0 if it
  * wrote nothing. Prepares the line card and its port mapping, without making the SDK object:
  * clients call ctype_vorn_lcmgr_api_init instead.
- *   out   receives a value of the host's own, such as the number of ports */
-VORN_EXPORT int ctype_vorn_init_line_card(int* out);
+ *   value   receives a value of the host's own, such as the number of ports */
+VORN_EXPORT int ctype_vorn_init_line_card(int* value);
 
 #ifdef __cplusplus
 } /* extern "C" */

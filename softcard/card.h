@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The card: its description, clock, tables, cables, pipeline and events, and the operations that
+// concern more than one of them.
+//
+// A fresh card is like a switch that nobody configured: all ports are on and have a link, VLAN 1
+// holds all of them untagged and is their PVID, every spanning-tree state is forwarding. Each port
+// is plugged into memory: scripts and tests put frames in there and find those that came out.
+//
+// Tables change and events are delivered at different times: whatever happens is queued, and the
+// registered callbacks are called by deliver_events() alone, when every table is whole. A callback
+// may call anything of the card. All calls come on one thread.
+#ifndef SOFTCARD_CARD_H_
+#define SOFTCARD_CARD_H_
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "softcard/address_plan.h"
+#include "softcard/cable.h"
+#include "softcard/card_description.h"
+#include "softcard/clock.h"
+#include "softcard/cos_table.h"
+#include "softcard/counters.h"
+#include "softcard/events.h"
+#include "softcard/fdb_table.h"
+#include "softcard/filter_table.h"
+#include "softcard/flood_block_table.h"
+#include "softcard/flow_table.h"
+#include "softcard/frame.h"
+#include "softcard/l3_table.h"
+#include "softcard/lag_table.h"
+#include "softcard/mac_lock_table.h"
+#include "softcard/mirror_table.h"
+#include "softcard/pipeline.h"
+#include "softcard/port_table.h"
+#include "softcard/port_vlan_table.h"
+#include "softcard/stp_table.h"
+#include "softcard/traffic_table.h"
+#include "softcard/vlan_class_table.h"
+#include "softcard/vlan_table.h"
+
+namespace softcard {
+
+class Card : public CableSink {
+ public:
+  // `clock` is shared with whoever moves it.
+  Card(const CardDescription& description, std::shared_ptr<Clock> clock);
+  ~Card();
+  Card(const Card&) = delete;
+  Card& operator=(const Card&) = delete;
+
+  const CardDescription& description() const { return description_; }
+  const AddressPlan& addresses() const { return addresses_; }
+  Clock& clock() const { return *clock_; }
+
+  // --- Tables --------------------------------------------------------------------------------
+  // Each takes part in what the card does from the moment it is changed. What concerns several of
+  // them is below.
+
+  PortTable& ports() { return ports_; }
+  VlanTable& vlans() { return vlans_; }
+  PortVlanTable& port_vlans() { return port_vlans_; }
+  VlanClassTable& vlan_classes() { return vlan_classes_; }
+  StpTable& stp() { return stp_; }
+  LagTable& lags() { return lags_; }
+  FdbTable& fdb() { return fdb_; }
+  MacLockTable& mac_locks() { return mac_locks_; }
+  TrafficTable& traffic() { return traffic_; }
+  MirrorTable& mirrors() { return mirrors_; }
+  FloodBlockTable& flood_blocks() { return flood_blocks_; }
+  CosTable& cos() { return cos_; }
+  FilterTable& filters() { return filters_; }
+  FlowTable& flows() { return flows_; }
+  L3Table& l3() { return l3_; }
+  Counters& counters() { return counters_; }
+  EventQueue& events() { return events_; }
+  Pipeline& pipeline() { return pipeline_; }
+
+  // --- VLANs ---------------------------------------------------------------------------------
+
+  // False when it does not exist. Its FDB entries of every kind and its members go with it; PVIDs
+  // and rules that name it stay, and their frames are dropped until it exists again.
+  bool delete_vlan(unsigned vlan);
+  // False, and nothing changed, when the VLAN does not exist or a port is no member. What was
+  // learned in the VLAN on these ports goes.
+  bool remove_vlan_members(unsigned vlan, const PortSet& ports);
+
+  // --- LAGs ----------------------------------------------------------------------------------
+
+  // Deletes a LAG: its FDB entries of every kind, and the hosts and routes through it, go with it.
+  // False when it does not exist.
+  bool delete_lag(unsigned id);
+  // LagTable::add_members(). What was learned on a port that joins goes: the LAG learns it anew.
+  bool add_lag_members(unsigned id, const std::vector<PortIndex>& ports);
+  // LagTable::remove_members(). What was learned on the LAG goes when no member is left.
+  bool remove_lag_members(unsigned id, const std::vector<PortIndex>& ports);
+
+  // The LAG interface that has an id; LAG ids and interfaces are paired by the host. 0/0/0 when
+  // none has.
+  Usp lag_usp(unsigned id) const;
+  // The id of a LAG interface; false, and `id` untouched, when it has none.
+  bool lag_id(const Usp& lag, unsigned& id) const;
+  // False for an address that is no LAG interface, one that has an id, and an id that is paired
+  // or no LAG's.
+  bool pair_lag(const Usp& lag, unsigned id);
+  // False when the two are no pair.
+  bool unpair_lag(const Usp& lag, unsigned id);
+
+  // --- Layer 3 -------------------------------------------------------------------------------
+
+  // Whether a host or route leads through the interface; reads all of them.
+  bool l3_interface_in_use(std::uint32_t id);
+  // Deletes an interface; false when it does not exist or is in use.
+  bool delete_l3_interface(std::uint32_t id);
+  // Deletes all interfaces; false, and nothing changed, when one is in use.
+  bool delete_all_l3_interfaces();
+
+  // --- Cables --------------------------------------------------------------------------------
+
+  // Plugs a cable into a port in place of what was there; null leaves the port without any, and
+  // so without a link.
+  void plug(PortIndex port, std::unique_ptr<Cable> cable);
+  // What the port is plugged into; null for nothing. `port` is a port of the card.
+  Cable* cable(PortIndex port) { return cables_[port].get(); }
+
+  // Cuts a port's signal whatever the cable says, as if somebody pulled it out, or lets it be
+  // again.
+  void cut_signal(PortIndex port, bool cut);
+  bool signal_cut(PortIndex port) const { return cut_.contains(port); }
+
+  void frames_arrived(PortIndex port, FramePtr* frames, std::size_t count) override;
+  void carrier_changed(PortIndex port) override;
+  FramePool& frame_pool() override { return frame_pool_; }
+
+  // --- Time and events -----------------------------------------------------------------------
+
+  // Calls the registered callbacks for all that is queued and returns how many events those were.
+  std::size_t deliver_events() { return events_.deliver(clock_->now_ns()); }
+
+  // One round of the card: ages the FDB, takes in what waits in the cables (about `budget` frames
+  // of each) and delivers the events. Returns how much was done: 0 when nothing was waiting.
+  std::size_t run_once(std::size_t budget = 256);
+
+  // Seconds of the clock when the last round or burst of frames began: good enough for what ages.
+  std::uint32_t now_seconds() const { return now_seconds_; }
+
+  // Sets the counters of all ports, and the drops by reason, to 0.
+  void clear_counters();
+
+ private:
+  void link_changed(PortIndex port);
+  void settle_signal(PortIndex port);
+  void flush(Destination destination, bool include_static);
+
+  CardDescription description_;
+  std::shared_ptr<Clock> clock_;
+  AddressPlan addresses_;
+  PortTable ports_;
+  VlanTable vlans_;
+  PortVlanTable port_vlans_;
+  VlanClassTable vlan_classes_;
+  StpTable stp_;
+  LagTable lags_;
+  FdbTable fdb_;
+  MacLockTable mac_locks_;
+  TrafficTable traffic_;
+  MirrorTable mirrors_;
+  FloodBlockTable flood_blocks_;
+  CosTable cos_;
+  FilterTable filters_;
+  FlowTable flows_;
+  L3Table l3_;
+  Counters counters_;
+  std::array<unsigned, kMaxLagNumber + 1> lag_id_by_number_;  // kUnpaired where none
+  std::vector<unsigned> lag_number_by_id_;                    // 0 where none
+  std::uint32_t now_seconds_ = 0;
+  FramePool frame_pool_;  // outlives everything that holds frames
+  EventQueue events_;
+  Pipeline pipeline_;
+  std::vector<std::unique_ptr<Cable>> cables_;  // by port
+  PortSet cut_;
+};
+
+}  // namespace softcard
+
+#endif  // SOFTCARD_CARD_H_

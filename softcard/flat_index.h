@@ -64,6 +64,14 @@ class FlatIndex {
     --size_;
   }
 
+  // Calls visit(position) for each position; `visit` must not change the index.
+  template <class Visit>
+  void for_each(Visit&& visit) const {
+    for (const Slot& slot : slots_) {
+      if (slot.position != kNone) visit(slot.position);
+    }
+  }
+
   // Empties the index and gives its memory back.
   void clear() {
     std::vector<Slot>().swap(slots_);
@@ -71,6 +79,8 @@ class FlatIndex {
   }
 
   std::size_t size() const { return size_; }
+  // The number of slots: what for_each reads.
+  std::size_t slots() const { return slots_.size(); }
 
  private:
   struct Slot {

@@ -13,6 +13,7 @@
 #ifndef SOFTCARD_FLOW_TABLE_H_
 #define SOFTCARD_FLOW_TABLE_H_
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -57,6 +58,7 @@ class FlowKey {
  private:
   friend class FlowTable;
 
+  static constexpr std::uint64_t kHeaders = std::uint64_t{0xFFFFFFFF} << 32;
   static constexpr std::uint64_t kHasIp = std::uint64_t{1} << 32;
   static constexpr std::uint64_t kHasIpv4 = std::uint64_t{1} << 33;
   static constexpr std::uint64_t kHasL4Ports = std::uint64_t{1} << 34;
@@ -188,7 +190,9 @@ class FlowTable {
   static constexpr std::size_t kDefaultCapacity = 131072;
   static constexpr std::int32_t kDefaultPriority = 32768;
 
-  explicit FlowTable(std::size_t capacity = kDefaultCapacity) : capacity_(capacity) {}
+  // Takes up to `capacity` flows, at most IdPool::kLimit.
+  explicit FlowTable(std::size_t capacity = kDefaultCapacity)
+      : capacity_(std::min<std::size_t>(capacity, IdPool::kLimit)) {}
 
   // --- Flows --------------------------------------------------------------------------------
 
@@ -282,20 +286,23 @@ class FlowTable {
     std::uint32_t subtable;
   };
 
+  // The bits of a match as a key and the bits that count as a mask.
+  static FlowKey key_of(const FlowMatch& match);
+  static FlowKey mask_of(const FlowMatch& match);
   static FlowKey masked(const FlowKey& key, const FlowKey& mask);
-  static bool same(const FlowKey& a, const FlowKey& b);
+  static bool same(const FlowKey& a, const FlowKey& b) { return a.words_ == b.words_; }
   static std::uint32_t hash_of(const FlowKey& key);
   static std::uint32_t hash_of(const Subtable& subtable);
 
   bool better(std::uint32_t a, std::uint32_t b) const;
   std::uint32_t position_of(std::uint32_t id) const;
-  std::uint32_t subtable_for(const FlowMatch& match, const FlowKey& mask);
-  void raise(std::uint32_t subtable, std::int32_t priority);
-  void set_bound(std::uint32_t subtable, std::int32_t priority);
-  void drop_subtable(std::uint32_t subtable);
+  std::uint32_t subtable_for(const FlowMatch& match);
   void link(std::uint32_t position);
   void unlink(std::uint32_t position);
-  void rescan(std::uint32_t subtable);
+  void settle(std::uint32_t position);
+  void insert_step(std::uint32_t subtable, std::int32_t highest_priority);
+  void erase_step(std::uint32_t subtable);
+  void release_actions(Flow& flow);
 
   std::size_t capacity_;
   std::vector<Row> rows_;

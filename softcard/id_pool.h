@@ -12,6 +12,9 @@ namespace softcard {
 
 class IdPool {
  public:
+  // Higher ids are not kept: a table with fewer entries than this never hands them out.
+  static constexpr std::uint32_t kLimit = 1u << 22;
+
   // Returns the lowest free id, at least 1, without taking it.
   std::uint32_t lowest_free() const {
     std::size_t word = first_word_;
@@ -20,7 +23,7 @@ class IdPool {
     return static_cast<std::uint32_t>(word * 64 + bit + 1);
   }
 
-  // Marks `id` as used.  Ids beyond `kLimit` are not kept: nobody gets to hand those out.
+  // Marks `id` as used.
   void take(std::uint32_t id) {
     if (id == 0 || id > kLimit) return;
     const std::size_t word = (id - 1) / 64;
@@ -43,9 +46,6 @@ class IdPool {
   }
 
  private:
-  // More ids than any table has entries, in a bitmap of 512 KiB at most.
-  static constexpr std::uint32_t kLimit = 1u << 22;
-
   static unsigned count_trailing_ones(std::uint64_t bits) {
     return static_cast<unsigned>(__builtin_ctzll(~bits));
   }

@@ -90,7 +90,8 @@ std::uint32_t pair_hash(std::uint16_t vlan, const MacAddress& mac) {
 
 }  // namespace
 
-L3InterfaceTable::L3InterfaceTable(std::size_t capacity) : capacity_(capacity), per_vlan_(4096) {}
+L3InterfaceTable::L3InterfaceTable(std::size_t capacity)
+    : capacity_(std::min<std::size_t>(capacity, IdPool::kLimit)), per_vlan_(4096) {}
 
 L3Add L3InterfaceTable::create(const MacAddress& mac, std::uint16_t vlan, std::uint32_t& id) {
   if (vlan > 4095) return L3Add::invalid;

@@ -33,8 +33,8 @@ bool vorn_delete_mac_by_mac(const unsigned char* mac) {
 
 // A LAG must be known to the mapping and to the LAG list.
 bool vorn_add_mac_to_port(const Usp& port, const unsigned char* mac, unsigned int vlan) {
-  VornSdkBase* sdk = nullptr;
-  if (!get_sdk(sdk)) return false;
+  VornSdkBase* const sdk = find_sdk();
+  if (sdk == nullptr) return false;
   if (is_port_physical(port)) {
     Mp mp(0, 0);
     return vorn_usp_to_mp(port, mp) && sdk->add_mac_to_port(mp, mac, vlan, false);
@@ -77,8 +77,8 @@ bool vorn_clear_fdb_by_port(const Usp& port, bool and_static) {
     trunk = true;
     mp.set_port(port.port() - 1);
   }
-  VornSdkBase* sdk = nullptr;
-  return get_sdk(sdk) && sdk->clear_fdb_by_port(mp, trunk, and_static);
+  VornSdkBase* const sdk = find_sdk();
+  return sdk != nullptr && sdk->clear_fdb_by_port(mp, trunk, and_static);
 }
 
 // ---- Locks ----------------------------------------------------------------------------------
@@ -102,8 +102,8 @@ bool vorn_set_port_mac_lock_ext(const Usp& port, bool on, bool drop) {
 // ---- Limits on learning: the SDK has one pair of operations, told apart by a port kind code --
 
 bool vorn_get_port_mac_limit(const Usp& port, int& limit) {
-  VornSdkBase* sdk = nullptr;
-  if (!get_sdk(sdk)) return false;
+  VornSdkBase* const sdk = find_sdk();
+  if (sdk == nullptr) return false;
   Mp mp(0, 0);
   unsigned int kind = PORT_KIND_PHYSICAL;
   if (!vorn_usp_to_mp(port, mp)) {
@@ -125,8 +125,8 @@ bool vorn_get_port_mac_limit(const Usp& port, int& limit) {
 // Goes on with Mp(0, 0) as a physical port when the translation fails, where the getter would
 // look at the kind of port.
 bool vorn_set_port_mac_limit(const Usp& port, int limit) {
-  VornSdkBase* sdk = nullptr;
-  if (!get_sdk(sdk)) return false;
+  VornSdkBase* const sdk = find_sdk();
+  if (sdk == nullptr) return false;
   Mp mp(0, 0);
   static_cast<void>(vorn_usp_to_mp(port, mp));
   return sdk->set_system_mac_limit(mp, limit, PORT_KIND_PHYSICAL);
@@ -134,12 +134,12 @@ bool vorn_set_port_mac_limit(const Usp& port, int limit) {
 
 // False whatever the SDK answers: its answer is in `limit`.
 bool vorn_get_system_mac_limit(int& limit) {
-  VornSdkBase* sdk = nullptr;
-  if (get_sdk(sdk)) sdk->get_system_mac_limit(Mp(0, 0), limit, PORT_KIND_SYSTEM);
+  VornSdkBase* const sdk = find_sdk();
+  if (sdk != nullptr) sdk->get_system_mac_limit(Mp(0, 0), limit, PORT_KIND_SYSTEM);
   return false;
 }
 
 bool vorn_set_system_mac_limit(int limit) {
-  VornSdkBase* sdk = nullptr;
-  return get_sdk(sdk) && sdk->set_system_mac_limit(Mp(0, 0), limit, PORT_KIND_SYSTEM);
+  VornSdkBase* const sdk = find_sdk();
+  return sdk != nullptr && sdk->set_system_mac_limit(Mp(0, 0), limit, PORT_KIND_SYSTEM);
 }

@@ -13,9 +13,8 @@
 
 namespace vorn::detail {
 
-// Finds the SDK object. It is asked for at every call, never kept. False: there is none, and
-// nothing else of the host's may be called that needs one.
-inline bool get_sdk(VornSdkBase*& sdk) { return vornsdk_get_sdk_instance(sdk); }
+// The SDK object, or null while there is none. It is asked for at every call, never kept.
+[[gnu::visibility("hidden")]] VornSdkBase* find_sdk();
 
 // A parameter of type T that takes an argument of type T and no other.
 template <class T>
@@ -33,8 +32,8 @@ struct Call;
 template <auto operation, class... Parameters>
 struct Call<operation, bool (VornSdkBase::*)(Parameters...)> {
   bool operator()(Exactly<Parameters>... arguments) const {
-    VornSdkBase* sdk = nullptr;
-    return get_sdk(sdk) && (sdk->*operation)(arguments.value...);
+    VornSdkBase* const sdk = find_sdk();
+    return sdk != nullptr && (sdk->*operation)(arguments.value...);
   }
 };
 

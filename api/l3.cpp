@@ -60,15 +60,20 @@ bool translated(const Usp& port, Egress& to) {
   return true;
 }
 
-// Looks up, finds the egress in the way given, then takes the step.
-bool find(bool (*way)(const Usp&, Egress&), const Usp& port, Egress& to) {
-  return get_sdk(to.sdk) && way(port, to);
+using Way = bool (*)(const Usp& port, Egress& to);
+
+// Looks up, then goes the way given.
+Egress find(Way way, const Usp& port) {
+  Egress to;
+  to.sdk = find_sdk();
+  if (to.sdk != nullptr && !way(port, to)) to.sdk = nullptr;
+  return to;
 }
 
-template <class Operation>
-bool through(bool (*way)(const Usp&, Egress&), const Usp& port, const Operation& step) {
-  Egress to;
-  return find(way, port, to) && step(to);
+template <class Step>
+bool through(Way way, const Usp& port, const Step& step) {
+  const Egress to = find(way, port);
+  return to.sdk != nullptr && step(to);
 }
 
 }  // namespace

@@ -20,8 +20,8 @@ bool vorn_lcmgr_api_init(int& out) {
 }
 
 bool vorn_lcmgr_api_terminate() {
-  VornSdkBase* sdk = nullptr;
-  return get_sdk(sdk) && vornsdk_delete_sdk_instance(sdk);
+  VornSdkBase* const sdk = find_sdk();
+  return sdk != nullptr && vornsdk_delete_sdk_instance(sdk);
 }
 
 bool vorn_get_line_card_usp(Usp& usp) { return call<&VornSdkBase::get_line_card_usp>(usp); }
@@ -31,8 +31,8 @@ bool vorn_free_call(int number) { return call<&VornSdkBase::free_call>(number); 
 // The API's own level is settled here, without the SDK; the level for all is settled on both
 // sides.
 bool vorn_set_lcmgr_trace(const std::string& target, bool on) {
-  VornSdkBase* sdk = nullptr;
-  if (!get_sdk(sdk)) return false;
+  VornSdkBase* const sdk = find_sdk();
+  if (sdk == nullptr) return false;
   if (target == kTraceLevelAll) {
     api_trace_enabled = on;
   } else if (target == kTraceLevelApi) {

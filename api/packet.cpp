@@ -20,8 +20,8 @@ bool is_up(VornSdkBase& sdk, const Mp& mp) {
 // translate, whose link is not up or cannot be asked for, and ports of no kind are passed over.
 // Without an SDK object nothing is appended; the caller's own lookup notices.
 void select_egress(const std::list<Usp>& ports, std::list<Mp>& selected) {
-  VornSdkBase* sdk = nullptr;
-  if (!get_sdk(sdk)) return;
+  VornSdkBase* const sdk = find_sdk();
+  if (sdk == nullptr) return;
   for (const Usp& port : ports) {
     if (is_port_physical(port)) {
       Mp mp(0, 0);
@@ -49,10 +49,10 @@ bool vorn_send_packet_from_cpu(const Packet& packet) {
 
 bool vorn_send_packet_by_port(const std::list<Usp>& tagged, const std::list<Usp>& untagged,
                               const Packet& packet) {
-  VornSdkBase* sdk = nullptr;
   std::list<Mp> tagged_mps;
   std::list<Mp> untagged_mps;
   select_egress(tagged, tagged_mps);
   select_egress(untagged, untagged_mps);
-  return get_sdk(sdk) && sdk->send_packet_by_port(tagged_mps, untagged_mps, packet);
+  VornSdkBase* const sdk = find_sdk();
+  return sdk != nullptr && sdk->send_packet_by_port(tagged_mps, untagged_mps, packet);
 }

@@ -25,9 +25,10 @@
 
 namespace vorn::detail {
 
-// What a single-port operation needs. An address that was not translated is module 0, port 0.
+// What a single-port operation needs. A hardware port starts as module 0, port 0, and stays so
+// where a translation fails or none is made.
 struct Target {
-  VornSdkBase* sdk = nullptr;
+  VornSdkBase* sdk = nullptr;  // null: the lookup or the translation failed
   Mp mp{0, 0};
 };
 
@@ -51,27 +52,27 @@ class Step {
   bool (*invoke_)(const void*, VornSdkBase&, const Mp&);
 };
 
-// The two orders. find() fills `target` for one physical port; each() takes a step on every
-// hardware port behind `port`. False as soon as the lookup, the translation or a step is; true
-// when there is no hardware port.
-struct TranslateLookup {
-  static bool find(const Usp& port, Target& target);
+// The two orders. find() is for one physical port. each() takes a step on every hardware port
+// behind `port`: false as soon as the lookup, the translation or a step fails, true when there is
+// no hardware port.
+struct [[gnu::visibility("hidden")]] TranslateLookup {
+  static Target find(const Usp& port);
   static bool each(const Usp& port, Step step);
 };
-struct LookupTranslate {
-  static bool find(const Usp& port, Target& target);
+struct [[gnu::visibility("hidden")]] LookupTranslate {
+  static Target find(const Usp& port);
   static bool each(const Usp& port, Step step);
 };
 
-// Takes a step on every hardware port in turn, until one is false.
-bool each_of(const std::list<Mp>& mps, VornSdkBase& sdk, Step step);
+// Takes a step on every hardware port in turn, until one is false. False without an SDK object.
+[[gnu::visibility("hidden")]] bool each_of(const std::list<Mp>& mps, VornSdkBase* sdk, Step step);
 
 // Looks up, translates the whole list, then takes a step on every hardware port.
-bool each_listed(const std::list<Usp>& ports, Step step);
+[[gnu::visibility("hidden")]] bool each_listed(const std::list<Usp>& ports, Step step);
 
 // What administrative state, flow control and jamming require of a port: not a VLAN interface,
 // and not unknown.
-bool is_physical_or_lag(const Usp& port);
+[[gnu::visibility("hidden")]] bool is_physical_or_lag(const Usp& port);
 
 // ---- on_port --------------------------------------------------------------------------------
 
@@ -81,8 +82,8 @@ struct OnPort;
 template <class Order, auto operation, class... Parameters>
 struct OnPort<Order, operation, bool (VornSdkBase::*)(const Mp&, Parameters...)> {
   bool operator()(const Usp& port, Exactly<Parameters>... arguments) const {
-    Target to;
-    return Order::find(port, to) && (to.sdk->*operation)(to.mp, arguments.value...);
+    const Target to = Order::find(port);
+    return to.sdk != nullptr && (to.sdk->*operation)(to.mp, arguments.value...);
   }
 };
 
@@ -90,8 +91,8 @@ template <class Order>
 struct OnPort<Order, nullptr> {
   template <class Callable>
   bool operator()(const Usp& port, const Callable& step) const {
-    Target to;
-    return Order::find(port, to) && step(*to.sdk, to.mp);
+    const Target to = Order::find(port);
+    return to.sdk != nullptr && step(*to.sdk, to.mp);
   }
 };
 
@@ -106,7 +107,7 @@ struct OnMembers;
 template <class Order, auto operation, class... Parameters>
 struct OnMembers<Order, operation, bool (VornSdkBase::*)(const Mp&, Parameters...)> {
   bool operator()(const Usp& port, Exactly<Parameters>... arguments) const {
-    return Order::each(port, [&](VornSdkBase& sdk, const Mp& mp) {
+    return Order::each(port, [=](VornSdkBase& sdk, const Mp& mp) {
       return (sdk.*operation)(mp, arguments.value...);
     });
   }
@@ -128,7 +129,7 @@ struct OnPorts;
 template <auto operation, class... Parameters>
 struct OnPorts<operation, bool (VornSdkBase::*)(const Mp&, Parameters...)> {
   bool operator()(const std::list<Usp>& ports, Exactly<Parameters>... arguments) const {
-    return each_listed(ports, [&](VornSdkBase& sdk, const Mp& mp) {
+    return each_listed(ports, [=](VornSdkBase& sdk, const Mp& mp) {
       return (sdk.*operation)(mp, arguments.value...);
     });
   }

@@ -19,10 +19,11 @@ bool vorn_get_port_stp_state(const Usp& port, stp_state_t& state) {
 // even when a member refused the state, and its result is what the caller gets. It knows only
 // physical ports and LAGs.
 bool vorn_set_port_stp_state(const Usp& port, stp_state_t state) {
-  VornSdkBase* sdk = nullptr;
   std::list<Mp> members;
-  if (!vorn_usp_to_mp_list(port, members) || !get_sdk(sdk)) return false;
-  const bool all_set = each_of(members, *sdk, [state](VornSdkBase& to, const Mp& mp) {
+  if (!vorn_usp_to_mp_list(port, members)) return false;
+  VornSdkBase* const sdk = find_sdk();
+  if (sdk == nullptr) return false;
+  const bool all_set = each_of(members, sdk, [state](VornSdkBase& to, const Mp& mp) {
     return to.set_port_stp_state(mp, state);
   });
   if (state != 0) return all_set;

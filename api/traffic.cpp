@@ -44,18 +44,18 @@ bool vorn_set_port_broadcast_control(const Usp& port, unsigned int frames_per_se
 // Only the mirrored port goes in; the other one comes back as a hardware port, to be translated
 // the other way.
 bool vorn_get_port_mirror(Usp& mirror_to, const Usp& mirrored, mirror_type_t& type) {
-  Target from;
+  const Target from = LookupTranslate::find(mirrored);
   Mp to(0, 0);
-  return LookupTranslate::find(mirrored, from) && from.sdk->get_port_mirror(to, from.mp, type) &&
+  return from.sdk != nullptr && from.sdk->get_port_mirror(to, from.mp, type) &&
          vorn_mp_to_usp(to, mirror_to);
 }
 
 // Two ports, both translated ahead of the lookup.
 bool vorn_set_port_mirror(const Usp& mirror_to, const Usp& mirrored, mirror_type_t type) {
   Mp to(0, 0);
-  Target from;
-  return vorn_usp_to_mp(mirror_to, to) && TranslateLookup::find(mirrored, from) &&
-         from.sdk->set_port_mirror(to, from.mp, type);
+  if (!vorn_usp_to_mp(mirror_to, to)) return false;
+  const Target from = TranslateLookup::find(mirrored);
+  return from.sdk != nullptr && from.sdk->set_port_mirror(to, from.mp, type);
 }
 
 // ---- Flood blocking -------------------------------------------------------------------------
@@ -70,19 +70,19 @@ bool vorn_set_port_flood_blocking_cpu(const std::list<Usp>& ports, flood_block_t
 
 // Two ports, both translated behind the lookup.
 bool vorn_get_port_flood_blocking(const Usp& from, const Usp& to, flood_block_type_t& type) {
-  Target source;
+  const Target source = LookupTranslate::find(from);
   Mp destination(0, 0);
-  return LookupTranslate::find(from, source) && vorn_usp_to_mp(to, destination) &&
+  return source.sdk != nullptr && vorn_usp_to_mp(to, destination) &&
          source.sdk->get_port_flood_blocking(source.mp, destination, type);
 }
 
 // A list of ports and one more port, which is translated between the lookup and the list.
 bool vorn_set_port_flood_blocking(const std::list<Usp>& ports, const Usp& to,
                                   flood_block_type_t type) {
-  Target destination;
+  const Target destination = LookupTranslate::find(to);
   std::list<Mp> sources;
-  return LookupTranslate::find(to, destination) && vorn_usp_list_to_mp_list(ports, sources) &&
-         each_of(sources, *destination.sdk, [&](VornSdkBase& sdk, const Mp& source) {
+  return destination.sdk != nullptr && vorn_usp_list_to_mp_list(ports, sources) &&
+         each_of(sources, destination.sdk, [&](VornSdkBase& sdk, const Mp& source) {
            return sdk.set_port_flood_blocking(source, destination.mp, type);
          });
 }

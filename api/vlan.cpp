@@ -17,27 +17,27 @@ bool vorn_delete_vlan(unsigned int vlan) { return call<&VornSdkBase::delete_vlan
 // Whole lists go to the SDK, translated completely first.
 bool vorn_add_ports_to_vlan(unsigned int vlan, const std::list<Usp>& tagged,
                             const std::list<Usp>& untagged) {
-  VornSdkBase* sdk = nullptr;
+  VornSdkBase* const sdk = find_sdk();
   std::list<Mp> tagged_mps;
   std::list<Mp> untagged_mps;
-  return get_sdk(sdk) && vorn_usp_list_to_mp_list(tagged, tagged_mps) &&
+  return sdk != nullptr && vorn_usp_list_to_mp_list(tagged, tagged_mps) &&
          vorn_usp_list_to_mp_list(untagged, untagged_mps) &&
          sdk->add_ports_to_vlan(vlan, tagged_mps, untagged_mps);
 }
 
 bool vorn_delete_ports_from_vlan(unsigned int vlan, const std::list<Usp>& ports) {
-  VornSdkBase* sdk = nullptr;
+  VornSdkBase* const sdk = find_sdk();
   std::list<Mp> mps;
-  return get_sdk(sdk) && vorn_usp_list_to_mp_list(ports, mps) &&
+  return sdk != nullptr && vorn_usp_list_to_mp_list(ports, mps) &&
          sdk->delete_ports_from_vlan(vlan, mps);
 }
 
 // Whole lists come from the SDK and are translated after it succeeded.
 bool vorn_get_vlan_info(unsigned int vlan, std::list<Usp>& tagged, std::list<Usp>& untagged) {
-  VornSdkBase* sdk = nullptr;
+  VornSdkBase* const sdk = find_sdk();
   std::list<Mp> tagged_mps;
   std::list<Mp> untagged_mps;
-  return get_sdk(sdk) && sdk->get_vlan_info(vlan, tagged_mps, untagged_mps) &&
+  return sdk != nullptr && sdk->get_vlan_info(vlan, tagged_mps, untagged_mps) &&
          vorn_mp_list_to_usp_list(tagged_mps, tagged) &&
          vorn_mp_list_to_usp_list(untagged_mps, untagged);
 }

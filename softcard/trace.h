@@ -16,48 +16,48 @@ namespace softcard {
 
 // Why a frame, or one copy of it, went no further.
 enum class DropReason : std::uint8_t {
-  // On the way in.
-  runt,             // shorter than an Ethernet header
-  oversize,         // above the port's MTU
-  malformed,        // cut off within a VLAN tag, or an 802.3 length beyond the frame's end
-  link_down,        // the port has no link
-  pause,            // an IEEE 802.3x frame: taken by the port itself
-  ingress_discard,  // the port's ingress discarding
-  accept_frame,     // untagged, and the port accepts tagged frames only
-  no_vlan,          // the frame's VLAN does not exist
-  not_member,       // the port is no member of the frame's VLAN
-  stp_ingress,      // the spanning-tree state of the port lets no data in
-  mac_lock,         // the source address is not known on a locked port
-  storm_broadcast,  // above the port's broadcast rate
-  storm_multicast,  // above the port's multicast rate
-  storm_unicast,    // above the port's rate of unknown unicast
-  // Where to.
-  flow_miss,      // no flow matches, and forwarding is by flows alone
-  flow_drop,      // the matching flow leads nowhere
-  flow_bad_port,  // the matching flow leads only to ports that are not there
-  l2_disabled,    // the port does not forward by the FDB
-  same_port,      // the destination is where the frame came from
-  flood_nowhere,  // no port is left to flood to
-  bad_ip,         // an IP packet to the router whose header is damaged
-  ttl,            // the TTL or hop limit ran out
-  no_route,       // to the router, and nothing matches
-  no_interface,   // the router interface of the next hop is gone
-  router_local,   // to the router, and not to be routed: the CPU's
-  lag_empty,      // no member of the LAG can send
-  // On the way out; counted at the port that did not send.
-  egress_down,         // the port has no link
-  egress_state,        // the port's egress is off
-  egress_not_member,   // the port is no member of the frame's VLAN
-  stp_egress,          // the spanning-tree state of the port lets no data out
-  egress_l2_disabled,  // the port sends nothing by the FDB
-  egress_mtu,          // above the port's MTU
-  flood_blocked,       // kept from the port by flood blocking
-  unplugged,           // nothing is plugged into the port
-  cable_refused,       // the cable took the frame and could not send it
-  // Resources.
-  cpu_queue,  // the CPU's queue is full
-  no_buffer,  // no frame is left for a copy
-  count_      // how many there are; no reason
+  // On the way in; counted at the ingress port.
+  runt,
+  oversize,
+  malformed,
+  link_down,
+  pause,
+  ingress_discard,
+  accept_frame,
+  no_vlan,
+  not_member,
+  stp_ingress,
+  mac_lock,
+  storm_broadcast,
+  storm_multicast,
+  storm_unicast,
+  // Where to; counted at the ingress port.
+  flow_miss,
+  flow_drop,
+  l2_disabled,
+  same_port,
+  flood_nowhere,
+  bad_ip,
+  ttl,
+  no_route,
+  no_interface,
+  router_local,
+  router_mtu,
+  lag_empty,
+  // On the way out; counted at the egress port.
+  egress_down,
+  egress_state,
+  egress_not_member,
+  stp_egress,
+  egress_l2_disabled,
+  egress_mtu,
+  flood_blocked,
+  unplugged,
+  cable_refused,
+  // Want of room: for a packet to the CPU at the ingress port, for a copy at the egress port.
+  cpu_queue,
+  no_buffer,
+  count_  // how many there are; no reason
 };
 inline constexpr std::size_t kDropReasons = static_cast<std::size_t>(DropReason::count_);
 

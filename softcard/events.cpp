@@ -1,0 +1,264 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "softcard/events.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "softcard/address_plan.h"
+#include "softcard/clock.h"
+
+namespace softcard {
+
+namespace {
+
+unsigned flags_of(FdbKind kind) {
+  switch (kind) {
+    case FdbKind::static_entry:
+      return L2_ADDR_STATIC;
+    case FdbKind::system_entry:
+      return L2_ADDR_SYSTEM;
+    case FdbKind::learned:
+      break;
+  }
+  return 0;
+}
+
+usp_s record_of(const Usp& usp) { return {usp.unit(), usp.slot(), usp.port()}; }
+
+}  // namespace
+
+// ---- Registrations ------------------------------------------------------------------------------
+
+bool EventQueue::add(lcmgr_report_event_t kind, Form form, void* callback, void* user_data) {
+  if (callback == nullptr) return false;
+  for (const Registration& other : registrations_) {
+    if (other.kind == kind && other.form == form && other.callback == callback &&
+        other.user_data == user_data) {
+      return false;
+    }
+  }
+  registrations_.push_back({kind, form, callback, user_data, ++registrations_made_});
+  ++listeners_[kind];
+  return true;
+}
+
+bool EventQueue::add(void (*callback)(RxPacket*, void*), void* user_data) {
+  return add(LCMGR_REPORT_RX_PACKET, Form::cpp, reinterpret_cast<void*>(callback), user_data);
+}
+bool EventQueue::add(void (*callback)(ctype_rx_packet_s*, void*), void* user_data) {
+  return add(LCMGR_REPORT_RX_PACKET, Form::c, reinterpret_cast<void*>(callback), user_data);
+}
+bool EventQueue::add(void (*callback)(LinkStatus*, Usp*)) {
+  return add(LCMGR_REPORT_LINK_CHANGE, Form::cpp, reinterpret_cast<void*>(callback), nullptr);
+}
+bool EventQueue::add(void (*callback)(ctype_link_status_s*, usp_s*)) {
+  return add(LCMGR_REPORT_LINK_CHANGE, Form::c, reinterpret_cast<void*>(callback), nullptr);
+}
+bool EventQueue::add(void (*callback)(L2Addr*, int, void*), void* user_data) {
+  return add(LCMGR_REPORT_MAC_UPDATE, Form::cpp, reinterpret_cast<void*>(callback), user_data);
+}
+bool EventQueue::add(void (*callback)(ctype_l2_addr_s*, int, void*), void* user_data) {
+  return add(LCMGR_REPORT_MAC_UPDATE, Form::c, reinterpret_cast<void*>(callback), user_data);
+}
+
+bool EventQueue::remove(lcmgr_report_event_t kind, void* callback, void* user_data) {
+  const auto gone = std::remove_if(
+      registrations_.begin(), registrations_.end(), [&](const Registration& registration) {
+        return registration.kind == kind && registration.callback == callback &&
+               registration.user_data == user_data;
+      });
+  if (gone == registrations_.end()) return false;
+  listeners_[kind] -= static_cast<unsigned>(registrations_.end() - gone);
+  registrations_.erase(gone, registrations_.end());
+  return true;
+}
+
+// ---- Posting ------------------------------------------------------------------------------------
+
+bool EventQueue::post_packet(FramePtr frame, unsigned reason) {
+  if (!wants_packets()) return false;
+  if (packets_waiting_ >= packet_room_) {
+    ++packets_lost_;
+    return false;
+  }
+  ++packets_waiting_;
+  const PortIndex port = frame->ingress;
+  queue_.push_back({LCMGR_REPORT_RX_PACKET, reason, port, std::move(frame), LinkStatus(), {}});
+  return true;
+}
+
+void EventQueue::post_link_change(PortIndex port, const LinkStatus& status) {
+  if (listeners_[LCMGR_REPORT_LINK_CHANGE] == 0) return;
+  queue_.push_back({LCMGR_REPORT_LINK_CHANGE, 0, port, nullptr, status, {}});
+}
+
+void EventQueue::post_mac(const MacRecord& record) {
+  queue_.push_back({LCMGR_REPORT_MAC_UPDATE, 0, kNoPort, nullptr, LinkStatus(), record});
+}
+
+void EventQueue::post_mac_change(const FdbChange& change, std::uint64_t now_ns) {
+  if (listeners_[LCMGR_REPORT_MAC_UPDATE] == 0) return;
+  MacRecord record{change.vlan, change.mac, change.destination, change.kind, 0};
+  if (change.what == FdbChange::What::added) {
+    record.what = MAC_UPDATE_LEARNED;
+    post_mac(record);
+    return;
+  }
+  const std::uint64_t key = fdb_key(change.vlan, change.mac.to_number());
+  if (change.what == FdbChange::What::removed) {
+    // A move that was held back is overtaken: the entry goes from where it really was.
+    moves_.erase(key);
+    record.what = MAC_UPDATE_REMOVED;
+    post_mac(record);
+    return;
+  }
+  record.what = MAC_UPDATE_MOVED;
+  if (mac_moves_per_second_ == 0 || change.cause != FdbChange::Cause::learned) {
+    moves_.erase(key);
+    post_mac(record);
+    return;
+  }
+  Moves& moves = moves_.try_emplace(key, Moves{now_ns, 0, false, record}).first->second;
+  if (now_ns - moves.since_ns >= kNanosecondsPerSecond && !moves.held_back) {
+    moves.since_ns = now_ns;
+    moves.reported = 0;
+  }
+  next_due_ns_ = std::min(next_due_ns_, moves.since_ns + kNanosecondsPerSecond);
+  if (moves.reported < mac_moves_per_second_) {
+    ++moves.reported;
+    post_mac(record);
+    return;
+  }
+  ++mac_moves_held_back_;
+  moves.held_back = true;
+  moves.last = record;
+}
+
+// Posts the last move of each entry whose second is over, in the order of their keys, and forgets
+// the entries that have been quiet.
+void EventQueue::release_moves(std::uint64_t now_ns) {
+  if (now_ns < next_due_ns_) return;
+  next_due_ns_ = UINT64_MAX;
+  std::vector<std::uint64_t> due;
+  for (auto at = moves_.begin(); at != moves_.end();) {
+    Moves& moves = at->second;
+    if (now_ns - moves.since_ns < kNanosecondsPerSecond) {
+      next_due_ns_ = std::min(next_due_ns_, moves.since_ns + kNanosecondsPerSecond);
+      ++at;
+    } else if (!moves.held_back) {
+      at = moves_.erase(at);
+    } else {
+      due.push_back(at->first);
+      ++at;
+    }
+  }
+  std::sort(due.begin(), due.end());
+  for (const std::uint64_t key : due) {
+    Moves& moves = moves_.at(key);
+    post_mac(moves.last);
+    moves = {now_ns, 1, false, moves.last};
+    next_due_ns_ = std::min(next_due_ns_, now_ns + kNanosecondsPerSecond);
+  }
+}
+
+// ---- Delivery -----------------------------------------------------------------------------------
+
+std::size_t EventQueue::deliver(std::uint64_t now_ns) {
+  if (in_delivery_) return 0;
+  struct Guard {
+    bool& flag;
+    explicit Guard(bool& set) : flag(set) { flag = true; }
+    ~Guard() { flag = false; }
+  } guard(in_delivery_);
+
+  release_moves(now_ns);
+  if (next_ == delivering_.size()) {
+    delivering_.clear();
+    next_ = 0;
+    delivering_.swap(queue_);
+  }
+  std::size_t delivered = 0;
+  while (next_ < delivering_.size()) {
+    Event event = std::move(delivering_[next_++]);
+    if (event.kind == LCMGR_REPORT_RX_PACKET) --packets_waiting_;
+    ++delivered;
+    call_all(event);
+  }
+  delivering_.clear();
+  next_ = 0;
+  return delivered;
+}
+
+// Calls every function of the event's kind that is registered when its turn comes, but none that
+// was registered by one of them for this very event.
+void EventQueue::call_all(Event& event) {
+  const std::uint64_t last = registrations_made_;
+  std::uint64_t done = 0;
+  for (;;) {
+    const auto next = std::find_if(
+        registrations_.begin(), registrations_.end(), [&](const Registration& registration) {
+          return registration.kind == event.kind && registration.number > done &&
+                 registration.number <= last;
+        });
+    if (next == registrations_.end()) return;
+    done = next->number;
+    call(Registration(*next), event);
+  }
+}
+
+void EventQueue::call(const Registration& registration, Event& event) const {
+  const bool c = registration.form == Form::c;
+  switch (event.kind) {
+    case LCMGR_REPORT_RX_PACKET: {
+      const Frame& frame = *event.frame;
+      const Usp port =
+          event.port == kNoPort ? Usp(0, 0, 0) : usp_of_(Destination::port(event.port));
+      const auto length = static_cast<unsigned>(frame.size());
+      if (c) {
+        ctype_rx_packet_s packet = {length,     event.reason,   record_of(port),
+                                    frame.vlan, frame.priority, frame.data()};
+        reinterpret_cast<void (*)(ctype_rx_packet_s*, void*)>(registration.callback)(
+            &packet, registration.user_data);
+      } else {
+        RxPacket packet = {length, event.reason, port, frame.vlan, frame.priority, frame.data()};
+        reinterpret_cast<void (*)(RxPacket*, void*)>(registration.callback)(&packet,
+                                                                            registration.user_data);
+      }
+      return;
+    }
+    case LCMGR_REPORT_LINK_CHANGE: {
+      Usp port = usp_of_(Destination::port(event.port));
+      if (c) {
+        ctype_link_status_s status = {event.link.state, event.link.speed, event.link.duplex};
+        usp_s record = record_of(port);
+        reinterpret_cast<void (*)(ctype_link_status_s*, usp_s*)>(registration.callback)(&status,
+                                                                                        &record);
+      } else {
+        LinkStatus status = event.link;
+        reinterpret_cast<void (*)(LinkStatus*, Usp*)>(registration.callback)(&status, &port);
+      }
+      return;
+    }
+    case LCMGR_REPORT_MAC_UPDATE: {
+      const MacRecord& mac = event.mac;
+      const Usp port = usp_of_(mac.destination);
+      if (c) {
+        ctype_l2_addr_s record = {{}, mac.vlan, record_of(port), flags_of(mac.kind)};
+        std::copy(mac.mac.bytes.begin(), mac.mac.bytes.end(), record.mac);
+        reinterpret_cast<void (*)(ctype_l2_addr_s*, int, void*)>(registration.callback)(
+            &record, mac.what, registration.user_data);
+      } else {
+        L2Addr record = {{}, mac.vlan, port, flags_of(mac.kind)};
+        std::copy(mac.mac.bytes.begin(), mac.mac.bytes.end(), record.mac);
+        reinterpret_cast<void (*)(L2Addr*, int, void*)>(registration.callback)(
+            &record, mac.what, registration.user_data);
+      }
+      return;
+    }
+  }
+}
+
+std::uint64_t EventQueue::next_due_ns() const { return next_due_ns_; }
+
+}  // namespace softcard

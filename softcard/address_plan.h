@@ -12,6 +12,7 @@
 
 #include <string>
 
+#include "softcard/card_description.h"
 #include "softcard/net_types.h"
 #include "vornlcapi/types.h"
 
@@ -39,7 +40,7 @@ class AddressPlan {
            usp.port() <= kMaxLagNumber;
   }
   static bool is_vlan(const Usp& usp) {
-    return usp.unit() == kUnit && usp.slot() == kVlanSlot && usp.port() >= 1 && usp.port() <= 4094;
+    return usp.unit() == kUnit && usp.slot() == kVlanSlot && valid_vlan(usp.port());
   }
 
   // The index of a physical port; false, and `port` untouched, for any other address.

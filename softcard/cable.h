@@ -25,6 +25,9 @@ class CableSink {
   // The cable's carrier has changed: the card asks for it again.
   virtual void carrier_changed(PortIndex port) = 0;
 
+  // What a port offers to its link partner: bits of port_ability_type_t, none while it is off.
+  virtual unsigned offered_ability(PortIndex port) const = 0;
+
   // Where frames for frames_arrived() are made.
   virtual FramePool& frame_pool() = 0;
 
@@ -45,6 +48,12 @@ class Cable {
 
   // Whether there is a carrier.
   virtual bool carrier() const = 0;
+
+  // The card at the other end and, in `port`, its port there; null when the cable leads elsewhere.
+  virtual CableSink* far_end(PortIndex& port) const {
+    static_cast<void>(port);
+    return nullptr;
+  }
 
   // True when transmit() completes checksums and segments frames itself (frame.h's Offload), or
   // passes them to somebody who does.  Otherwise the card does so before it calls.

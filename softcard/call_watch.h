@@ -34,6 +34,18 @@ enum class Module : std::uint8_t {
 };
 inline constexpr unsigned kModules = 9;
 
+// How the arguments that are more than a number are shown in a traced call.
+struct ShownBytes {
+  const unsigned char* data;
+  std::size_t count;
+  std::size_t group;  // bytes between two colons
+};
+inline ShownBytes shown_mac(const unsigned char* mac) { return {mac, 6, 1}; }
+inline ShownBytes shown_ip6(const unsigned char* ip6) { return {ip6, 16, 2}; }
+struct ShownIpv4 {
+  unsigned value;
+};
+
 class CallWatch {
  public:
   using Sink = std::function<void(const std::string& line)>;
@@ -50,7 +62,7 @@ class CallWatch {
       const char* separator = "";
       ((line << separator, show(line, arguments), separator = ", "), ...);
       line << ") = " << (result ? "true" : "false");
-      sink_(line.str());
+      write(line.str());
     }
     return result;
   }
@@ -75,12 +87,14 @@ class CallWatch {
     return trace_all_ || (trace_modules_ >> static_cast<unsigned>(module) & 1) != 0;
   }
   bool refuses(const char* operation);
+  void write(const std::string& line) const;
   void settle() { watching_ = trace_all_ || trace_modules_ != 0 || !refusals_.empty(); }
 
   static void show(std::ostream& out, const Mp& mp);
   static void show(std::ostream& out, const Usp& usp);
   static void show(std::ostream& out, const std::list<Mp>& ports);
-  static void show(std::ostream& out, const unsigned char* bytes);
+  static void show(std::ostream& out, ShownBytes bytes);
+  static void show(std::ostream& out, ShownIpv4 ip);
   static void show(std::ostream& out, bool flag) { out << (flag ? "true" : "false"); }
   static void show(std::ostream& out, const std::string& text) { out << text; }
   template <class Number>

@@ -43,7 +43,7 @@
 
 namespace softcard {
 
-class Card : public CableSink {
+class Card final : public CableSink {
  public:
   // `clock` is shared with whoever moves it.
   Card(const CardDescription& description, std::shared_ptr<Clock> clock);
@@ -132,6 +132,7 @@ class Card : public CableSink {
 
   void frames_arrived(PortIndex port, FramePtr* frames, std::size_t count) override;
   void carrier_changed(PortIndex port) override;
+  unsigned offered_ability(PortIndex port) const override;
   FramePool& frame_pool() override { return frame_pool_; }
 
   // --- Time and events -----------------------------------------------------------------------
@@ -150,9 +151,10 @@ class Card : public CableSink {
   void clear_counters();
 
  private:
-  void link_changed(PortIndex port);
+  void report_link(PortIndex port);
+  void tell_far_end(PortIndex port);
   void settle_signal(PortIndex port);
-  void flush(Destination destination, bool include_static);
+  void flush(Destination destination, FdbKind up_to);
 
   CardDescription description_;
   std::shared_ptr<Clock> clock_;

@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "softcard/net_types.h"
-#include "softcard/port_set.h"
 #include "vornlcapi/enums.h"
 
 namespace softcard {
@@ -25,7 +24,7 @@ class Counters {
  public:
   static constexpr unsigned kChecksumBytes = 4;
 
-  explicit Counters(const PortSet& ports);
+  explicit Counters(PortIndex ports) : ports_(ports) {}
 
   // --- Counting: the pipeline's ----------------------------------------------------------------
 
@@ -61,8 +60,7 @@ class Counters {
   }
   bool enabled(PortIndex port) const { return ports_[port].enabled_mask != 0; }
   // Sets all counters of the port to 0.
-  void clear(PortIndex port);
-  void clear_all();
+  void clear(PortIndex port) { ports_[port].values = {}; }
 
  private:
   struct Port {

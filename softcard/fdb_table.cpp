@@ -90,10 +90,10 @@ std::size_t FdbTable::flush(const FdbFilter& filter) {
 std::size_t FdbTable::flush_list(unsigned which, const List& list, const FdbFilter& filter) {
   std::size_t removed = 0;
   for (std::uint32_t place = list.first; place != kNil;) {
-    if (!filter.include_static && list.learned == 0) break;
+    if (filter.up_to == FdbKind::learned && list.learned == 0) break;
     FdbEntry& entry = at(place);
     place = links_[place].next[which];
-    if (!filter.include_static && entry.kind() != FdbKind::learned) continue;
+    if (entry.kind() > filter.up_to) continue;
     if (filter.vlan && entry.vlan() != *filter.vlan) continue;
     if (filter.destination && entry.destination() != *filter.destination) continue;
     erase(entry, FdbChange::Cause::flushed);

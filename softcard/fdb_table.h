@@ -29,7 +29,7 @@ namespace softcard {
 enum class FdbKind : std::uint8_t {
   learned,       // from a frame; moves, ages and is flushed
   static_entry,  // set on a port or LAG; stays until it is deleted or flushed with the static ones
-  system_entry,  // set for the control plane; stays like a static one
+  system_entry,  // set for the control plane; stays until it is deleted
 };
 
 // What FdbTable::learn did.
@@ -95,7 +95,7 @@ struct FdbChange {
 struct FdbFilter {
   std::optional<std::uint16_t> vlan;
   std::optional<Destination> destination;
-  bool include_static = false;  // static and system entries too
+  FdbKind up_to = FdbKind::learned;  // this kind and those before it
 };
 
 class FdbTable {

@@ -119,7 +119,7 @@ class PortSet {
     unsigned word_ = 0;
   };
   constexpr Iterator begin() const { return Iterator(words_); }
-  constexpr Iterator end() const { return Iterator({}); }
+  constexpr Iterator end() const { return Iterator(std::array<std::uint64_t, 4>{}); }
 
  private:
   static constexpr std::uint64_t bit(PortIndex port) { return std::uint64_t{1} << (port % 64); }

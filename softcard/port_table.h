@@ -70,11 +70,10 @@ class PortTable {
   void set_autoneg(PortIndex port, bool on);
   bool autoneg(PortIndex port) const { return ports_[port].autoneg; }
 
-  // Fixes the speed and ends autonegotiation. Where the port has no ability for the speed in the
-  // present duplex mode, the duplex mode follows. False for a speed without ability.
+  // Fix the speed or the duplex mode and end autonegotiation. Where the port cannot do both the new
+  // value and the present other one, the other one follows: duplex to what the speed allows, speed
+  // to the fastest that the duplex mode allows. False for a value that the port has no ability for.
   bool set_speed(PortIndex port, speed_type_t speed);
-  // Fixes the duplex mode at the present speed and ends autonegotiation. False where the port has
-  // no ability for that.
   bool set_duplex(PortIndex port, duplex_type_t duplex);
   // The mode in force; without a link the fixed one, or with autonegotiation an unknown speed.
   LinkMode mode(PortIndex port) const;
@@ -87,8 +86,8 @@ class PortTable {
   AbilitySet current(PortIndex port) const { return ports_[port].current; }
   // What the other end offers; none without a signal.
   AbilitySet peer_offer(PortIndex port) const;
-  // What this end offers to the other.
-  AbilitySet offer(PortIndex port) const;
+  // What this end offers to the other; none while the port is off or its PHY is forced down.
+  AbilitySet offer(PortIndex port) const { return ports_[port].offer; }
 
   void set_pause(PortIndex port, bool receive, bool transmit);
   bool pause_receive(PortIndex port) const { return ports_[port].pause_receive; }
@@ -107,9 +106,10 @@ class PortTable {
   void set_signal(PortIndex port, bool signal, const AbilitySet* peer_offer);
   bool signal(PortIndex port) const { return ports_[port].signal; }
 
-  // Has every change of a port's link state or mode reported, when it is complete. The observer may
-  // read the table and must not change it.
-  void set_observer(std::function<void(PortIndex)> observer) { observer_ = std::move(observer); }
+  // Has every change of a port's link (its state or mode) and of its offer to the other end
+  // reported, when it is complete. The observer may change other ports, not this one.
+  using Observer = std::function<void(PortIndex, bool link_changed, bool offer_changed)>;
+  void set_observer(Observer observer) { observer_ = std::move(observer); }
 
  private:
   struct Port {
@@ -118,6 +118,7 @@ class PortTable {
     AbilitySet ability = 0;
     AbilitySet advertised = 0;
     AbilitySet current = 0;
+    AbilitySet offer = 0;
     AbilitySet peer_offer = 0;
     bool peer_agrees_to_all = true;
     bool admin = true;
@@ -132,11 +133,12 @@ class PortTable {
   };
 
   void settle(PortIndex port);
+  void fix(PortIndex port, LinkMode mode);
 
   std::vector<Port> ports_;
   PortSet all_;
   PortSet up_;
-  std::function<void(PortIndex)> observer_;
+  Observer observer_;
 };
 
 // The ability bit of a mode, 0 when there is none.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The conversions that are not worth repeating in each entry point.
-#include "conversions.h"
+#include "capi/conversions.h"
 
 #include <cstddef>
 #include <vector>

@@ -3,7 +3,7 @@
 // The MAC table. capi.h has the conventions.
 #include "vornlcapi/capi/fdb.h"
 
-#include "conversions.h"
+#include "capi/conversions.h"
 #include "vornlcapi/api/fdb.h"
 
 using namespace vorn::detail;

@@ -3,7 +3,7 @@
 // The flow table. capi.h has the conventions.
 #include "vornlcapi/capi/flow.h"
 
-#include "conversions.h"
+#include "capi/conversions.h"
 #include "vornlcapi/api/flow.h"
 
 using namespace vorn::detail;

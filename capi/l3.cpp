@@ -3,7 +3,7 @@
 // Router interfaces, hosts and routes. capi.h has the conventions.
 #include "vornlcapi/capi/l3.h"
 
-#include "conversions.h"
+#include "capi/conversions.h"
 #include "vornlcapi/api/l3.h"
 
 using namespace vorn::detail;

@@ -3,7 +3,7 @@
 // Link aggregation groups. capi.h has the conventions.
 #include "vornlcapi/capi/lag.h"
 
-#include "conversions.h"
+#include "capi/conversions.h"
 #include "vornlcapi/api/lag.h"
 
 using namespace vorn::detail;

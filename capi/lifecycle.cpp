@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Start-up and shut-down. capi.h has the conventions.
+// Start-up and shut-down. capi.h has the conventions. The strings that the C interface builds at
+// load are in this file.
 #include "vornlcapi/capi/lifecycle.h"
 
-#include "conversions.h"
+#include "api/module_names.h"
+#include "capi/conversions.h"
 #include "vorn_port_mapping.h"
 #include "vornlcapi/api/lifecycle.h"
 

@@ -3,7 +3,7 @@
 // Packets sent from the CPU. capi.h has the conventions.
 #include "vornlcapi/capi/packet.h"
 
-#include "conversions.h"
+#include "capi/conversions.h"
 #include "vornlcapi/api/packet.h"
 
 using namespace vorn::detail;

@@ -3,7 +3,7 @@
 // Physical settings of ports. capi.h has the conventions.
 #include "vornlcapi/capi/port.h"
 
-#include "conversions.h"
+#include "capi/conversions.h"
 #include "vornlcapi/api/port.h"
 
 using namespace vorn::detail;

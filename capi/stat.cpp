@@ -3,7 +3,7 @@
 // Counters of physical ports. capi.h has the conventions.
 #include "vornlcapi/capi/stat.h"
 
-#include "conversions.h"
+#include "capi/conversions.h"
 #include "vornlcapi/api/stat.h"
 
 using namespace vorn::detail;

@@ -3,7 +3,7 @@
 // Spanning-tree states. capi.h has the conventions.
 #include "vornlcapi/capi/stp.h"
 
-#include "conversions.h"
+#include "capi/conversions.h"
 #include "vornlcapi/api/stp.h"
 
 using namespace vorn::detail;

@@ -3,7 +3,7 @@
 // How ports and switch treat traffic. capi.h has the conventions.
 #include "vornlcapi/capi/traffic.h"
 
-#include "conversions.h"
+#include "capi/conversions.h"
 #include "vornlcapi/api/traffic.h"
 
 using namespace vorn::detail;

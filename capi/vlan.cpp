@@ -5,7 +5,7 @@
 
 #include <algorithm>
 
-#include "conversions.h"
+#include "capi/conversions.h"
 #include "vornlcapi/api/vlan.h"
 
 using namespace vorn::detail;

@@ -122,9 +122,9 @@ void store_output(const T&) {}  // not an output
 // The getter: calls Entry, and on success stores the outputs in the order of the arguments.
 template <auto Entry, typename... Args>
 int fetch(Args&&... args) {
-  if (!Entry(args...)) return 0;
-  (store_output(args), ...);
-  return 1;
+  const bool ok = Entry(args...);
+  if (ok) (store_output(args), ...);
+  return ok;
 }
 
 }  // namespace vorn::detail

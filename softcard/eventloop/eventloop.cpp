@@ -1,0 +1,91 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// One pass of the event loop: a timer, a task, a wait, a descriptor.
+
+#include "libxorp/eventloop.hh"
+
+#include <algorithm>
+#include <climits>
+#include <csignal>
+
+#include "softcard/eventloop/fatal.h"
+
+int xorp_do_run = 1;
+int eventloop_instance_count = 0;
+
+namespace {
+
+const int kForever = -1;
+const int kLongestWaitOnTheWayOutMs = 1000;
+
+// In milliseconds for poll(2), rounded up so that the timer is due when the wait is over.
+int wait_ms(const TimeVal& wait) {
+  const int64_t ms = wait.to_ms() + (wait.usec() % TimeVal::ONE_THOUSAND != 0 ? 1 : 0);
+  return static_cast<int>(std::min<int64_t>(ms, INT_MAX));
+}
+
+}  // namespace
+
+EventLoop::EventLoop()
+    : _clock(new SystemClock),
+      _timer_list(_clock),
+      _aggressiveness(0),
+      _last_ev_run(0),
+      _last_warned(0),
+      _is_debug(false),
+      _last_ev_type() {
+  softcard::require(eventloop_instance_count == 0, "a process has one loop at a time");
+  ++eventloop_instance_count;
+  std::signal(SIGPIPE, SIG_IGN);
+}
+
+EventLoop::~EventLoop() {
+  --eventloop_instance_count;
+  delete _clock;
+}
+
+void EventLoop::run() {
+  _clock->advance_time();
+  const bool fired = _timer_list.run();
+  _task_list.run();
+
+  int timeout_ms = kForever;
+  TimeVal delay;
+  if (fired || !_task_list.empty()) {
+    timeout_ms = 0;
+  } else if (_timer_list.get_next_delay(delay)) {
+    timeout_ms = wait_ms(delay);
+  }
+  if (xorp_do_run == 0 && (timeout_ms == kForever || timeout_ms > kLongestWaitOnTheWayOutMs)) {
+    timeout_ms = kLongestWaitOnTheWayOutMs;
+  }
+  if (_selector_list.serve_ready()) return;
+  _selector_list.wait(timeout_ms);
+  // A callback counts its timers from the end of the wait.
+  _clock->advance_time();
+  _selector_list.serve_ready();
+}
+
+bool EventLoop::add_ioevent_cb(XorpFd fd, IoEventType type, const IoEventCb& cb, int priority) {
+  return _selector_list.add_ioevent_cb(fd, type, cb, priority);
+}
+
+bool EventLoop::remove_ioevent_cb(XorpFd fd, IoEventType type) {
+  _selector_list.remove_ioevent_cb(fd, type);
+  return true;
+}
+
+size_t EventLoop::descriptor_count() const { return _selector_list.descriptor_count(); }
+
+void EventLoop::remove_timer(XorpTimer& timer) {
+  timer.unschedule();
+  timer.clear();
+}
+
+XorpTask EventLoop::new_oneoff_task(const OneoffTaskCallback& cb, int priority, int weight) {
+  return _task_list.new_oneoff_task(cb, priority, weight);
+}
+
+XorpTask EventLoop::new_task(const RepeatedTaskCallback& cb, int priority, int weight) {
+  return _task_list.new_task(cb, priority, weight);
+}

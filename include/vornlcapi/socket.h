@@ -44,8 +44,7 @@
 #include <cstddef>
 #include <map>
 
-// These are XORP's header names. XORP's own headers accept C++11 and C++14 only, and comm_api.h
-// and the like need this one first.
+// XORP's header, or our declaration of it: XORP's own accepts C++11 and C++14 only.
 #include "libxorp/asyncio.hh"
 #include "vornlcapi/export.h"
 

@@ -23,11 +23,13 @@ void require_non_blocking(int fd) {
 
 bool try_again(int err) { return err == EAGAIN || err == EWOULDBLOCK || err == EINTR; }
 
+#if XORP_ASYNCIO_HAS_TOSTRING
 std::string describe(const char* what, int fd, bool running, size_t buffers, int error) {
   return std::string(what) + " on descriptor " + std::to_string(fd) +
          (running ? ", running, " : ", stopped, ") + std::to_string(buffers) +
          " buffers, last error " + std::to_string(error);
 }
+#endif
 
 }  // namespace
 

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cables.h"
+
+#include <memory>
+#include <utility>
+
+#include "card_text.h"
+#include "libxorp/eventloop.hh"
+#include "shell.h"
+
+namespace shell {
+
+namespace {
+
+// How often the card looks for what its cables brought while the shell waits.
+constexpr int kRoundMilliseconds = 10;
+
+bool settle(Shell* shell) {
+  shell->settle();
+  return true;
+}
+
+}  // namespace
+
+softcard::MemoryCable& memory_cable(softcard::Card& card, softcard::PortIndex port) {
+  auto* const cable = dynamic_cast<softcard::MemoryCable*>(card.cable(port));
+  if (cable == nullptr) {
+    throw Error(port_text(port) + " is not plugged into memory, where the shell could reach it");
+  }
+  return *cable;
+}
+
+void cable(Shell& shell, Arguments& arguments, Reply&) {
+  softcard::Card& card = shell.card();
+  const softcard::PortIndex port = take_physical_port(card, arguments);
+  const std::string kind = arguments.take("kind");
+  if (kind == "none") {
+    arguments.finish();
+    card.plug(port, nullptr);
+  } else if (kind == "memory") {
+    arguments.finish();
+    card.plug(port, std::make_unique<softcard::MemoryCable>());
+  } else if (kind == "patch") {
+    const softcard::PortIndex other = take_physical_port(card, arguments);
+    arguments.finish();
+    if (other == port) throw Error("port: a cable has two ends");
+    auto ends = softcard::PatchCable::make();
+    card.plug(port, std::move(ends.first));
+    card.plug(other, std::move(ends.second));
+  } else {
+    throw Error("kind: '" + kind + "' is none of none, memory, patch, pcap, unix, linux");
+  }
+}
+
+void wait(Shell& shell, Arguments& arguments, Reply&) {
+  const auto seconds = parse_number(arguments.take("seconds"), "seconds", 0, 86400);
+  arguments.finish();
+  EventLoop& loop = shell.loop();
+  bool over = false;
+  const XorpTimer end = loop.set_flag_after_ms(static_cast<int>(seconds) * 1000, &over);
+  const XorpTimer rounds = loop.new_periodic_ms(kRoundMilliseconds, callback(&settle, &shell));
+  while (!over) loop.run();
+  shell.settle();
+}
+
+}  // namespace shell

@@ -1,0 +1,21 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What ports are plugged into: the commands that make cables and let them run.
+#ifndef SHELL_CABLES_H_
+#define SHELL_CABLES_H_
+
+#include "command.h"
+#include "softcard/card.h"
+#include "softcard/memory_cable.h"
+
+namespace shell {
+
+// The memory that a port is plugged into; Error when it is plugged into anything else.
+softcard::MemoryCable& memory_cable(softcard::Card& card, softcard::PortIndex port);
+
+void cable(Shell& shell, Arguments& arguments, Reply& reply);
+void wait(Shell& shell, Arguments& arguments, Reply& reply);
+
+}  // namespace shell
+
+#endif  // SHELL_CABLES_H_

@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "entry_point.h"
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdint>
+#include <stdexcept>
+
+namespace shell {
+
+namespace {
+
+// The largest answer that a C caller could be given: every port there can be.
+constexpr std::size_t kArrayRoom = 65536;
+
+// A buffer that is passed and not used.
+std::array<unsigned long long, 2 * STAT_TYPE_COUNT> unused_buffer{};
+
+// The shell's callbacks by name, for withdrawing them.
+struct NamedCallback {
+  const char* name;
+  void* function;
+};
+const std::array<NamedCallback, 6>& callbacks() {
+  static const std::array<NamedCallback, 6> all = {{
+      {"rx_packet", reinterpret_cast<void*>(&EventPrinter<RxPacket*, void*>::print)},
+      {"rx_packet_c", reinterpret_cast<void*>(&EventPrinter<ctype_rx_packet_s*, void*>::print)},
+      {"link_change", reinterpret_cast<void*>(&EventPrinter<LinkStatus*, Usp*>::print)},
+      {"link_change_c",
+       reinterpret_cast<void*>(&EventPrinter<ctype_link_status_s*, usp_s*>::print)},
+      {"mac_update", reinterpret_cast<void*>(&EventPrinter<L2Addr*, int, void*>::print)},
+      {"mac_update_c", reinterpret_cast<void*>(&EventPrinter<ctype_l2_addr_s*, int, void*>::print)},
+  }};
+  return all;
+}
+
+int keep_entry(const ctype_l2_addr_s* entry, void* entries) {
+  static_cast<std::vector<ctype_l2_addr_s>*>(entries)->push_back(*entry);
+  return 1;
+}
+
+Value entry_value(const ctype_l2_addr_s& entry) {
+  const bool of_cpu = (entry.flags & L2_ADDR_SYSTEM) != 0;
+  const Value port =
+      of_cpu ? text_value("cpu") : port_value({entry.port.unit, entry.port.slot, entry.port.port});
+  const std::string kind = of_cpu ? "system" : entry.flags != 0 ? "static" : "learned";
+  const Value vlan = number_value(std::uint64_t{entry.vlan});
+  const Value mac = text_value(mac_text(entry.mac));
+  return {mac.text + " vlan " + vlan.text + " port " + port.text + ' ' + kind,
+          json_object({{"mac", mac}, {"vlan", vlan}, {"port", port}, {"kind", text_value(kind)}})};
+}
+
+}  // namespace
+
+// ---- Rows --------------------------------------------------------------------------------------
+
+std::vector<Parameter> parse_row(const std::initializer_list<const char*>& names) {
+  std::vector<Parameter> row;
+  for (std::string text : names) {
+    Parameter parameter;
+    const auto strip_front = [&](const std::string& prefix) {
+      const bool found = text.compare(0, prefix.size(), prefix) == 0;
+      if (found) text.erase(0, prefix.size());
+      return found;
+    };
+    parameter.always = strip_front("always ");
+    parameter.out = strip_front("out ") || parameter.always;
+    if (text.back() == '?') {
+      parameter.optional = true;
+      text.pop_back();
+    }
+    if (text.size() > 2 && text.compare(text.size() - 2, 2, "[]") == 0) {
+      parameter.array = true;
+      text.erase(text.size() - 2);
+    }
+    const std::size_t colon = text.find(':');
+    parameter.name = text.substr(0, colon);
+    parameter.kind = colon == std::string::npos ? parameter.name : text.substr(colon + 1);
+    row.push_back(parameter);
+  }
+  return row;
+}
+
+Bound Binder::take(Direction direction, bool array, const char* kind) {
+  if (next_ == row_.size()) throw std::logic_error("a parameter has no name");
+  Parameter& parameter = row_[next_++];
+  if (kind != nullptr) parameter.kind = kind;
+  if (parameter.array != array) {
+    throw std::logic_error(parameter.name + (array ? " is an array" : " is no array"));
+  }
+  if (direction != Direction::kEither && parameter.out != (direction == Direction::kOut)) {
+    throw std::logic_error(parameter.name + (parameter.out ? " is read" : " is printed"));
+  }
+  return {parameter, parameter.out ? Role::kOut : Role::kIn};
+}
+
+Bound Binder::take_count() {
+  count_due_ = false;
+  return {row_[next_ - 1], Role::kCount};
+}
+
+void Binder::finish() const {
+  if (next_ != row_.size()) throw std::logic_error(row_[next_].name + " belongs to no parameter");
+  if (count_due_) throw std::logic_error(row_.back().name + " has no count");
+}
+
+std::string usage_of(const std::vector<Bound>& parameters) {
+  std::vector<std::string> words;
+  for (const Bound& bound : parameters) {
+    if (bound.role != Role::kIn) continue;
+    std::string word = bound.parameter.name;
+    std::transform(word.begin(), word.end(), word.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    words.push_back(bound.parameter.optional ? '[' + word + ']' : word);
+  }
+  return joined(words, " ");
+}
+
+// ---- Slots -------------------------------------------------------------------------------------
+
+void BytesSlot::read(const Bound& bound, Call& call) {
+  if (bound.role != Role::kIn) return;
+  bytes_ = Codec<Bytes>::read(bound.parameter, call);
+  call.reply.inputs.emplace_back(bound.parameter.name, Codec<Bytes>::show(bound.parameter, bytes_));
+}
+
+void BytesSlot::report(const Bound& bound, Call& call) const {
+  if (bound.role != Role::kOut) return;
+  call.reply.outputs.emplace_back(bound.parameter.name,
+                                  Codec<Bytes>::show(bound.parameter, bytes_));
+}
+
+Bound Slot<usp_s*>::bind(Binder& binder) {
+  const bool array = binder.array_next();
+  const Bound bound = binder.take(Binder::Direction::kEither, array);
+  if (array) binder.expect_count();
+  return bound;
+}
+
+void Slot<usp_s*>::read(const Bound& bound, Call& call) {
+  if (bound.role == Role::kOut) {
+    ports_.resize(bound.parameter.array ? kArrayRoom : 1);
+  } else {
+    const std::list<Usp> ports = bound.parameter.array
+                                     ? Codec<std::list<Usp>>::read(bound.parameter, call)
+                                     : std::list<Usp>{Codec<Usp>::read(bound.parameter, call)};
+    for (const Usp& port : ports) ports_.push_back({port.unit(), port.slot(), port.port()});
+    call.reply.inputs.emplace_back(bound.parameter.name,
+                                   Codec<std::list<Usp>>::show(bound.parameter, ports));
+  }
+  call.array_size = ports_.size();
+}
+
+void Slot<usp_s*>::report(const Bound& bound, Call& call) {
+  if (bound.role != Role::kOut) return;
+  const auto report = [this, &bound, &call](std::size_t count) {
+    std::vector<Value> items;
+    for (std::size_t i = 0; i < count && i < ports_.size(); ++i) {
+      items.push_back(port_value({ports_[i].unit, ports_[i].slot, ports_[i].port}));
+    }
+    call.reply.outputs.emplace_back(bound.parameter.name,
+                                    bound.parameter.array ? list_value(items) : items.front());
+  };
+  if (bound.parameter.array) {
+    call.report_array = report;
+  } else {
+    report(1);
+  }
+}
+
+void Slot<ctype_packet_s*>::read(const Bound& bound, Call& call) {
+  const Packet packet = Codec<Packet>::read(bound.parameter, call);
+  call.reply.inputs.emplace_back(bound.parameter.name,
+                                 Codec<Packet>::show(bound.parameter, packet));
+  bytes_ = packet.data();
+  record_ = {packet.length(), packet.type(), bytes_.data()};
+}
+
+Bound Slot<void*>::bind(Binder& binder) {
+  const bool array = binder.array_next();
+  Bound bound = binder.take(Binder::Direction::kEither, array);
+  if (array) {
+    binder.expect_count();
+    bound.role = Role::kHidden;
+  }
+  return bound;
+}
+
+void Slot<void*>::read(const Bound& bound, Call& call) {
+  const Parameter& parameter = bound.parameter;
+  if (bound.role == Role::kHidden) {
+    pointer_ = unused_buffer.data();
+    call.array_size = STAT_TYPE_COUNT;
+    call.report_array = [](std::size_t) {};
+    return;
+  }
+  if (bound.role == Role::kOut) {
+    walk_ = {&keep_entry, &entries_};
+    pointer_ = &walk_;
+    return;
+  }
+  if (parameter.optional && call.arguments.empty()) return;
+  const std::string text = call.arguments.take(parameter.name);
+  if (parameter.kind == "callback") {
+    for (const NamedCallback& callback : callbacks()) {
+      if (text == callback.name) pointer_ = callback.function;
+    }
+    if (pointer_ == nullptr) {
+      std::vector<std::string> names;
+      for (const NamedCallback& callback : callbacks()) names.emplace_back(callback.name);
+      throw Error(parameter.name + ": '" + text + "' is none of " + joined(names, ", "));
+    }
+  } else {
+    pointer_ = reinterpret_cast<void*>(
+        static_cast<std::uintptr_t>(parse_number(text, parameter.name, 0, UINT32_MAX)));
+  }
+  call.reply.inputs.emplace_back(parameter.name, text_value(text));
+}
+
+void Slot<void*>::report(const Bound& bound, Call& call) {
+  if (bound.role != Role::kOut) return;
+  for (std::size_t i = 0; i < entries_.size(); ++i) {
+    call.reply.outputs.emplace_back(bound.parameter.name + '[' + std::to_string(i) + ']',
+                                    entry_value(entries_[i]));
+  }
+}
+
+}  // namespace shell

@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Lines from a terminal, as they become ready: edited, with history and completion where the build
+// found a line editing library, else as the terminal gives them.
+#ifndef SHELL_LINE_EDITOR_H_
+#define SHELL_LINE_EDITOR_H_
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace shell {
+
+// There is one at a time. It owns the terminal's settings until it goes.
+class LineEditor {
+ public:
+  struct Calls {
+    std::function<void(const std::string& line)> line;  // a line is whole
+    std::function<void()> end;                          // there will be no more
+    // The words that `text`, word number `word` of the line from 0, may become.
+    std::function<std::vector<std::string>(const std::string& text, unsigned word)> complete;
+  };
+
+  LineEditor(const std::string& prompt, Calls calls);
+  ~LineEditor();
+  LineEditor(const LineEditor&) = delete;
+  LineEditor& operator=(const LineEditor&) = delete;
+
+  // Standard input has something to read.
+  void ready();
+
+  // Takes the line that is being typed off the screen, and puts it back.
+  void clear();
+  void restore();
+};
+
+}  // namespace shell
+
+#endif  // SHELL_LINE_EDITOR_H_

@@ -54,17 +54,7 @@ class CallWatch {
   // gives its result; `arguments` are shown after it, so outputs show what was written.
   template <class Work, class... Arguments>
   bool call(Module module, const char* operation, Work&& work, const Arguments&... arguments) {
-    if (!watching_) return work();
-    const bool result = !refuses(operation) && work();
-    if (traces(module)) {
-      std::ostringstream line;
-      line << operation << '(';
-      const char* separator = "";
-      ((line << separator, show(line, arguments), separator = ", "), ...);
-      line << ") = " << (result ? "true" : "false");
-      write(line.str());
-    }
-    return result;
+    return watching_ ? watched(module, operation, work, arguments...) : work();
   }
 
   // Switches tracing of a module, or of all of them ("trace_level_sdk", "trace_level_all"); false
@@ -83,6 +73,21 @@ class CallWatch {
   std::size_t pending_refusals() const { return refusals_.size(); }
 
  private:
+  // Out of line, so that the ordinary way of a call stays small.
+  template <class Work, class... Arguments>
+  [[gnu::noinline, gnu::cold]] bool watched(Module module, const char* operation, Work& work,
+                                            const Arguments&... arguments) {
+    const bool result = !refuses(operation) && work();
+    if (!traces(module)) return result;
+    std::ostringstream line;
+    line << operation << '(';
+    [[maybe_unused]] const char* separator = "";
+    ((line << separator, show(line, arguments), separator = ", "), ...);
+    line << ") = " << (result ? "true" : "false");
+    write(line.str());
+    return result;
+  }
+
   bool traces(Module module) const {
     return trace_all_ || (trace_modules_ >> static_cast<unsigned>(module) & 1) != 0;
   }

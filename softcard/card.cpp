@@ -175,6 +175,22 @@ bool Card::unpair_lag(const Usp& lag, unsigned id) {
   return true;
 }
 
+// ---- MAC table ----------------------------------------------------------------------------------
+
+bool Card::add_system_mac(const MacAddress& mac, const unsigned char* vlan_bitmap) {
+  std::vector<std::uint16_t> named;
+  std::size_t fresh = 0;
+  for (unsigned vlan = 0; vlan < kVlanCount; ++vlan) {
+    if ((vlan_bitmap[vlan / 8] >> (vlan % 8) & 1) == 0) continue;
+    if (!vlans_.known(vlan)) return false;
+    named.push_back(static_cast<std::uint16_t>(vlan));
+    if (fdb_.find(named.back(), mac) == nullptr) ++fresh;
+  }
+  if (named.empty() || fresh > fdb_.capacity() - fdb_.size()) return false;
+  for (const std::uint16_t vlan : named) fdb_.add_system(vlan, mac, now_seconds_);
+  return true;
+}
+
 // ---- Layer 3 ------------------------------------------------------------------------------------
 
 bool Card::l3_interface_in_use(std::uint32_t id) {

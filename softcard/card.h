@@ -108,6 +108,13 @@ class Card final : public CableSink {
   // False when the two are no pair.
   bool unpair_lag(const Usp& lag, unsigned id);
 
+  // --- MAC table -----------------------------------------------------------------------------
+
+  // Makes an address the switch's own in every VLAN of a bitmap as VornSdkBase has it. False, and
+  // nothing changed, when the bitmap is empty or names a VLAN that does not exist, and when the
+  // table has no room for all.
+  bool add_system_mac(const MacAddress& mac, const unsigned char* vlan_bitmap);
+
   // --- Layer 3 -------------------------------------------------------------------------------
 
   // Whether a host or route leads through the interface; reads all of them.

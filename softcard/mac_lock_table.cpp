@@ -7,7 +7,9 @@
 namespace softcard {
 
 MacLockTable::MacLockTable()
-    : lag_limits_(kMaxLagNumber, kNoMacLimit), vlan_limits_(kVlanCount, kNoMacLimit) {
+    : drop_(PortSet::first(kMaxPorts)),
+      lag_limits_(kMaxLagNumber, kNoMacLimit),
+      vlan_limits_(kVlanCount, kNoMacLimit) {
   port_limits_.fill(kNoMacLimit);
 }
 

@@ -1,0 +1,260 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The host that platform/vorn_*.h asks for. The line card's description is settled by
+// vorn_init_line_card(), and so is which addresses are physical ports; the card itself lives as
+// long as the SDK object.
+
+#include "softcard/host.h"
+
+#include <algorithm>
+#include <utility>
+#include <vector>
+
+#include "softcard/sdk.h"
+#include "vorn_lag_list.h"
+#include "vorn_port_mapping.h"
+#include "vorn_sdk.h"
+
+std::list<LagNode> lag_list;
+
+namespace softcard::host {
+namespace {
+
+// The card and its SDK object: made and destroyed together.
+struct Instance {
+  Instance(const CardDescription& description, std::shared_ptr<Clock> clock, CallWatch& watch)
+      : card(description, std::move(clock)), sdk(card, watch) {}
+
+  Card card;
+  SoftSdk sdk;
+};
+
+struct Process {
+  CardDescription chosen;  // by use_description()
+  std::string description_path;
+  std::shared_ptr<Clock> clock;
+  std::string error;
+  CallWatch watch;
+  CardDescription description;  // of the line card that was initialised
+  AddressPlan addresses{0};     // no ports before that
+  std::unique_ptr<Instance> instance;
+};
+
+// Lives from the first use to the end of the process, whatever is loaded before or after.
+Process& process() {
+  static Process* const kProcess = new Process;
+  return *kProcess;
+}
+
+std::list<LagNode>::iterator find_lag(std::list<LagNode>& list, unsigned id) {
+  return std::find_if(list.begin(), list.end(),
+                      [id](const LagNode& node) { return node.id() == id; });
+}
+
+bool contains(const std::list<Mp>& members, const Mp& mp) {
+  return std::find(members.begin(), members.end(), mp) != members.end();
+}
+
+// A line card in use stays as it is.
+bool initialise(int& out) {
+  Process& own = process();
+  own.error.clear();
+  if (own.instance == nullptr) {
+    CardDescription description = own.chosen;
+    if (!own.description_path.empty() &&
+        !load_card_description(own.description_path, description, own.error)) {
+      return false;
+    }
+    own.description = description;
+    own.addresses = AddressPlan(static_cast<PortIndex>(description.ports.size()));
+  }
+  out = own.addresses.port_count();
+  return true;
+}
+
+bool create_instance() {
+  Process& own = process();
+  if (own.instance != nullptr) {
+    own.error = "the line card is in use already";
+    return false;
+  }
+  if (own.addresses.port_count() == 0) {
+    own.error = "the line card is not initialised";
+    return false;
+  }
+  if (own.clock == nullptr) own.clock = std::make_shared<RealClock>();
+  own.instance = std::make_unique<Instance>(own.description, own.clock, own.watch);
+  return true;
+}
+
+}  // namespace
+
+void use_description(const CardDescription& description) {
+  process().chosen = description;
+  process().description_path.clear();
+}
+
+void use_description_file(const std::string& path) { process().description_path = path; }
+
+void use_clock(std::shared_ptr<Clock> clock) { process().clock = std::move(clock); }
+
+const std::string& error() { return process().error; }
+
+Card* card() {
+  Instance* const instance = process().instance.get();
+  return instance == nullptr ? nullptr : &instance->card;
+}
+
+CallWatch& call_watch() { return process().watch; }
+
+}  // namespace softcard::host
+
+namespace host = softcard::host;
+
+// ---- vorn_sdk.h ---------------------------------------------------------------------------------
+
+bool vornsdk_get_sdk_instance(VornSdkBase*& sdk) {
+  host::Instance* const instance = host::process().instance.get();
+  if (instance == nullptr) return false;
+  sdk = &instance->sdk;
+  return true;
+}
+
+bool vornsdk_create_sdk_instance() { return host::create_instance(); }
+
+bool vornsdk_delete_sdk_instance(VornSdkBase* sdk) {
+  host::Process& own = host::process();
+  if (own.instance == nullptr || sdk != &own.instance->sdk) return false;
+  own.instance.reset();
+  lag_list.clear();
+  return true;
+}
+
+bool vornsdk_lag_usp_to_lag_id(const Usp& lag, unsigned int& id) {
+  const softcard::Card* const card = host::card();
+  return card != nullptr && card->lag_id(lag, id);
+}
+
+bool vornsdk_lag_id_to_lag_usp(unsigned int id, Usp& lag) {
+  const softcard::Card* const card = host::card();
+  const Usp found = card == nullptr ? Usp(0, 0, 0) : card->lag_usp(id);
+  if (found == Usp(0, 0, 0)) return false;
+  lag = found;
+  return true;
+}
+
+// A LAG whose address is refused is taken back, from the SDK and from the list: nobody could reach
+// it again.
+bool vornsdk_add_lag_mapping(const Usp& lag, unsigned int id) {
+  softcard::Card* const card = host::card();
+  if (card == nullptr) return false;
+  if (card->pair_lag(lag, id)) return true;
+  if (card->lag_usp(id) == Usp(0, 0, 0) && card->delete_lag(id)) delete_lag_from_list(id, lag_list);
+  return false;
+}
+
+bool vornsdk_delete_lag_mapping(const Usp& lag, unsigned int id) {
+  softcard::Card* const card = host::card();
+  return card != nullptr && card->unpair_lag(lag, id);
+}
+
+// ---- vorn_port_mapping.h ------------------------------------------------------------------------
+
+bool vorn_init_line_card(int& out) { return host::initialise(out); }
+
+bool is_port_physical(const Usp& port) { return host::process().addresses.is_physical(port); }
+
+bool is_port_logical_lag(const Usp& port) { return softcard::AddressPlan::is_lag(port); }
+
+bool is_port_logical_vlan(const Usp& port) { return softcard::AddressPlan::is_vlan(port); }
+
+bool vorn_usp_to_mp(const Usp& port, Mp& mp) {
+  softcard::PortIndex index = 0;
+  if (!host::process().addresses.port_of(port, index)) return false;
+  mp = softcard::AddressPlan::mp_of(index);
+  return true;
+}
+
+// False for a LAG or VLAN that does not exist.
+bool vorn_usp_to_mp_list(const Usp& port, std::list<Mp>& mps) {
+  Mp mp(0, 0);
+  if (vorn_usp_to_mp(port, mp)) {
+    mps.push_back(mp);
+    return true;
+  }
+  softcard::Card* const card = host::card();
+  unsigned id = 0;
+  if (card == nullptr) return false;
+  if (card->lag_id(port, id)) return get_lag_member(id, mps);
+  if (!is_port_logical_vlan(port) || !card->vlans().known(port.port())) return false;
+  for (const softcard::PortIndex member : card->vlans().members(port.port())) {
+    mps.push_back(softcard::AddressPlan::mp_of(member));
+  }
+  return true;
+}
+
+bool vorn_usp_list_to_mp_list(const std::list<Usp>& ports, std::list<Mp>& mps) {
+  for (const Usp& port : ports) {
+    const std::size_t before = mps.size();
+    if (!vorn_usp_to_mp_list(port, mps) || mps.size() == before) return false;
+  }
+  return true;
+}
+
+bool vorn_mp_to_usp(const Mp& mp, Usp& port) {
+  softcard::PortIndex index = 0;
+  if (!host::process().addresses.port_of(mp, index)) return false;
+  port = softcard::AddressPlan::usp_of(index);
+  return true;
+}
+
+bool vorn_mp_list_to_usp_list(const std::list<Mp>& mps, std::list<Usp>& ports) {
+  for (const Mp& mp : mps) {
+    Usp port(0, 0, 0);
+    if (!vorn_mp_to_usp(mp, port)) return false;
+    ports.push_back(port);
+  }
+  return true;
+}
+
+// ---- vorn_lag_list.h ----------------------------------------------------------------------------
+
+bool add_lag_to_list(unsigned int id, std::list<LagNode>& list) {
+  if (host::find_lag(list, id) != list.end()) return false;
+  list.emplace_back(id);
+  return true;
+}
+
+bool delete_lag_from_list(unsigned int id, std::list<LagNode>& list) {
+  const auto node = host::find_lag(list, id);
+  if (node == list.end()) return false;
+  list.erase(node);
+  return true;
+}
+
+bool is_lag_exist(unsigned int id, std::list<LagNode> list) {
+  return host::find_lag(list, id) != list.end();
+}
+
+bool add_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& members) {
+  const auto node = host::find_lag(list, id);
+  if (node == list.end()) return false;
+  for (const Mp& mp : members) {
+    if (!host::contains(node->members(), mp)) node->members().push_back(mp);
+  }
+  return true;
+}
+
+bool delete_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& members) {
+  const auto node = host::find_lag(list, id);
+  if (node == list.end()) return false;
+  node->members().remove_if([&](const Mp& mp) { return host::contains(members, mp); });
+  return true;
+}
+
+bool get_lag_member(unsigned int id, std::list<Mp>& members) {
+  const auto node = host::find_lag(lag_list, id);
+  if (node == lag_list.end()) return false;
+  members.insert(members.end(), node->members().begin(), node->members().end());
+  return true;
+}

@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A file descriptor with one owner, and the words for what a system call refused.
+#ifndef SOFTCARD_CABLES_DESCRIPTOR_H_
+#define SOFTCARD_CABLES_DESCRIPTOR_H_
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+#include <string>
+#include <utility>
+
+namespace softcard {
+
+// Closes its descriptor; -1 for none.
+class Descriptor {
+ public:
+  Descriptor() = default;
+  explicit Descriptor(int fd) : fd_(fd) {}
+  Descriptor(Descriptor&& other) noexcept : fd_(std::exchange(other.fd_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(fd_, other.fd_);
+    return *this;
+  }
+  ~Descriptor() { reset(); }
+
+  int get() const { return fd_; }
+  explicit operator bool() const { return fd_ >= 0; }
+  void reset() {
+    if (fd_ >= 0) close(fd_);
+    fd_ = -1;
+  }
+
+ private:
+  int fd_ = -1;
+};
+
+// "NAME: WHAT: why", from errno.
+inline std::string system_error(const std::string& name, const char* what) {
+  const int error = errno;
+  return name + ": " + what + ": " + std::strerror(error);
+}
+
+}  // namespace softcard
+
+#endif  // SOFTCARD_CABLES_DESCRIPTOR_H_

@@ -12,7 +12,8 @@
 
 using namespace vorn::detail;
 
-bool api_trace_enabled = false;
+// Nothing in the library reads it, so it is marked as used lest it be optimised away.
+[[gnu::used]] bool api_trace_enabled = false;
 
 // There is no SDK object yet, so nothing is looked up.
 bool vorn_lcmgr_api_init(int& out) {

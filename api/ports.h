@@ -76,14 +76,22 @@ struct [[gnu::visibility("hidden")]] LookupTranslate {
 
 // ---- on_port --------------------------------------------------------------------------------
 
+template <class Order, class... Arguments>
+struct PortSteps {
+  [[gnu::noinline]] static bool run(const Usp& port, Arguments... arguments, Operation operation) {
+    const Target to = Order::find(port);
+    return to.sdk != nullptr && invoke<const Mp&>(*to.sdk, operation, to.mp, arguments...);
+  }
+};
+
 template <class Order, auto operation, class Signature = decltype(operation)>
 struct OnPort;
 
 template <class Order, auto operation, class... Parameters>
 struct OnPort<Order, operation, bool (VornSdkBase::*)(const Mp&, Parameters...)> {
   bool operator()(const Usp& port, Exactly<Parameters>... arguments) const {
-    const Target to = Order::find(port);
-    return to.sdk != nullptr && (to.sdk->*operation)(to.mp, arguments.value...);
+    return PortSteps<Order, Passed<Parameters>...>::run(port, pass(arguments)...,
+                                                        word_of(operation));
   }
 };
 
@@ -101,15 +109,23 @@ inline constexpr OnPort<Order, operation> on_port{};
 
 // ---- on_members -----------------------------------------------------------------------------
 
+template <class Order, class... Arguments>
+struct MemberSteps {
+  [[gnu::noinline]] static bool run(const Usp& port, Arguments... arguments, Operation operation) {
+    return Order::each(port, [=](VornSdkBase& sdk, const Mp& mp) {
+      return invoke<const Mp&>(sdk, operation, mp, arguments...);
+    });
+  }
+};
+
 template <class Order, auto operation, class Signature = decltype(operation)>
 struct OnMembers;
 
 template <class Order, auto operation, class... Parameters>
 struct OnMembers<Order, operation, bool (VornSdkBase::*)(const Mp&, Parameters...)> {
   bool operator()(const Usp& port, Exactly<Parameters>... arguments) const {
-    return Order::each(port, [=](VornSdkBase& sdk, const Mp& mp) {
-      return (sdk.*operation)(mp, arguments.value...);
-    });
+    return MemberSteps<Order, Passed<Parameters>...>::run(port, pass(arguments)...,
+                                                          word_of(operation));
   }
 };
 
@@ -123,15 +139,23 @@ inline constexpr OnMembers<Order, operation> on_members{};
 
 // ---- on_ports -------------------------------------------------------------------------------
 
+template <class... Arguments>
+struct ListSteps {
+  [[gnu::noinline]] static bool run(const std::list<Usp>& ports, Arguments... arguments,
+                                    Operation operation) {
+    return each_listed(ports, [=](VornSdkBase& sdk, const Mp& mp) {
+      return invoke<const Mp&>(sdk, operation, mp, arguments...);
+    });
+  }
+};
+
 template <auto operation, class Signature = decltype(operation)>
 struct OnPorts;
 
 template <auto operation, class... Parameters>
 struct OnPorts<operation, bool (VornSdkBase::*)(const Mp&, Parameters...)> {
   bool operator()(const std::list<Usp>& ports, Exactly<Parameters>... arguments) const {
-    return each_listed(ports, [=](VornSdkBase& sdk, const Mp& mp) {
-      return (sdk.*operation)(mp, arguments.value...);
-    });
+    return ListSteps<Passed<Parameters>...>::run(ports, pass(arguments)..., word_of(operation));
   }
 };
 

@@ -102,6 +102,16 @@ std::size_t FdbTable::flush_list(unsigned which, const List& list, const FdbFilt
   return removed;
 }
 
+// Goes on with a lookup behind a full bucket.
+const FdbEntry* FdbTable::find_behind(std::size_t bucket, std::uint64_t key) const {
+  for (std::size_t probes = 0; probes < bucket_mask_ && overflow_[bucket] != 0; ++probes) {
+    bucket = (bucket + 1) & bucket_mask_;
+    const FdbEntry& entry = buckets_[bucket].candidate(key);
+    if (entry.key_ == key) return &entry;
+  }
+  return nullptr;
+}
+
 // ---- Ageing and counts -------------------------------------------------------------------------
 
 std::size_t FdbTable::age(std::uint32_t now) {
@@ -183,27 +193,23 @@ FdbEntry* FdbTable::insert(std::uint64_t key, Destination destination, FdbKind k
                            std::uint32_t now) {
   if (size_ == capacity_) return nullptr;
   std::size_t bucket = home(key);
-  FdbEntry* free_place = nullptr;
+  const auto is_free = [](const FdbEntry& entry) { return entry.key_ == 0; };
+  FdbEntry* place = nullptr;
   while (true) {
-    for (FdbEntry& entry : buckets_[bucket].places) {
-      if (entry.key_ == 0) {
-        free_place = &entry;
-        break;
-      }
-    }
-    if (free_place != nullptr) break;
+    FdbEntry* const places = buckets_[bucket].places;
+    place = std::find_if(places, places + kPlacesPerBucket, is_free);
+    if (place != places + kPlacesPerBucket) break;
     if (overflow_[bucket] != UINT8_MAX) ++overflow_[bucket];
     bucket = (bucket + 1) & bucket_mask_;
   }
-  FdbEntry& entry = *free_place;
+  FdbEntry& entry = *place;
   entry.key_ = key;
   entry.last_seen_ = now;
   entry.number_ = destination.number;
   entry.destination_kind_ = destination.kind;
   entry.flags_ = static_cast<std::uint8_t>(kind);
-  const std::uint32_t place = place_of(entry);
-  link(kVlanList, vlan_lists_[entry.vlan()], place);
-  link(kDestinationList, list_of(destination), place);
+  link(kVlanList, vlan_lists_[entry.vlan()], place_of(entry));
+  link(kDestinationList, list_of(destination), place_of(entry));
   ++size_;
   if (kind == FdbKind::learned) {
     ++learned_;

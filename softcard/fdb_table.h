@@ -113,15 +113,10 @@ class FdbTable {
 
   // Returns the entry of `key` (see fdb_key), or null.  It stays where it is until it is removed.
   const FdbEntry* find(std::uint64_t key) const {
-    std::size_t bucket = home(key);
-    for (std::size_t probes = 0; probes <= bucket_mask_; ++probes) {
-      for (const FdbEntry& entry : buckets_[bucket].places) {
-        if (entry.key_ == key) return &entry;
-      }
-      if (overflow_[bucket] == 0) return nullptr;
-      bucket = (bucket + 1) & bucket_mask_;
-    }
-    return nullptr;
+    const std::size_t bucket = home(key);
+    const FdbEntry& entry = buckets_[bucket].candidate(key);
+    if (entry.key_ == key) return &entry;
+    return overflow_[bucket] == 0 ? nullptr : find_behind(bucket, key);
   }
   const FdbEntry* find(std::uint16_t vlan, const MacAddress& mac) const {
     return find(fdb_key(vlan, mac.to_number()));
@@ -204,6 +199,16 @@ class FdbTable {
 
   struct alignas(64) Bucket {
     FdbEntry places[kPlacesPerBucket];
+
+    // The place of `key` if it is here at all, else place 0.  Which one it is cannot be foreseen,
+    // so it is computed rather than searched for: a wrong guess would wait for the line to arrive.
+    const FdbEntry& candidate(std::uint64_t key) const {
+      const bool third = places[3].key_ == key;
+      const unsigned odd = static_cast<unsigned>((places[1].key_ == key) | third);
+      const unsigned upper = static_cast<unsigned>((places[2].key_ == key) | third);
+      const unsigned index = odd | upper << 1;
+      return places[index];
+    }
   };
   // The neighbours of a place in its lists: [kVlanList] and [kDestinationList].
   enum : unsigned { kVlanList, kDestinationList };
@@ -223,6 +228,7 @@ class FdbTable {
   FdbEntry& at(std::uint32_t place) {
     return buckets_[place / kPlacesPerBucket].places[place % kPlacesPerBucket];
   }
+  const FdbEntry* find_behind(std::size_t bucket, std::uint64_t key) const;
   std::uint32_t place_of(const FdbEntry& entry) const;
   // The list that holds the entries of a destination; null where a number was never seen.
   const List* find_list(Destination destination) const;

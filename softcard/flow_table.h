@@ -290,7 +290,7 @@ class FlowTable {
   static FlowKey key_of(const FlowMatch& match);
   static FlowKey mask_of(const FlowMatch& match);
   static FlowKey masked(const FlowKey& key, const FlowKey& mask);
-  static bool same(const FlowKey& a, const FlowKey& b) { return a.words_ == b.words_; }
+  static bool same(const FlowKey& a, const FlowKey& b);
   static std::uint32_t hash_of(const FlowKey& key);
   static std::uint32_t hash_of(const Subtable& subtable);
 

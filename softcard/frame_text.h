@@ -10,22 +10,25 @@
 // that are left out are made to fit.
 //
 //   eth      src dst (both required), vlan prio=0 dei=0 tpid=0x8100 for a tag, and again for each
-//            further tag, outermost first; type=<the following header's>
+//            further tag, outermost first; type=<the following header's, else 0x88b5>
 //   arp      op=request (or reply, or a number) sha=<eth src> spa=0.0.0.0 tha=00:00:00:00:00:00
 //            tpa=0.0.0.0
 //   ipv4     src dst (required) ttl=64 tos=0 id=0 df=0 mf=0 frag=0 (offset in bytes)
-//            proto=<the following header's> options=<hex> length checksum
-//   ipv6     src dst (required) hops=64 tc=0 flow=0 next=<the following header's> length
+//            proto=<the following header's, else 253> options=<hex> length checksum
+//   ipv6     src dst (required) hops=64 tc=0 flow=0 next=<the following header's, else 59> length
 //   hopopts, dstopts, routing   next data=<hex> (what follows the two first bytes; made up to a
 //            multiple of 8)
 //   frag     next offset=0 (in bytes) more=0 id=0
-//   tcp      sport dport (required) seq=0 ack=0 flags=0x10 window=65535 checksum
+//   tcp      sport dport (required) seq=0 ack=0 flags=A (letters of FSRPAUEC, or a number)
+//   window=65535
+//            options=<hex> checksum
 //   udp      sport dport (required) length checksum
 //   icmp     type code=0 id=0 seq=0 checksum
 //   icmp6    the same
 //   llc      dsap ssap control=3 length
 //   snap     oui=0 proto length
-//   payload=<hex>   anywhere at the end: the bytes that follow
+//   payload=<hex>   behind the last header: its contents
+//   trailer=<hex>   behind that: bytes that no header counts
 //   size=<bytes>    at the end: zeros are added up to this size of the whole frame
 //
 // Numbers are decimal or, with 0x, hexadecimal. A line of hexadecimal digits alone (colons and

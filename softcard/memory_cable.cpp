@@ -93,12 +93,6 @@ std::size_t PatchCable::transmit(FramePtr* frames, std::size_t count) {
   return sent;
 }
 
-CableSink* PatchCable::far_end(PortIndex& port) const {
-  if (!carrier()) return nullptr;
-  port = peer_->port_;
-  return peer_->sink_;
-}
-
 std::size_t PatchCable::poll(std::size_t budget) {
   std::size_t handed = 0;
   for (; handed < budget && !arrived_.empty(); ++handed) {

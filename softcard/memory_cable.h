@@ -66,7 +66,6 @@ class PatchCable : public Cable {
   std::size_t transmit(FramePtr* frames, std::size_t count) override;
   bool carrier() const override { return peer_ != nullptr && peer_->sink_ != nullptr; }
   CableSink* far_end(PortIndex& port) const override;
-  CableSink* far_end(PortIndex& port) const override;
   std::size_t poll(std::size_t budget) override;
   std::string describe() const override;
 

@@ -2,15 +2,41 @@
 #
 # libvornlcapi.so.0 out of its three units.
 
+include(CheckLinkerFlag)
+
+# For size, the linker folds functions that came out the same: the entry points' shared steps, one
+# set for each list of parameter types, are mostly the same machine code.  ld.bfd does not do that,
+# gold does.
+if(CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
+  check_linker_flag(CXX "-fuse-ld=gold;LINKER:--icf=safe" VORN_LINKER_FOLDS)
+  if(NOT VORN_LINKER_FOLDS)
+    message(STATUS "No linker that folds identical functions: the library gets larger.")
+  endif()
+endif()
+
+# How the three units are compiled.  -fpic is the short form of -fPIC: their offset table is small.
+add_library(vorn_unit_flags INTERFACE)
+target_compile_options(vorn_unit_flags INTERFACE
+  -fpic -fvisibility=hidden -fvisibility-inlines-hidden -ffunction-sections -fdata-sections
+  # Each of these costs more unwind tables than it saves code.
+  $<$<AND:$<CONFIG:MinSizeRel>,$<CXX_COMPILER_ID:GNU>>:-fno-shrink-wrap -fno-schedule-insns2>)
+
 # Link order is the order of static initialisation: the C binding's objects first, then the
 # socket's, last the API's.
 set(units)
 foreach(unit capi socket api)
   if(TARGET vornlcapi_${unit})
     list(APPEND units vornlcapi_${unit})
-    set_target_properties(vornlcapi_${unit} PROPERTIES POSITION_INDEPENDENT_CODE ON)
-    target_compile_options(vornlcapi_${unit} PRIVATE
-      -ffunction-sections -fdata-sections -fvisibility=hidden -fvisibility-inlines-hidden)
+    target_link_libraries(vornlcapi_${unit} PRIVATE vorn_unit_flags)
+  endif()
+endforeach()
+# Entry points are exported, but what calls them inside the library need not go through the
+# procedure linkage table: "protected" is exported and bound here.  (Not for VornSocket, whose
+# constant a program may copy.)
+foreach(unit capi api)
+  if(TARGET vornlcapi_${unit})
+    target_compile_definitions(vornlcapi_${unit} PRIVATE
+      "VORN_EXPORT=__attribute__((visibility(\"protected\")))")
   endif()
 endforeach()
 if(NOT units)
@@ -30,13 +56,16 @@ set_target_properties(vornlcapi PROPERTIES
   LINK_DEPENDS ${export_map})
 target_link_libraries(vornlcapi PRIVATE $<BUILD_INTERFACE:vorn_flags>)
 # The host process supplies what stays undefined, so the linker is not asked to find it (no
-# -z defs).  Calls among the library's own functions are bound when it is linked.
+# -z defs).
 target_link_options(vornlcapi PRIVATE
   LINKER:--version-script=${export_map}
   LINKER:-Bsymbolic-functions
   LINKER:--gc-sections
   LINKER:--as-needed
   LINKER:--hash-style=gnu)
+if(VORN_LINKER_FOLDS)
+  target_link_options(vornlcapi PRIVATE -fuse-ld=gold LINKER:--icf=safe)
+endif()
 # Clients use include/; hosts, and clients of VornSocket, platform/ too.
 target_include_directories(vornlcapi INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>

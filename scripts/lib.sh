@@ -81,33 +81,32 @@ configure() {
   [ $current = yes ] || cmake --preset "$preset" "$@"
 }
 
-# run_tests <preset> [ctest option...]: runs build/<preset>'s tests and closes with one line,
-# "<preset>: N passed, N failed, N skipped".  Adds to $passed and $failed.
-passed=0
-failed=0
-run_tests() {
-  preset=$1
-  shift
-  junit=$PWD/build/$preset/tests.xml
-  rm -f "$junit"
-  status=0
-  ctest --preset "$preset" -j "$(jobs)" --output-junit "$junit" "$@" || status=$?
-  [ -f "$junit" ] || die "ctest left no results for preset $preset"
-  total=$(junit_count tests)
-  bad=$(junit_count failures)
-  skipped=$(($(junit_count skipped) + $(junit_count disabled)))
-  # A run that ends badly without naming a test counts as a failure too.
-  if [ $status -ne 0 ] && [ "$bad" -eq 0 ]; then bad=1; fi
-  good=$((total - bad - skipped))
-  passed=$((passed + good))
-  failed=$((failed + bad))
-  say "$preset: $good passed, $bad failed, $skipped skipped"
-  return $status
+# results <preset>: sets $good, $bad and $skipped from the last run of its tests; fails where there
+# was none.
+results() {
+  [ -f "build/$1/tests.xml" ] || return 1
+  bad=$(junit_count "$1" failures)
+  skipped=$(($(junit_count "$1" skipped) + $(junit_count "$1" disabled)))
+  good=$(($(junit_count "$1" tests) - bad - skipped))
 }
 
 # The value of one count in the head of the JUnit file.
 junit_count() {
-  sed -n "s/^[[:space:]]*$1=\"\([0-9]*\)\".*/\1/p;/<testcase/q" "$junit" | head -n 1
+  sed -n "s/^[[:space:]]*$2=\"\([0-9]*\)\".*/\1/p;/<testcase/q" "build/$1/tests.xml" | head -n 1
+}
+
+# run_tests <preset> [ctest option...]: runs build/<preset>'s tests and closes with one line of
+# counts.
+run_tests() {
+  preset=$1
+  shift
+  rm -f "build/$preset/tests.xml"
+  status=0
+  ctest --preset "$preset" -j "$(jobs)" --output-junit "$PWD/build/$preset/tests.xml" "$@" ||
+    status=$?
+  results "$preset" || die "ctest left no results for preset $preset"
+  say "$preset: $good passed, $bad failed, $skipped skipped"
+  return $status
 }
 
 # test_preset <preset> [ctest option...]: installs what it needs, builds it, runs its tests.
@@ -115,7 +114,7 @@ test_preset() {
   need_for_preset "$1"
   werror=OFF
   ! in_ci || werror=ON
-  configure "$1" -DVORN_BUILD_TESTS=ON -DVORN_WERROR=$werror &&
-    cmake --build --preset "$1" &&
-    run_tests "$@"
+  configure "$1" -DVORN_BUILD_TESTS=ON -DVORN_WERROR=$werror
+  cmake --build --preset "$1"
+  run_tests "$@"
 }

@@ -1,0 +1,220 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// A card of eight ports with a station at each, for tests that put frames in and look at what comes
+// out. Station a is at port 0, b at port 1, and so on to h at port 7; `all` is everybody.
+//
+//   in(0, "a b vlan=10")       a sends to b, tagged with VLAN 10
+//   out(1, "a b untagged")     that arrived at port 1, without a tag
+//   cpu(RX_REASON_FLOOD, "")   the CPU was handed a packet for that reason
+//
+// Behind source and destination stands frame text; what out() and cpu() name must be in the frame.
+// Whatever comes out of a port or to the CPU must be looked at: a test that leaves a frame behind
+// fails. Time stands still unless warp() moves it.
+#ifndef TESTS_SOFTCARD_SWITCH_FIXTURE_H_
+#define TESTS_SOFTCARD_SWITCH_FIXTURE_H_
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <deque>
+#include <initializer_list>
+#include <list>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "softcard/card.h"
+#include "softcard/frame_text.h"
+#include "softcard/memory_cable.h"
+#include "softcard/sdk.h"
+
+namespace softcard {
+
+inline CardDescription eight_ports() {
+  CardDescription description;
+  description.ports.resize(8);
+  return description;
+}
+
+class SwitchTest : public ::testing::Test {
+ protected:
+  struct CpuPacket {
+    unsigned reason;
+    Usp port;
+    unsigned vlan;
+    unsigned priority;
+    std::vector<std::uint8_t> frame;
+  };
+
+  SwitchTest() {
+    EXPECT_TRUE(sdk.register_rx_packet_callback(
+        [](RxPacket* packet, void* test) {
+          static_cast<SwitchTest*>(test)->packets.push_back(
+              {packet->reason,
+               packet->port,
+               packet->vlan,
+               packet->priority,
+               {packet->data, packet->data + packet->length}});
+        },
+        this));
+  }
+
+  void TearDown() override {
+    none();
+    EXPECT_EQ(card.frame_pool().in_use(), 0u) << "frames that went neither out nor back";
+  }
+
+  // ---- Names --------------------------------------------------------------------------------
+
+  static Mp mp(PortIndex port) { return AddressPlan::mp_of(port); }
+  static std::list<Mp> mps(std::initializer_list<PortIndex> ports) {
+    std::list<Mp> list;
+    for (const PortIndex port : ports) list.push_back(mp(port));
+    return list;
+  }
+  // The six bytes of a station's address.
+  static const unsigned char* mac(char station) {
+    static unsigned char addresses[26][6];
+    unsigned char* at = addresses[station - 'a'];
+    const unsigned char bytes[] = {0x00, 0x00, 0x5e,
+                                   0x00, 0x53, static_cast<unsigned char>(station)};
+    std::copy(bytes, bytes + 6, at);
+    return at;
+  }
+  // Turns "a b rest" into the text of a frame.
+  static std::string text_of(const std::string& words) {
+    std::size_t at = 0;
+    const auto next = [&] {
+      const std::size_t end = std::min(words.find(' ', at), words.size());
+      const std::string word = words.substr(at, end - at);
+      at = std::min(end + 1, words.size());
+      if (word == "all") return std::string("ff:ff:ff:ff:ff:ff");
+      if (word.size() != 1) return word;
+      char text[] = "00:00:5e:00:53:00";
+      const char digits[] = "0123456789abcdef";
+      text[15] = digits[static_cast<unsigned char>(word[0]) >> 4];
+      text[16] = digits[word[0] & 0xf];
+      return std::string(text);
+    };
+    const std::string source = next();
+    const std::string destination = next();
+    return "eth src=" + source + " dst=" + destination + " " + words.substr(at);
+  }
+
+  // ---- Frames -------------------------------------------------------------------------------
+
+  MemoryCable& cable(PortIndex port) { return *static_cast<MemoryCable*>(card.cable(port)); }
+
+  static std::vector<std::uint8_t> bytes_of(const std::string& words) {
+    std::vector<std::uint8_t> frame;
+    std::string error;
+    EXPECT_TRUE(parse_frame(text_of(words), frame, error)) << words << ": " << error;
+    return frame;
+  }
+
+  void in(PortIndex port, const std::string& words) { in(port, bytes_of(words)); }
+  void in(PortIndex port, const std::vector<std::uint8_t>& frame) { cable(port).send(frame); }
+
+  // The next frame that each port sent shows what `words` say; "" takes any.
+  void out(PortIndex port, const std::string& words) { out({port}, words); }
+  void out(std::initializer_list<PortIndex> ports, const std::string& words) {
+    for (const PortIndex port : ports) {
+      std::vector<std::uint8_t> frame;
+      if (cable(port).take(frame)) {
+        expect_shows(frame, words, "port " + std::to_string(port));
+      } else {
+        ADD_FAILURE() << "port " << port << " sent nothing; wanted: " << words;
+      }
+    }
+  }
+  // Takes `count` frames from each port, whatever they are.
+  void skip(std::initializer_list<PortIndex> ports, std::size_t count = 1) {
+    for (std::size_t i = 0; i < count; ++i) out(ports, "");
+  }
+
+  // The next packet for the CPU.
+  CpuPacket cpu(unsigned reason, const std::string& words) {
+    card.deliver_events();
+    if (packets.empty()) {
+      ADD_FAILURE() << "the CPU got nothing; wanted: " << words;
+      return {0, Usp(0, 0, 0), 0, 0, {}};
+    }
+    CpuPacket packet = packets.front();
+    packets.pop_front();
+    EXPECT_EQ(packet.reason, reason) << words;
+    expect_shows(packet.frame, words, "CPU");
+    return packet;
+  }
+
+  // Nothing was sent but what was looked at.
+  void none() {
+    card.deliver_events();
+    for (const CpuPacket& packet : packets) {
+      ADD_FAILURE() << "the CPU also got, for reason " << packet.reason << ": "
+                    << print_frame(packet.frame.data(), packet.frame.size());
+    }
+    packets.clear();
+    std::vector<std::uint8_t> frame;
+    for (const PortIndex port : card.ports().all()) {
+      if (dynamic_cast<MemoryCable*>(card.cable(port)) == nullptr) continue;
+      while (cable(port).take(frame)) {
+        ADD_FAILURE() << "port " << port
+                      << " also sent: " << print_frame(frame.data(), frame.size());
+      }
+    }
+  }
+
+  static void expect_shows(const std::vector<std::uint8_t>& frame, const std::string& words,
+                           const std::string& where) {
+    if (words.empty()) return;
+    std::string error;
+    const bool matches = frame_matches(text_of(words), frame.data(), frame.size(), error);
+    EXPECT_EQ(error, "") << words;
+    EXPECT_TRUE(matches) << where << "\n  wanted: " << words
+                         << "\n  came:   " << print_frame(frame.data(), frame.size());
+  }
+
+  // ---- Settings -----------------------------------------------------------------------------
+
+  void ok(bool result) { EXPECT_TRUE(result); }
+
+  // Makes a VLAN; its untagged ports get it as their PVID.
+  void vlan(unsigned number, std::list<Mp> tagged, std::list<Mp> untagged) {
+    for (const Mp& port : untagged) ok(sdk.set_port_pvid(port, number));
+    if (!card.vlans().known(number)) ok(sdk.create_vlan(number));
+    ok(sdk.add_ports_to_vlan(number, tagged, untagged));
+  }
+
+  // A LAG of ports; the result is its id.
+  unsigned lag(std::initializer_list<PortIndex> ports) {
+    unsigned id = 0;
+    std::list<Mp> members = mps(ports);
+    ok(sdk.create_lag(id));
+    ok(sdk.add_ports_to_lag(id, members));
+    return id;
+  }
+
+  std::uint64_t stat(PortIndex port, stat_type_t type) {
+    unsigned long long value = 0;
+    ok(sdk.get_port_stat_counter(mp(port), type, value));
+    return value;
+  }
+  std::uint64_t drops(PortIndex port, DropReason reason) {
+    return card.pipeline().drops(port, reason);
+  }
+
+  void warp(double seconds) {
+    clock->warp_ns(static_cast<std::uint64_t>(seconds * 1e9));
+    card.run_once();
+  }
+
+  std::shared_ptr<VirtualClock> clock = std::make_shared<VirtualClock>();
+  Card card{eight_ports(), clock};
+  CallWatch watch;
+  SoftSdk sdk{card, watch};
+  std::deque<CpuPacket> packets;
+};
+
+}  // namespace softcard
+
+#endif  // TESTS_SOFTCARD_SWITCH_FIXTURE_H_

@@ -61,32 +61,64 @@ FlowKey FlowTable::mask_of(const FlowMatch& match) {
   return mask;
 }
 
-FlowKey FlowTable::masked(const FlowKey& key, const FlowKey& mask) {
-  FlowKey result;
-  result.words_ = {key.words_[0] & mask.words_[0], key.words_[1] & mask.words_[1],
-                   key.words_[2] & mask.words_[2], key.words_[3] & mask.words_[3],
-                   key.words_[4] & mask.words_[4]};
-  return result;
+// An empty subtable for flows that look at the same bits as `match`.
+FlowTable::Subtable FlowTable::make_subtable(const FlowMatch& match) {
+  Subtable subtable;
+  subtable.mask = mask_of(match);
+  for (std::uint8_t i = 0; i < subtable.mask.words_.size(); ++i) {
+    const std::uint64_t bits = subtable.mask.words_[i];
+    // Whether the headers are there is asked before the words are compared.
+    if ((i == 4 ? bits & ~FlowKey::kHeaders : bits) != 0) subtable.word[subtable.words++] = i;
+  }
+  if (match.udf.mask != 0) {
+    subtable.udf_base = match.udf.base;
+    subtable.udf_offset_bytes = match.udf.offset_bytes;
+  }
+  return subtable;
 }
 
-// Compares without a branch for each word: all of them are the same in nearly every case.
-bool FlowTable::same(const FlowKey& a, const FlowKey& b) {
-  return ((a.words_[0] ^ b.words_[0]) | (a.words_[1] ^ b.words_[1]) | (a.words_[2] ^ b.words_[2]) |
-          (a.words_[3] ^ b.words_[3]) | (a.words_[4] ^ b.words_[4])) == 0;
+bool FlowTable::same_mask(const Subtable& a, const Subtable& b) {
+  return a.mask.words_ == b.mask.words_ && a.udf_base == b.udf_base &&
+         a.udf_offset_bytes == b.udf_offset_bytes;
 }
 
-std::uint32_t FlowTable::hash_of(const FlowKey& key) {
-  // The products do not wait for one another.
-  return FlatIndex::hash_of(
-      key.words_[0] * 0x9E3779B97F4A7C15u + key.words_[1] * 0xC2B2AE3D27D4EB4Fu +
-      key.words_[2] * 0x165667B19E3779F9u + key.words_[3] * 0xD6E8FEB86659FD93u +
-      key.words_[4] * 0xA0761D6478BD642Fu);
-}
+namespace {
 
-std::uint32_t FlowTable::hash_of(const Subtable& subtable) {
-  const std::uint64_t place =
+// Odd numbers, one for each word of a key, that spread its bits.
+constexpr std::uint64_t kSpread[] = {0x9E3779B97F4A7C15u, 0xC2B2AE3D27D4EB4Fu, 0x165667B19E3779F9u,
+                                     0xD6E8FEB86659FD93u, 0xA0761D6478BD642Fu};
+
+}  // namespace
+
+std::uint32_t FlowTable::mask_hash(const Subtable& subtable) {
+  std::uint64_t sum =
       std::uint64_t{subtable.udf_offset_bytes} << 8 | static_cast<std::uint8_t>(subtable.udf_base);
-  return hash_of(subtable.mask) ^ FlatIndex::hash_of(place);
+  for (std::size_t i = 0; i < subtable.mask.words_.size(); ++i) {
+    sum += mix64(subtable.mask.words_[i] + kSpread[i]);
+  }
+  return FlatIndex::hash_of(sum);
+}
+
+std::uint32_t FlowTable::key_hash(const Subtable& subtable, const FlowKey& key) {
+  std::uint64_t sum = 0;
+  for (unsigned i = 0; i < subtable.words; ++i) {
+    const unsigned word = subtable.word[i];
+    sum += (key.words_[word] & subtable.mask.words_[word]) * kSpread[word];
+  }
+  return static_cast<std::uint32_t>((sum ^ sum >> 32) * kSpread[0] >> 32);
+}
+
+std::uint32_t FlowTable::find_in(const Subtable& subtable, const FlowKey& key,
+                                 std::uint32_t hash) const {
+  return subtable.index.find(hash, [&](std::uint32_t position) {
+    const FlowKey& own = entries_[position].key;
+    std::uint64_t differences = 0;
+    for (unsigned i = 0; i < subtable.words; ++i) {
+      const unsigned word = subtable.word[i];
+      differences |= (own.words_[word] ^ key.words_[word]) & subtable.mask.words_[word];
+    }
+    return differences == 0;
+  });
 }
 
 // ---- Flows -------------------------------------------------------------------------------------
@@ -106,23 +138,14 @@ FlowResult FlowTable::add_with_id(const FlowMatch& match, std::uint32_t id, std:
   if (position_of(id) != kNil) return FlowResult::id_taken;
   if (size() == capacity_) return FlowResult::full;
 
-  std::uint32_t position = static_cast<std::uint32_t>(flows_.size());
-  if (free_flows_.empty()) {
-    flows_.emplace_back();
-    rows_.emplace_back();
-  } else {
-    position = free_flows_.back();
-    free_flows_.pop_back();
-  }
-  const std::uint32_t subtable = subtable_for(match);
-  Flow& flow = flows_[position];
-  flow.id = id;
-  flow.priority = priority;
-  flow.match = match;
-  flow.subtable_ = subtable;
-  flow.used_ = true;
-  rows_[position].key = masked(key_of(match), subtables_[subtable].mask);
-  rows_[position].id = id;
+  const std::uint32_t position = entries_.take();
+  Entry& entry = entries_[position];
+  entry.key = key_of(match);
+  entry.rank = {priority, id};
+  entry.flow.id = id;
+  entry.flow.priority = priority;
+  entry.flow.match = match;
+  entry.flow.subtable_ = subtable_for(match);
   by_id_.insert(FlatIndex::hash_of(id), position);
   ids_.take(id);
   link(position);
@@ -133,12 +156,11 @@ FlowResult FlowTable::remove(std::uint32_t id) {
   const std::uint32_t position = position_of(id);
   if (position == kNil) return FlowResult::no_flow;
   unlink(position);
-  settle(flows_[position].subtable_);
+  settle(entries_[position].flow.subtable_);
   by_id_.erase(FlatIndex::hash_of(id), position);
   ids_.release(id);
-  release_actions(flows_[position]);
-  flows_[position] = Flow();
-  free_flows_.push_back(position);
+  release_actions(entries_[position].flow);
+  entries_.give(position);
   return FlowResult::done;
 }
 
@@ -146,16 +168,17 @@ void FlowTable::clear() { *this = FlowTable(capacity_); }
 
 const Flow* FlowTable::get(std::uint32_t id) const {
   const std::uint32_t position = position_of(id);
-  return position == kNil ? nullptr : &flows_[position];
+  return position == kNil ? nullptr : &entries_[position].flow;
 }
 
 FlowResult FlowTable::set_priority(std::uint32_t id, std::int32_t priority) {
   const std::uint32_t position = position_of(id);
   if (position == kNil) return FlowResult::no_flow;
   unlink(position);
-  flows_[position].priority = priority;
+  entries_[position].flow.priority = priority;
+  entries_[position].rank.priority = priority;
   link(position);
-  settle(flows_[position].subtable_);
+  settle(entries_[position].flow.subtable_);
   return FlowResult::done;
 }
 
@@ -164,19 +187,11 @@ FlowResult FlowTable::set_priority(std::uint32_t id, std::int32_t priority) {
 FlowResult FlowTable::add_action(std::uint32_t id, const FlowAction& action) {
   const std::uint32_t position = position_of(id);
   if (position == kNil) return FlowResult::no_flow;
-  Flow& flow = flows_[position];
+  Flow& flow = entries_[position].flow;
   const FlowActions& old = actions(flow);
   if (std::find(old.begin(), old.end(), action) != old.end()) return FlowResult::exists;
   if (old.count == kMaxFlowActions) return FlowResult::full;
-  if (flow.actions_ == kNil) {
-    if (free_action_lists_.empty()) {
-      flow.actions_ = static_cast<std::uint32_t>(action_lists_.size());
-      action_lists_.emplace_back();
-    } else {
-      flow.actions_ = free_action_lists_.back();
-      free_action_lists_.pop_back();
-    }
-  }
+  if (flow.actions_ == kNil) flow.actions_ = action_lists_.take();
   FlowActions& list = action_lists_[flow.actions_];
   list.items[list.count++] = action;
   return FlowResult::done;
@@ -185,7 +200,7 @@ FlowResult FlowTable::add_action(std::uint32_t id, const FlowAction& action) {
 FlowResult FlowTable::remove_action(std::uint32_t id, const FlowAction& action) {
   const std::uint32_t position = position_of(id);
   if (position == kNil) return FlowResult::no_flow;
-  Flow& flow = flows_[position];
+  Flow& flow = entries_[position].flow;
   if (flow.actions_ == kNil) return FlowResult::no_action;
   FlowActions& list = action_lists_[flow.actions_];
   FlowAction* const end = list.items.data() + list.count;
@@ -199,14 +214,13 @@ FlowResult FlowTable::remove_action(std::uint32_t id, const FlowAction& action) 
 FlowResult FlowTable::clear_actions(std::uint32_t id) {
   const std::uint32_t position = position_of(id);
   if (position == kNil) return FlowResult::no_flow;
-  release_actions(flows_[position]);
+  release_actions(entries_[position].flow);
   return FlowResult::done;
 }
 
 void FlowTable::release_actions(Flow& flow) {
   if (flow.actions_ == kNil) return;
-  action_lists_[flow.actions_].count = 0;
-  free_action_lists_.push_back(flow.actions_);
+  action_lists_.give(flow.actions_);
   flow.actions_ = kNil;
 }
 
@@ -215,32 +229,29 @@ void FlowTable::release_actions(Flow& flow) {
 const Flow* FlowTable::lookup(const FlowKey& key, const UdfReader& bytes) const {
   std::uint32_t best = kNil;
   for (const SearchStep& step : search_order_) {
-    if (best != kNil && rows_[best].priority > step.highest_priority) break;
+    if (best != kNil && entries_[best].rank.beats(step.bound)) break;
     const Subtable& subtable = subtables_[step.subtable];
     const std::uint64_t headers = subtable.mask.words_[4] & FlowKey::kHeaders;
     if ((key.words_[4] & headers) != headers) continue;
-    FlowKey sought = masked(key, subtable.mask);
-    const std::uint32_t udf_mask = static_cast<std::uint32_t>(subtable.mask.words_[4]);
-    if (udf_mask != 0) {
+    std::uint32_t found = kNil;
+    if (static_cast<std::uint32_t>(subtable.mask.words_[4]) == 0) {
+      found = find_in(subtable, key, key_hash(subtable, key));
+    } else {
       std::uint32_t value = 0;
       if (!bytes.read(subtable.udf_base, subtable.udf_offset_bytes, value)) continue;
-      sought.words_[4] |= value & udf_mask;
+      FlowKey with_value = key;
+      with_value.words_[4] |= value;
+      found = find_in(subtable, with_value, key_hash(subtable, with_value));
     }
-    const std::uint32_t found = subtable.index.find(
-        hash_of(sought), [&](std::uint32_t p) { return same(rows_[p].key, sought); });
-    if (found != kNil && (best == kNil || better(found, best))) best = found;
+    if (found != kNil && (best == kNil || entries_[found].rank.beats(entries_[best].rank)))
+      best = found;
   }
-  return best == kNil ? nullptr : &flows_[best];
-}
-
-// True when the flow at `a` wins over the one at `b`.
-bool FlowTable::better(std::uint32_t a, std::uint32_t b) const {
-  if (rows_[a].priority != rows_[b].priority) return rows_[a].priority > rows_[b].priority;
-  return rows_[a].id < rows_[b].id;
+  return best == kNil ? nullptr : &entries_[best].flow;
 }
 
 std::uint32_t FlowTable::position_of(std::uint32_t id) const {
-  return by_id_.find(FlatIndex::hash_of(id), [&](std::uint32_t p) { return rows_[p].id == id; });
+  return by_id_.find(FlatIndex::hash_of(id),
+                     [&](std::uint32_t p) { return entries_[p].rank.id == id; });
 }
 
 // ---- Subtables ---------------------------------------------------------------------------------
@@ -248,47 +259,31 @@ std::uint32_t FlowTable::position_of(std::uint32_t id) const {
 // Returns the subtable for flows that look at the same bits as `match`; makes it where there is
 // none.
 std::uint32_t FlowTable::subtable_for(const FlowMatch& match) {
-  Subtable wanted;
-  wanted.mask = mask_of(match);
-  if (match.udf.mask != 0) {
-    wanted.udf_base = match.udf.base;
-    wanted.udf_offset_bytes = match.udf.offset_bytes;
-  }
-  const std::uint32_t hash = hash_of(wanted);
-  const std::uint32_t found = by_mask_.find(hash, [&](std::uint32_t s) {
-    const Subtable& candidate = subtables_[s];
-    return same(candidate.mask, wanted.mask) && candidate.udf_base == wanted.udf_base &&
-           candidate.udf_offset_bytes == wanted.udf_offset_bytes;
-  });
+  Subtable wanted = make_subtable(match);
+  const std::uint32_t hash = mask_hash(wanted);
+  const std::uint32_t found =
+      by_mask_.find(hash, [&](std::uint32_t s) { return same_mask(subtables_[s], wanted); });
   if (found != kNil) return found;
-  std::uint32_t subtable = static_cast<std::uint32_t>(subtables_.size());
-  if (free_subtables_.empty()) {
-    subtables_.push_back(std::move(wanted));
-  } else {
-    subtable = free_subtables_.back();
-    free_subtables_.pop_back();
-    subtables_[subtable] = std::move(wanted);
-  }
+  const std::uint32_t subtable = subtables_.take();
+  subtables_[subtable] = std::move(wanted);
   by_mask_.insert(hash, subtable);
   return subtable;
 }
 
 // Enters a flow into its subtable, and that at its right place into the order of the search.
 void FlowTable::link(std::uint32_t position) {
-  Flow& flow = flows_[position];
-  Row& row = rows_[position];
-  row.priority = flow.priority;
+  Flow& flow = entries_[position].flow;
+  const Entry& entry = entries_[position];
   Subtable& subtable = subtables_[flow.subtable_];
   if (subtable.size++ == 0) {
-    insert_step(flow.subtable_, flow.priority);
-  } else if (flow.priority > subtable.highest_priority) {
+    insert_step(flow.subtable_, entry.rank);
+  } else if (entry.rank.beats(subtable.bound)) {
     erase_step(flow.subtable_);
-    insert_step(flow.subtable_, flow.priority);
+    insert_step(flow.subtable_, entry.rank);
   }
 
-  const std::uint32_t hash = hash_of(row.key);
-  const std::uint32_t first =
-      subtable.index.find(hash, [&](std::uint32_t p) { return same(rows_[p].key, row.key); });
+  const std::uint32_t hash = key_hash(subtable, entry.key);
+  const std::uint32_t first = find_in(subtable, entry.key, hash);
   if (first == kNil) {
     flow.next_ = position;
     flow.previous_ = position;
@@ -297,64 +292,62 @@ void FlowTable::link(std::uint32_t position) {
   }
   // The ring is looked through from its end, where a flow of the same priority and a new id
   // belongs.
-  std::uint32_t before = flows_[first].previous_;
-  if (better(position, first)) {
+  std::uint32_t before = entries_[first].flow.previous_;
+  if (entry.rank.beats(entries_[first].rank)) {
     subtable.index.replace(hash, first, position);
   } else {
-    while (better(position, before)) before = flows_[before].previous_;
+    while (entry.rank.beats(entries_[before].rank)) before = entries_[before].flow.previous_;
   }
   flow.previous_ = before;
-  flow.next_ = flows_[before].next_;
-  flows_[flow.next_].previous_ = position;
-  flows_[before].next_ = position;
+  flow.next_ = entries_[before].flow.next_;
+  entries_[flow.next_].flow.previous_ = position;
+  entries_[before].flow.next_ = position;
 }
 
 // Takes a flow out of its subtable; settle() must follow.
 void FlowTable::unlink(std::uint32_t position) {
-  Flow& flow = flows_[position];
-  const Row& row = rows_[position];
+  const Flow& flow = entries_[position].flow;
+  const Entry& entry = entries_[position];
   Subtable& subtable = subtables_[flow.subtable_];
-  const std::uint32_t hash = hash_of(row.key);
+  const std::uint32_t hash = key_hash(subtable, entry.key);
   if (flow.next_ == position) {
     subtable.index.erase(hash, position);
   } else {
-    const std::uint32_t first =
-        subtable.index.find(hash, [&](std::uint32_t p) { return same(rows_[p].key, row.key); });
+    const std::uint32_t first = find_in(subtable, entry.key, hash);
     if (first == position) subtable.index.replace(hash, position, flow.next_);
-    flows_[flow.previous_].next_ = flow.next_;
-    flows_[flow.next_].previous_ = flow.previous_;
+    entries_[flow.previous_].flow.next_ = flow.next_;
+    entries_[flow.next_].flow.previous_ = flow.previous_;
   }
   --subtable.size;
   ++subtable.removed_since_scan;
   if (subtable.size == 0) erase_step(flow.subtable_);
 }
 
-// Gives an empty subtable back.  In any other finds the highest priority anew when enough flows
-// have left it to pay for that, so that the search ends early again.
+// Gives an empty subtable back.  In any other finds the bound anew when enough flows have left it
+// to pay for that, so that the search ends early again.
 void FlowTable::settle(std::uint32_t position) {
   Subtable& subtable = subtables_[position];
   if (subtable.size == 0) {
-    by_mask_.erase(hash_of(subtable), position);
-    subtable = Subtable();
-    free_subtables_.push_back(position);
+    by_mask_.erase(mask_hash(subtable), position);
+    subtables_.give(position);
   } else if (subtable.removed_since_scan >= subtable.index.slots() / 2) {
-    std::int32_t highest = INT32_MIN;
-    subtable.index.for_each(
-        [&](std::uint32_t p) { highest = std::max(highest, rows_[p].priority); });
+    Rank best{INT32_MIN, UINT32_MAX};
+    subtable.index.for_each([&](std::uint32_t p) {
+      if (entries_[p].rank.beats(best)) best = entries_[p].rank;
+    });
     subtable.removed_since_scan = 0;
     erase_step(position);
-    insert_step(position, highest);
+    insert_step(position, best);
   }
 }
 
-// Enters a subtable into the order of the search behind all that hold no lower priority.
-void FlowTable::insert_step(std::uint32_t subtable, std::int32_t highest_priority) {
-  subtables_[subtable].highest_priority = highest_priority;
-  const auto behind = std::upper_bound(search_order_.begin(), search_order_.end(), highest_priority,
-                                       [](std::int32_t priority, const SearchStep& step) {
-                                         return priority > step.highest_priority;
-                                       });
-  search_order_.insert(behind, {highest_priority, subtable});
+// Enters a subtable into the order of the search behind all with a bound that beats its own.
+void FlowTable::insert_step(std::uint32_t subtable, const Rank& bound) {
+  subtables_[subtable].bound = bound;
+  const auto behind = std::upper_bound(
+      search_order_.begin(), search_order_.end(), bound,
+      [](const Rank& rank, const SearchStep& step) { return rank.beats(step.bound); });
+  search_order_.insert(behind, {bound, subtable});
 }
 
 void FlowTable::erase_step(std::uint32_t subtable) {

@@ -22,6 +22,7 @@
 #include "softcard/flat_index.h"
 #include "softcard/id_pool.h"
 #include "softcard/net_types.h"
+#include "softcard/pool.h"
 
 namespace softcard {
 
@@ -171,7 +172,6 @@ struct Flow {
   std::uint32_t next_ = 0;      // ring of the flows with the same match, best first
   std::uint32_t previous_ = 0;  //
   std::uint32_t actions_ = UINT32_MAX;
-  bool used_ = false;
 };
 
 // What an operation of FlowTable did.
@@ -211,7 +211,7 @@ class FlowTable {
   // Removes all flows.
   void clear();
 
-  // Returns the flow of `id`, or null.  It holds until a flow is added or removed.
+  // Returns the flow of `id`, or null.  It holds until the flow is removed.
   const Flow* get(std::uint32_t id) const;
 
   FlowResult set_priority(std::uint32_t id, std::int32_t priority);
@@ -254,68 +254,76 @@ class FlowTable {
   // Calls visit(const Flow&) for each flow; `visit` must not change the table.
   template <class Visit>
   void for_each(Visit&& visit) const {
-    for (const Flow& flow : flows_) {
-      if (flow.used_) visit(flow);
-    }
+    entries_.for_each([&](std::uint32_t position) { visit(entries_[position].flow); });
   }
 
  private:
   static constexpr std::uint32_t kNil = FlatIndex::kNone;
   static const FlowActions kNoActions;
 
-  // What a lookup reads of a flow, a cache line; at the same position as the flow.
-  struct alignas(64) Row {
-    FlowKey key;  // masked
-    std::int32_t priority;
-    std::uint32_t id;
+  // Who wins: the higher priority, then the lower id.
+  struct Rank {
+    std::int32_t priority = 0;
+    std::uint32_t id = 0;
+
+    bool beats(const Rank& other) const {
+      return priority != other.priority ? priority > other.priority : id < other.id;
+    }
+  };
+
+  // A flow behind what a lookup reads of it, which is in one cache line.
+  struct alignas(64) Entry {
+    FlowKey key;
+    Rank rank;
+    Flow flow;
   };
 
   // The flows that look at the same bits.
   struct Subtable {
     FlowKey mask;
+    std::uint8_t words = 0;  // how many words of the mask are not 0, headers aside, and which
+    std::array<std::uint8_t, 5> word{};
     FlowUdfBase udf_base = FlowUdfBase::frame;
     std::uint32_t udf_offset_bytes = 0;
-    std::int32_t highest_priority = 0;  // no flow in it has a higher one
+    FlatIndex index;  // the best flow of each distinct match
+    Rank bound;       // no flow in it beats this
     std::uint32_t size = 0;
-    std::uint32_t removed_since_scan = 0;  // flows removed since highest_priority was exact
-    FlatIndex index;                       // the best flow of each distinct match
+    std::uint32_t removed_since_scan = 0;  // flows removed since the bound was exact
   };
 
   struct SearchStep {
-    std::int32_t highest_priority;
+    Rank bound;
     std::uint32_t subtable;
   };
 
   // The bits of a match as a key and the bits that count as a mask.
   static FlowKey key_of(const FlowMatch& match);
   static FlowKey mask_of(const FlowMatch& match);
-  static FlowKey masked(const FlowKey& key, const FlowKey& mask);
-  static bool same(const FlowKey& a, const FlowKey& b);
-  static std::uint32_t hash_of(const FlowKey& key);
-  static std::uint32_t hash_of(const Subtable& subtable);
+  static Subtable make_subtable(const FlowMatch& match);
+  static bool same_mask(const Subtable& a, const Subtable& b);
+  static std::uint32_t mask_hash(const Subtable& subtable);
 
-  bool better(std::uint32_t a, std::uint32_t b) const;
+  // Finds the best flow of a subtable for a key, kNil when there is none.  `hash` is key_hash().
+  std::uint32_t find_in(const Subtable& subtable, const FlowKey& key, std::uint32_t hash) const;
+  static std::uint32_t key_hash(const Subtable& subtable, const FlowKey& key);
+
   std::uint32_t position_of(std::uint32_t id) const;
   std::uint32_t subtable_for(const FlowMatch& match);
   void link(std::uint32_t position);
   void unlink(std::uint32_t position);
   void settle(std::uint32_t position);
-  void insert_step(std::uint32_t subtable, std::int32_t highest_priority);
+  void insert_step(std::uint32_t subtable, const Rank& bound);
   void erase_step(std::uint32_t subtable);
   void release_actions(Flow& flow);
 
   std::size_t capacity_;
-  std::vector<Row> rows_;
-  std::vector<Flow> flows_;
-  std::vector<std::uint32_t> free_flows_;
+  Pool<Entry> entries_;
   FlatIndex by_id_;
   IdPool ids_;
-  std::vector<Subtable> subtables_;
-  std::vector<std::uint32_t> free_subtables_;
+  Pool<Subtable> subtables_;
   FlatIndex by_mask_;
-  std::vector<SearchStep> search_order_;  // highest priority first
-  std::vector<FlowActions> action_lists_;
-  std::vector<std::uint32_t> free_action_lists_;
+  std::vector<SearchStep> search_order_;  // the bound that beats the others first
+  Pool<FlowActions> action_lists_;
 };
 
 }  // namespace softcard

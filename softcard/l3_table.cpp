@@ -9,35 +9,15 @@ namespace softcard {
 
 namespace {
 
-// Takes a free position of a table's places, or makes one.
-template <class Place>
-std::uint32_t take_place(std::vector<Place>& places, std::vector<std::uint32_t>& free_positions) {
-  if (!free_positions.empty()) {
-    const std::uint32_t position = free_positions.back();
-    free_positions.pop_back();
-    return position;
-  }
-  places.emplace_back();
-  return static_cast<std::uint32_t>(places.size() - 1);
-}
-
-// Marks a place as free and keeps its position for take_place().
-template <class Place>
-void give_place(std::vector<Place>& places, std::vector<std::uint32_t>& free_positions,
-                std::uint32_t position) {
-  places[position] = Place();
-  free_positions.push_back(position);
-}
-
-// Calls erase(position) for each used place for which matches(place) holds; returns how many.
+// Calls erase(position) for each place for which matches(place) holds; returns how many.
 template <class Place, class Matches, class Erase>
-std::size_t erase_where(std::vector<Place>& places, Matches&& matches, Erase&& erase) {
+std::size_t erase_where(const Pool<Place>& places, Matches&& matches, Erase&& erase) {
   std::size_t erased = 0;
-  for (std::uint32_t position = 0; position < places.size(); ++position) {
-    if (!places[position].used || !matches(places[position])) continue;
+  places.for_each([&](std::uint32_t position) {
+    if (!matches(places[position])) return;
     erase(position);
     ++erased;
-  }
+  });
   return erased;
 }
 
@@ -101,7 +81,7 @@ L3Add L3InterfaceTable::create(const MacAddress& mac, std::uint16_t vlan, std::u
   }
   if (size() == capacity_) return L3Add::full;
   id = ids_.lowest_free();
-  put(take_place(places_, free_), {id, vlan, mac});
+  put(places_.take(), {id, vlan, mac});
   return L3Add::added;
 }
 
@@ -119,13 +99,13 @@ L3Add L3InterfaceTable::create_with_id(const MacAddress& mac, std::uint16_t vlan
     return L3Add::replaced;
   }
   if (size() == capacity_) return L3Add::full;
-  put(take_place(places_, free_), {id, vlan, mac});
+  put(places_.take(), {id, vlan, mac});
   return L3Add::added;
 }
 
 const L3Interface* L3InterfaceTable::get(std::uint32_t id) const {
   const std::uint32_t position = position_of(id);
-  return position == FlatIndex::kNone ? nullptr : &places_[position].interface;
+  return position == FlatIndex::kNone ? nullptr : &places_[position];
 }
 
 bool L3InterfaceTable::remove(std::uint16_t vlan, const MacAddress& mac) {
@@ -137,7 +117,7 @@ bool L3InterfaceTable::remove(std::uint32_t id) {
   const std::uint32_t position = position_of(id);
   if (position == FlatIndex::kNone) return false;
   take(position);
-  give_place(places_, free_, position);
+  places_.give(position);
   return true;
 }
 
@@ -145,20 +125,18 @@ void L3InterfaceTable::clear() { *this = L3InterfaceTable(capacity_); }
 
 const L3Interface* L3InterfaceTable::find_pair(std::uint16_t vlan, const MacAddress& mac) const {
   const std::uint32_t position = by_pair_.find(pair_hash(vlan, mac), [&](std::uint32_t p) {
-    return places_[p].interface.vlan == vlan && places_[p].interface.mac == mac;
+    return places_[p].vlan == vlan && places_[p].mac == mac;
   });
-  return position == FlatIndex::kNone ? nullptr : &places_[position].interface;
+  return position == FlatIndex::kNone ? nullptr : &places_[position];
 }
 
 std::uint32_t L3InterfaceTable::position_of(std::uint32_t id) const {
-  return by_id_.find(FlatIndex::hash_of(id),
-                     [&](std::uint32_t p) { return places_[p].interface.id == id; });
+  return by_id_.find(FlatIndex::hash_of(id), [&](std::uint32_t p) { return places_[p].id == id; });
 }
 
 // Fills a place and enters it everywhere.
 void L3InterfaceTable::put(std::uint32_t position, const L3Interface& interface) {
-  places_[position].interface = interface;
-  places_[position].used = true;
+  places_[position] = interface;
   by_id_.insert(FlatIndex::hash_of(interface.id), position);
   by_pair_.insert(pair_hash(interface.vlan, interface.mac), position);
   ids_.take(interface.id);
@@ -167,7 +145,7 @@ void L3InterfaceTable::put(std::uint32_t position, const L3Interface& interface)
 
 // Undoes put(); the place stays the caller's.
 void L3InterfaceTable::take(std::uint32_t position) {
-  const L3Interface& interface = places_[position].interface;
+  const L3Interface& interface = places_[position];
   by_id_.erase(FlatIndex::hash_of(interface.id), position);
   by_pair_.erase(pair_hash(interface.vlan, interface.mac), position);
   ids_.release(interface.id);
@@ -185,16 +163,14 @@ L3Add L3HostTable<Address>::add(const Address& ip, const NextHop& next_hop) {
     places_[p].host.next_hop = next_hop;
     return L3Add::replaced;
   }
-  if (size_ == capacity_) return L3Add::full;
-  const std::uint32_t position = take_place(places_, free_);
+  if (size() == capacity_) return L3Add::full;
+  const std::uint32_t position = places_.take();
   places_[position].host = {ip, next_hop};
-  places_[position].used = true;
   if (last == kNil) {
     index_.insert(hash_of(ip), position);
   } else {
     places_[last].next = position;
   }
-  ++size_;
   return L3Add::added;
 }
 
@@ -224,8 +200,7 @@ bool L3HostTable<Address>::remove(const Address& ip, Destination destination) {
   } else {
     index_.erase(hash_of(ip), position);
   }
-  give_place(places_, free_, position);
-  --size_;
+  places_.give(position);
   return true;
 }
 
@@ -288,12 +263,10 @@ L3Add L3RouteTable<Address>::add(const Address& ip, unsigned length, const NextH
     }
     return L3Add::replaced;
   }
-  if (size_ == capacity_) return L3Add::full;
-  const std::uint32_t position = take_place(places_, free_);
+  if (size() == capacity_) return L3Add::full;
+  const std::uint32_t position = places_.take();
   places_[position].route = {masked(ip, length), length, metric, next_hop};
-  places_[position].used = true;
   link(position);
-  ++size_;
   return L3Add::added;
 }
 
@@ -394,8 +367,7 @@ void L3RouteTable<Address>::unlink(std::uint32_t position) {
 template <class Address>
 void L3RouteTable<Address>::erase(std::uint32_t position) {
   unlink(position);
-  give_place(places_, free_, position);
-  --size_;
+  places_.give(position);
 }
 
 template class L3HostTable<Ipv4>;

@@ -4,8 +4,8 @@
 // and routes are templates over Ipv4 and Ipv6Address; L3Table at the end holds one of each.
 //
 // Conventions: masks are lengths in bits (mask_length() makes one from a mask); a full table
-// refuses a new entry and changes nothing; a pointer that a table returns holds until that table
-// changes. Memory grows with the entries.
+// refuses a new entry and changes nothing; a pointer that a table returns holds until its entry
+// is removed. Memory grows with the entries.
 #ifndef SOFTCARD_L3_TABLE_H_
 #define SOFTCARD_L3_TABLE_H_
 
@@ -17,6 +17,7 @@
 #include "softcard/flat_index.h"
 #include "softcard/id_pool.h"
 #include "softcard/net_types.h"
+#include "softcard/pool.h"
 #include "softcard/prefix_trie.h"
 
 namespace softcard {
@@ -91,25 +92,17 @@ class L3InterfaceTable {
   // Calls visit(const L3Interface&) for each interface; `visit` must not change the table.
   template <class Visit>
   void for_each(Visit&& visit) const {
-    for (const Place& place : places_) {
-      if (place.used) visit(place.interface);
-    }
+    places_.for_each([&](std::uint32_t position) { visit(places_[position]); });
   }
 
  private:
-  struct Place {
-    L3Interface interface;
-    bool used = false;
-  };
-
   const L3Interface* find_pair(std::uint16_t vlan, const MacAddress& mac) const;
   std::uint32_t position_of(std::uint32_t id) const;
   void put(std::uint32_t position, const L3Interface& interface);
   void take(std::uint32_t position);
 
   std::size_t capacity_;
-  std::vector<Place> places_;
-  std::vector<std::uint32_t> free_;
+  Pool<L3Interface> places_;
   FlatIndex by_id_;
   FlatIndex by_pair_;
   IdPool ids_;
@@ -162,15 +155,13 @@ class L3HostTable {
 
   void clear();
 
-  std::size_t size() const { return size_; }
+  std::size_t size() const { return places_.size(); }
   std::size_t capacity() const { return capacity_; }
 
   // Calls visit(const Host&) for each host; `visit` must not change the table.
   template <class Visit>
   void for_each(Visit&& visit) const {
-    for (const Place& place : places_) {
-      if (place.used) visit(place.host);
-    }
+    places_.for_each([&](std::uint32_t position) { visit(places_[position].host); });
   }
 
  private:
@@ -179,7 +170,6 @@ class L3HostTable {
   struct Place {
     Host host;
     std::uint32_t next = kNil;  // the next later host of the same address
-    bool used = false;
   };
 
   static std::uint32_t hash_of(const Address& ip);
@@ -190,9 +180,7 @@ class L3HostTable {
   std::size_t remove_where(Matches&& matches);
 
   std::size_t capacity_;
-  std::size_t size_ = 0;
-  std::vector<Place> places_;
-  std::vector<std::uint32_t> free_;
+  Pool<Place> places_;
   FlatIndex index_;  // the earliest host of each address
 };
 
@@ -263,15 +251,13 @@ class L3RouteTable {
 
   void clear();
 
-  std::size_t size() const { return size_; }
+  std::size_t size() const { return places_.size(); }
   std::size_t capacity() const { return capacity_; }
 
   // Calls visit(const Route&) for each route; `visit` must not change the table.
   template <class Visit>
   void for_each(Visit&& visit) const {
-    for (const Place& place : places_) {
-      if (place.used) visit(place.route);
-    }
+    places_.for_each([&](std::uint32_t position) { visit(places_[position].route); });
   }
 
  private:
@@ -280,7 +266,6 @@ class L3RouteTable {
   struct Place {
     Route route;
     std::uint32_t next = kNil;  // the next worse route of the same prefix
-    bool used = false;
   };
 
   std::uint32_t find_by_destination(std::uint32_t first, Destination destination) const;
@@ -289,9 +274,7 @@ class L3RouteTable {
   void erase(std::uint32_t position);
 
   std::size_t capacity_;
-  std::size_t size_ = 0;
-  std::vector<Place> places_;
-  std::vector<std::uint32_t> free_;
+  Pool<Place> places_;
   PrefixTrie<Address> trie_;  // the route in use of each prefix
 };
 

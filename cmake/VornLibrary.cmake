@@ -17,9 +17,18 @@ endif()
 # How the three units are compiled.  -fpic is the short form of -fPIC: their offset table is small.
 add_library(vorn_unit_flags INTERFACE)
 target_compile_options(vorn_unit_flags INTERFACE
-  -fpic -fvisibility=hidden -fvisibility-inlines-hidden -ffunction-sections -fdata-sections
-  # Each of these costs more unwind tables than it saves code.
-  $<$<AND:$<CONFIG:MinSizeRel>,$<CXX_COMPILER_ID:GNU>>:-fno-shrink-wrap -fno-schedule-insns2>)
+  -fpic -fvisibility=hidden -fvisibility-inlines-hidden -ffunction-sections)
+if(CMAKE_BUILD_TYPE STREQUAL "MinSizeRel" AND CMAKE_SYSTEM_PROCESSOR MATCHES "^(powerpc|ppc)"
+    AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  target_compile_options(vorn_unit_flags INTERFACE
+    # Each of these costs more unwind tables than it saves code.
+    -fno-shrink-wrap -fno-schedule-insns2
+    # A file's static objects are reached from one anchor, with one relocation, if neither they nor
+    # the strings are spread over sections.
+    -fsection-anchors -fno-data-sections -fno-merge-constants)
+else()
+  target_compile_options(vorn_unit_flags INTERFACE -fdata-sections)
+endif()
 
 # Link order is the order of static initialisation: the C binding's objects first, then the
 # socket's, last the API's.
@@ -70,7 +79,7 @@ endif()
 target_include_directories(vornlcapi INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>
-  ${VORN_XORP_INCLUDE_DIRS}
+  "$<BUILD_INTERFACE:${VORN_XORP_INCLUDE_DIRS}>"
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/platform>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/vornlcapi/platform>)
 if(VORN_OLD_ABI)

@@ -230,7 +230,7 @@ const Flow* FlowTable::lookup(const FlowKey& key, const UdfReader& bytes) const 
   std::uint32_t best = kNil;
   for (const SearchStep& step : search_order_) {
     if (best != kNil && entries_[best].rank.beats(step.bound)) break;
-    const Subtable& subtable = subtables_[step.subtable];
+    const Subtable& subtable = *step.subtable;
     const std::uint64_t headers = subtable.mask.words_[4] & FlowKey::kHeaders;
     if ((key.words_[4] & headers) != headers) continue;
     std::uint32_t found = kNil;
@@ -276,10 +276,10 @@ void FlowTable::link(std::uint32_t position) {
   const Entry& entry = entries_[position];
   Subtable& subtable = subtables_[flow.subtable_];
   if (subtable.size++ == 0) {
-    insert_step(flow.subtable_, entry.rank);
+    insert_step(subtable, entry.rank);
   } else if (entry.rank.beats(subtable.bound)) {
-    erase_step(flow.subtable_);
-    insert_step(flow.subtable_, entry.rank);
+    erase_step(subtable);
+    insert_step(subtable, entry.rank);
   }
 
   const std::uint32_t hash = key_hash(subtable, entry.key);
@@ -320,7 +320,7 @@ void FlowTable::unlink(std::uint32_t position) {
   }
   --subtable.size;
   ++subtable.removed_since_scan;
-  if (subtable.size == 0) erase_step(flow.subtable_);
+  if (subtable.size == 0) erase_step(subtable);
 }
 
 // Gives an empty subtable back.  In any other finds the bound anew when enough flows have left it
@@ -336,24 +336,24 @@ void FlowTable::settle(std::uint32_t position) {
       if (entries_[p].rank.beats(best)) best = entries_[p].rank;
     });
     subtable.removed_since_scan = 0;
-    erase_step(position);
-    insert_step(position, best);
+    erase_step(subtable);
+    insert_step(subtable, best);
   }
 }
 
 // Enters a subtable into the order of the search behind all with a bound that beats its own.
-void FlowTable::insert_step(std::uint32_t subtable, const Rank& bound) {
-  subtables_[subtable].bound = bound;
+void FlowTable::insert_step(Subtable& subtable, const Rank& bound) {
+  subtable.bound = bound;
   const auto behind = std::upper_bound(
       search_order_.begin(), search_order_.end(), bound,
       [](const Rank& rank, const SearchStep& step) { return rank.beats(step.bound); });
-  search_order_.insert(behind, {bound, subtable});
+  search_order_.insert(behind, {bound, &subtable});
 }
 
-void FlowTable::erase_step(std::uint32_t subtable) {
+void FlowTable::erase_step(const Subtable& subtable) {
   search_order_.erase(
       std::find_if(search_order_.begin(), search_order_.end(),
-                   [&](const SearchStep& step) { return step.subtable == subtable; }));
+                   [&](const SearchStep& step) { return step.subtable == &subtable; }));
 }
 
 }  // namespace softcard

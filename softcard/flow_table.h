@@ -293,7 +293,7 @@ class FlowTable {
 
   struct SearchStep {
     Rank bound;
-    std::uint32_t subtable;
+    const Subtable* subtable;
   };
 
   // The bits of a match as a key and the bits that count as a mask.
@@ -312,8 +312,8 @@ class FlowTable {
   void link(std::uint32_t position);
   void unlink(std::uint32_t position);
   void settle(std::uint32_t position);
-  void insert_step(std::uint32_t subtable, const Rank& bound);
-  void erase_step(std::uint32_t subtable);
+  void insert_step(Subtable& subtable, const Rank& bound);
+  void erase_step(const Subtable& subtable);
   void release_actions(Flow& flow);
 
   std::size_t capacity_;

@@ -13,7 +13,7 @@ namespace softcard {
 class IdPool {
  public:
   // Higher ids are not kept: a table with fewer entries than this never hands them out.
-  static constexpr std::uint32_t kLimit = 1u << 22;
+  static constexpr std::uint32_t kLimit = 1u << 24;
 
   // Returns the lowest free id, at least 1, without taking it.
   std::uint32_t lowest_free() const {

@@ -1,0 +1,563 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The tables through the library: what each operation leaves behind, and what is refused without
+// changing anything. Frames are tested elsewhere.
+
+#include <cstring>
+
+#include "softcard/sdk.h"
+#include "tests/softcard/host_fixture.h"
+#include "vorn_lag_list.h"
+#include "vorn_port_mapping.h"
+#include "vorn_sdk.h"
+
+namespace softcard {
+namespace {
+
+using Tables = HostTest;
+
+constexpr unsigned kIp = 0xc0000201;  // 192.0.2.1
+struct Mac {
+  explicit Mac(unsigned char last, unsigned char first = 2)
+      : bytes{first, 0, 0x5e, 0, 0x53, last} {}
+  operator const unsigned char*() const { return bytes; }
+  unsigned char bytes[6];
+};
+struct Ip6 {
+  explicit Ip6(unsigned char last) : bytes{0x20, 1, 0x0d, 0xb8} { bytes[15] = last; }
+  // A mask.
+  static Ip6 mask(unsigned bits) {
+    Ip6 ip(0);
+    for (unsigned i = 0; i < 128; ++i) {
+      const auto bit = static_cast<unsigned char>(0x80 >> i % 8);
+      ip.bytes[i / 8] =
+          static_cast<unsigned char>(i < bits ? ip.bytes[i / 8] | bit : ip.bytes[i / 8] & ~bit);
+    }
+    return ip;
+  }
+  operator const unsigned char*() const { return bytes; }
+  unsigned char bytes[16];
+};
+
+// "tagged; untagged" of a VLAN, "-" when it is refused.
+std::string members(unsigned number) {
+  std::list<Usp> tagged, untagged;
+  if (!vorn_get_vlan_info(number, tagged, untagged)) return "-";
+  return text(tagged) + "; " + text(untagged);
+}
+
+std::string expansion(const Usp& usp) {
+  std::list<Mp> mps;
+  std::list<Usp> usps;
+  if (!vorn_usp_to_mp_list(usp, mps)) return "-";
+  EXPECT_TRUE(vorn_mp_list_to_usp_list(mps, usps));
+  return text(usps);
+}
+
+// ---- VLANs --------------------------------------------------------------------------------------
+
+TEST_F(Tables, VlanMembership) {
+  EXPECT_EQ(members(10), "-");
+  EXPECT_EQ(expansion(vlan(10)), "-");
+  for (const unsigned bad : {0u, 4095u, 4096u + 10u, 1u})
+    EXPECT_FALSE(vorn_create_vlan(bad)) << bad;
+  EXPECT_TRUE(vorn_create_vlan(10));
+  EXPECT_FALSE(vorn_create_vlan(10));
+  EXPECT_EQ(members(10), "; ");
+  EXPECT_EQ(expansion(vlan(10)), "");
+  EXPECT_TRUE(vorn_add_ports_to_vlan(10, {port(9), port(2)}, {port(3)}));
+  EXPECT_EQ(members(10), "1/1/2 1/1/9; 1/1/3");
+  EXPECT_TRUE(vorn_add_ports_to_vlan(10, {port(3)}, {port(2), port(2)}));
+  EXPECT_EQ(members(10), "1/1/3 1/1/9; 1/1/2") << "the kind given last";
+  EXPECT_FALSE(vorn_delete_ports_from_vlan(10, {port(3), port(4)})) << "4 is no member";
+  EXPECT_FALSE(vorn_add_ports_to_vlan(10, {port(5)}, {kNowhere}));
+  EXPECT_FALSE(vorn_add_ports_to_vlan(11, {port(5)}, {}));
+  EXPECT_EQ(members(10), "1/1/3 1/1/9; 1/1/2") << "refused as a whole";
+  EXPECT_EQ(expansion(vlan(10)), "1/1/2 1/1/3 1/1/9");
+  EXPECT_TRUE(vorn_delete_ports_from_vlan(10, {port(3)}));
+  EXPECT_EQ(members(10), "1/1/9; 1/1/2");
+  EXPECT_TRUE(vorn_set_port_mtu(vlan(10), 2000)) << "a VLAN interface stands for its members";
+  unsigned bytes = 0;
+  EXPECT_TRUE(vorn_get_port_mtu(port(9), bytes) && bytes == 2000);
+  EXPECT_TRUE(vorn_delete_vlan(10));
+  EXPECT_FALSE(vorn_delete_vlan(10));
+  EXPECT_TRUE(vorn_create_vlan(10));
+  EXPECT_EQ(members(10), "; ") << "a new one starts without members";
+}
+
+TEST_F(Tables, VlanRulesBySource) {
+  VlanClassTable& rules = card().vlan_classes();
+  EXPECT_FALSE(vorn_set_mac_vlan(Mac(1), 0, 0)) << "nothing to delete";
+  EXPECT_FALSE(vorn_set_mac_vlan(Mac(1, 3), 10, 0)) << "a group is no source";
+  EXPECT_FALSE(vorn_set_mac_vlan(Mac(1), 4095, 0));
+  EXPECT_FALSE(vorn_set_mac_vlan(Mac(1), 10, 8));
+  EXPECT_TRUE(vorn_set_mac_vlan(Mac(1), 10, 3));
+  const VlanClass* rule = rules.by_mac(MacAddress::from_bytes(Mac(1)));
+  ASSERT_NE(rule, nullptr);
+  EXPECT_EQ(rule->vlan * 10 + rule->priority, 103);
+  EXPECT_TRUE(vorn_set_mac_vlan(Mac(1), 0, 0));
+  EXPECT_FALSE(rules.has_mac_rules());
+
+  const auto vlan_of = [&](unsigned ip) {
+    const VlanClass* found = rules.by_ipv4(ip);
+    return found == nullptr ? 0u : found->vlan;
+  };
+  EXPECT_FALSE(vorn_set_ipv4_subnet_vlan(kIp, 0xff00ff00, 10, 0)) << "a mask with holes";
+  EXPECT_TRUE(vorn_set_ipv4_subnet_vlan(kIp, 0xffffff00, 24, 0));
+  EXPECT_TRUE(vorn_set_ipv4_subnet_vlan(kIp, 0xfffffff0, 28, 0));
+  EXPECT_TRUE(vorn_set_ipv4_subnet_vlan(0, 0, 99, 0));
+  EXPECT_EQ(vlan_of(kIp), 28u) << "the longest wins";
+  EXPECT_EQ(vlan_of(kIp + 32), 24u);
+  EXPECT_EQ(vlan_of(0xcb007101), 99u);
+  EXPECT_TRUE(vorn_set_ipv4_subnet_vlan(kIp + 3, 0xfffffff0, 0, 0)) << "the same subnet";
+  EXPECT_EQ(vlan_of(kIp), 24u);
+
+  EXPECT_FALSE(vorn_set_ipv6_subnet_vlan(Ip6(1), 129, 10, 0));
+  EXPECT_TRUE(vorn_set_ipv6_subnet_vlan(Ip6(1), 128, 11, 0));
+  EXPECT_TRUE(vorn_set_ipv6_subnet_vlan(Ip6(1), 32, 12, 0));
+  EXPECT_EQ(rules.by_ipv6(Ipv6Address::from_bytes(Ip6(1)))->vlan, 11);
+  EXPECT_EQ(rules.by_ipv6(Ipv6Address::from_bytes(Ip6(2)))->vlan, 12);
+  EXPECT_EQ(rules.by_ipv6(Ipv6Address()), nullptr);
+}
+
+// ---- LAGs ---------------------------------------------------------------------------------------
+
+TEST_F(Tables, LagLife) {
+  unsigned id = 99;
+  lag_psc_t psc{};
+  EXPECT_EQ(expansion(lag(1)), "-") << "unknown";
+  EXPECT_FALSE(vorn_lag_usp_to_lag_id(lag(1), id));
+  EXPECT_TRUE(vorn_create_lag(lag(1)));
+  EXPECT_TRUE(vorn_create_lag(lag(2)));
+  EXPECT_TRUE(vorn_create_lag(lag(1))) << "there already";
+  EXPECT_TRUE(vorn_lag_usp_to_lag_id(lag(1), id) && id == 0);
+  EXPECT_TRUE(vorn_lag_usp_to_lag_id(lag(2), id) && id == 1);
+  EXPECT_EQ(lag_list.size(), 2u);
+  EXPECT_EQ(expansion(lag(1)), "");
+  EXPECT_TRUE(vorn_add_ports_to_lag(lag(1), {port(7), port(4)}));
+  EXPECT_TRUE(vorn_add_ports_to_lag(lag(1), {port(4), port(1)}));
+  EXPECT_EQ(expansion(lag(1)), "1/1/7 1/1/4 1/1/1") << "in the order they were added";
+  EXPECT_FALSE(vorn_add_ports_to_lag(lag(2), {port(9), port(4)})) << "4 is in lag/1";
+  EXPECT_EQ(expansion(lag(2)), "");
+  EXPECT_EQ(card().lags().lag_of(9), LagTable::kNoLag) << "refused as a whole";
+  EXPECT_FALSE(vorn_delete_ports_from_lag(lag(1), {port(4), port(9)}));
+  EXPECT_TRUE(vorn_delete_ports_from_lag(lag(1), {port(4)}));
+  EXPECT_EQ(expansion(lag(1)), "1/1/7 1/1/1");
+  EXPECT_EQ(card().lags()[0].size, 2);
+  EXPECT_EQ(card().lags()[0].members[1], 1);
+
+  EXPECT_FALSE(vorn_set_lag_balancing_strategy(lag(1), static_cast<lag_psc_t>(0)));
+  EXPECT_FALSE(vorn_set_lag_balancing_strategy(lag(1), static_cast<lag_psc_t>(8)));
+  EXPECT_TRUE(vorn_set_lag_balancing_strategy(lag(1), LAG_PSC_DST_IP));
+  EXPECT_TRUE(vorn_get_lag_balancing_strategy(lag(1), psc) && psc == LAG_PSC_DST_IP);
+  EXPECT_TRUE(vorn_get_lag_balancing_strategy(lag(2), psc) && psc == LAG_PSC_SRC_DST_MAC);
+
+  EXPECT_TRUE(vorn_delete_lag(lag(1)));
+  EXPECT_TRUE(vorn_delete_lag(lag(1))) << "nothing to delete";
+  EXPECT_EQ(expansion(lag(1)), "-");
+  EXPECT_EQ(card().lags().lag_of(7), LagTable::kNoLag);
+  EXPECT_TRUE(vorn_create_lag(lag(128)));
+  Usp usp(0, 0, 0);
+  EXPECT_TRUE(vorn_lag_id_to_lag_usp(0, usp) && usp == lag(128)) << "the lowest free id";
+  EXPECT_FALSE(vorn_lag_id_to_lag_usp(2, usp));
+  EXPECT_TRUE(vorn_get_lag_balancing_strategy(lag(128), psc) && psc == LAG_PSC_SRC_DST_MAC);
+}
+
+TEST_F(Tables, LagThatNobodyCouldReachIsTakenBack) {
+  EXPECT_FALSE(vorn_create_lag(port(3)));
+  EXPECT_TRUE(lag_list.empty());
+  EXPECT_FALSE(card().lags().exists(0));
+}
+
+TEST_F(Tables, LagHasRoomFor32) {
+  std::list<Usp> ports;
+  for (unsigned i = 0; i < 33; ++i) ports.push_back(port(i));
+  EXPECT_FALSE(vorn_add_ports_to_lag(lag(3), ports));
+  EXPECT_EQ(expansion(lag(3)), "");
+  ports.pop_back();
+  EXPECT_TRUE(vorn_add_ports_to_lag(lag(3), ports));
+}
+
+// ---- MAC table ----------------------------------------------------------------------------------
+
+TEST_F(Tables, MacEntriesOfEachKind) {
+  EXPECT_TRUE(vorn_create_vlan(10));
+  EXPECT_FALSE(vorn_add_mac_to_port(port(3), Mac(1), 11)) << "no such VLAN";
+  EXPECT_FALSE(vorn_add_mac_to_port(lag(1), Mac(1), 10)) << "no such LAG";
+  EXPECT_FALSE(vorn_add_mac_to_port(vlan(10), Mac(1), 10));
+  EXPECT_FALSE(vorn_add_system_mac(Mac(1), 11));
+  EXPECT_TRUE(vorn_create_lag(lag(5)));
+  EXPECT_TRUE(vorn_add_mac_to_port(port(3), Mac(1), 10));
+  EXPECT_TRUE(vorn_add_mac_to_port(lag(5), Mac(2), 10));
+  EXPECT_TRUE(vorn_add_system_mac(Mac(3), 1));
+  card().fdb().learn(10, MacAddress::from_bytes(Mac(4)), Destination::port(3), 0);
+  const Lines all = {"1 :3 0/0/0 2", "10 :1 1/1/3 1", "10 :2 lag/5 1", "10 :4 1/1/3 0"};
+  EXPECT_EQ(mac_table(), all);
+  EXPECT_FALSE(vorn_delete_mac(1, Mac(1)));
+  EXPECT_FALSE(vorn_delete_mac(4096 + 10, Mac(1))) << "no VLAN number";
+  EXPECT_EQ(mac_table(), all);
+
+  EXPECT_TRUE(vorn_clear_fdb_table(false));
+  EXPECT_EQ(mac_table(), (Lines{"1 :3 0/0/0 2", "10 :1 1/1/3 1", "10 :2 lag/5 1"}));
+  EXPECT_TRUE(vorn_clear_fdb_by_port(port(3), true));
+  EXPECT_EQ(mac_table(), (Lines{"1 :3 0/0/0 2", "10 :2 lag/5 1"}));
+  EXPECT_TRUE(vorn_clear_fdb_by_port(lag(1), true)) << "reaches LAG id 0";
+  EXPECT_EQ(mac_table(), (Lines{"1 :3 0/0/0 2"}));
+  EXPECT_FALSE(vorn_clear_fdb_by_port(lag(2), true)) << "no LAG has id 1";
+  EXPECT_FALSE(vorn_clear_fdb_by_vlan(11, true));
+  EXPECT_TRUE(vorn_clear_fdb_by_vlan(1, true));
+  EXPECT_TRUE(vorn_clear_fdb_table(true));
+  EXPECT_EQ(mac_table(), (Lines{"1 :3 0/0/0 2"})) << "system entries stay";
+  EXPECT_TRUE(vorn_delete_mac_by_mac(Mac(3)));
+  EXPECT_FALSE(vorn_delete_mac_by_mac(Mac(3)));
+  EXPECT_FALSE(vorn_traverse_mac_table(nullptr));
+}
+
+TEST_F(Tables, MacBitmapsAreAppliedWholly) {
+  unsigned char bitmap[512] = {};
+  EXPECT_FALSE(vorn_add_system_mac_vlan_bitmap(Mac(1), bitmap)) << "no VLAN at all";
+  bitmap[0] = 2;        // VLAN 1
+  bitmap[20 / 8] = 16;  // VLAN 20
+  EXPECT_FALSE(vorn_add_system_mac_vlan_bitmap(Mac(1), bitmap)) << "20 does not exist";
+  EXPECT_EQ(mac_table(), Lines());
+  EXPECT_TRUE(vorn_create_vlan(20));
+  EXPECT_TRUE(vorn_add_system_mac_vlan_bitmap(Mac(1), bitmap));
+  EXPECT_EQ(mac_table(), (Lines{"1 :1 0/0/0 2", "20 :1 0/0/0 2"}));
+  bitmap[0] = 0;
+  EXPECT_TRUE(vorn_delete_mac_vlan_bitmap(Mac(1), bitmap));
+  EXPECT_FALSE(vorn_delete_mac_vlan_bitmap(Mac(1), bitmap));
+  EXPECT_EQ(mac_table(), (Lines{"1 :1 0/0/0 2"}));
+}
+
+TEST_F(Tables, DependentEntriesGoWithVlanLagAndLink) {
+  const auto learn = [&](unsigned char last, Destination where, std::uint16_t in = 10) {
+    card().fdb().learn(in, MacAddress::from_bytes(Mac(last)), where, 0);
+  };
+  EXPECT_TRUE(vorn_create_vlan(10));
+  EXPECT_TRUE(vorn_add_ports_to_vlan(10, {port(1), port(2), port(3)}, {}));
+  learn(1, Destination::port(1));
+  learn(2, Destination::port(2));
+  learn(3, Destination::port(2), 1);
+  EXPECT_TRUE(vorn_delete_ports_from_vlan(10, {port(2)}));
+  EXPECT_EQ(mac_table(), (Lines{"1 :3 1/1/2 0", "10 :1 1/1/1 0"}));
+  EXPECT_TRUE(vorn_add_ports_to_lag(lag(1), {port(1), port(3)}));
+  EXPECT_EQ(mac_table(), (Lines{"1 :3 1/1/2 0"})) << "1/1/1 is a port of its own no more";
+  learn(4, Destination::lag(0));
+  EXPECT_TRUE(vorn_delete_ports_from_vlan(10, {port(3)}));
+  EXPECT_TRUE(vorn_set_port_state(port(3), false));
+  EXPECT_EQ(mac_table().size(), 2u) << "the LAG has another member";
+  EXPECT_TRUE(vorn_delete_ports_from_vlan(10, {port(1)}));
+  EXPECT_EQ(mac_table(), (Lines{"1 :3 1/1/2 0"})) << "none of them is in the VLAN now";
+  EXPECT_TRUE(vorn_add_mac_to_port(lag(1), Mac(5), 1));
+  EXPECT_TRUE(vorn_delete_lag(lag(1)));
+  EXPECT_EQ(mac_table(), (Lines{"1 :3 1/1/2 0"}));
+  EXPECT_TRUE(vorn_add_mac_to_port(port(2), Mac(6), 1));
+  EXPECT_TRUE(vorn_set_port_state(port(2), false));
+  EXPECT_EQ(mac_table(), (Lines{"1 :6 1/1/2 1"})) << "a link that goes takes what was learned";
+  EXPECT_TRUE(vorn_add_system_mac(Mac(7), 10));
+  EXPECT_TRUE(vorn_add_mac_to_port(port(2), Mac(8), 10));
+  EXPECT_TRUE(vorn_delete_vlan(10));
+  EXPECT_EQ(mac_table(), (Lines{"1 :6 1/1/2 1"}));
+}
+
+TEST_F(Tables, AgeingAndLimits) {
+  int value = 0;
+  EXPECT_TRUE(vorn_get_fdb_aging_time(value) && value == 300);
+  EXPECT_FALSE(vorn_set_fdb_aging_time(-1));
+  EXPECT_TRUE(vorn_set_fdb_aging_time(20));
+  card().fdb().learn(1, MacAddress::from_bytes(Mac(1)), Destination::port(3), 0);
+  clock_->warp_ns(19 * kNanosecondsPerSecond);
+  card().run_once();
+  EXPECT_EQ(mac_table().size(), 1u);
+  clock_->warp_ns(1 * kNanosecondsPerSecond);
+  card().run_once();
+  EXPECT_EQ(mac_table().size(), 0u);
+
+  EXPECT_FALSE(vorn_set_system_mac_limit(-2));
+  EXPECT_TRUE(vorn_set_system_mac_limit(77));
+  EXPECT_FALSE(vorn_get_system_mac_limit(value)) << "by its contract";
+  EXPECT_EQ(value, 77);
+  EXPECT_FALSE(vorn_set_port_mac_limit(lag(1), 5)) << "arrives as no port";
+  EXPECT_FALSE(vorn_get_port_mac_limit(lag(1), value)) << "no such LAG";
+  EXPECT_TRUE(vorn_create_vlan(10));
+  SoftSdk sdk(card(), host::call_watch());
+  EXPECT_TRUE(sdk.set_system_mac_limit(Mp(0, 10), 6, PORT_KIND_VLAN));
+  EXPECT_TRUE(vorn_get_port_mac_limit(vlan(10), value) && value == 6);
+  EXPECT_FALSE(sdk.set_system_mac_limit(Mp(0, 11), 6, PORT_KIND_VLAN));
+  EXPECT_FALSE(sdk.set_system_mac_limit(Mp(1, 1), 6, PORT_KIND_SYSTEM));
+  EXPECT_FALSE(sdk.set_system_mac_limit(Mp(1, 1), 6, 5));
+}
+
+// ---- Layer 3 ------------------------------------------------------------------------------------
+
+TEST_F(Tables, L3InterfacesHostsAndRoutes) {
+  unsigned id = 0, in = 0, metric = 0;
+  unsigned char mac[6] = {};
+  EXPECT_FALSE(vorn_create_l3_interface(Mac(1), 0, id));
+  EXPECT_FALSE(vorn_create_l3_interface(Mac(1, 3), 10, id)) << "a group address";
+  EXPECT_TRUE(vorn_create_l3_interface(Mac(1), 10, id));
+  EXPECT_FALSE(vorn_create_l3_interface(Mac(1), 10, in)) << "there already";
+  EXPECT_EQ(in, 0u);
+  EXPECT_FALSE(vorn_create_l3_interface_with_id(Mac(2), 10, id, false)) << "id in use";
+  EXPECT_TRUE(vorn_create_l3_interface_with_id(Mac(2), 11, 500, false));
+  EXPECT_TRUE(vorn_create_l3_interface_with_id(Mac(3), 12, 500, true));
+  EXPECT_TRUE(vorn_get_l3_interface(500, in, mac) && in == 12 && mac[5] == 3);
+
+  EXPECT_FALSE(vorn_add_l3_host_ip4(port(2), kIp, Mac(9), 501)) << "no such interface";
+  EXPECT_FALSE(vorn_add_l3_host_ip4(port(2), kIp, Mac(9, 3), 500)) << "a group as next hop";
+  EXPECT_FALSE(vorn_add_l3_host_ip4(lag(1), kIp, Mac(9), 500)) << "no such LAG";
+  EXPECT_TRUE(vorn_create_lag(lag(1)));
+  EXPECT_TRUE(vorn_add_l3_host_ip4(lag(1), kIp, Mac(9), 500));
+  EXPECT_TRUE(vorn_add_l3_host_ip6(port(2), Ip6(1), Mac(8), id));
+  EXPECT_TRUE(vorn_get_l3_host_ip4(kIp, lag(1), mac, in) && in == 500 && mac[5] == 9);
+  EXPECT_FALSE(vorn_get_l3_host_ip4(kIp, port(2), mac, in)) << "not at that port";
+  EXPECT_TRUE(vorn_get_l3_host_ip6(Ip6(1), port(2), mac, in) && in == id && mac[5] == 8);
+  EXPECT_FALSE(vorn_delete_l3_interface(Mac(3), 12)) << "in use";
+  EXPECT_FALSE(vorn_delete_l3_interface_all());
+  EXPECT_TRUE(vorn_delete_l3_host_by_network_ip4(kIp + 90));
+  EXPECT_FALSE(vorn_get_l3_host_ip4(kIp, lag(1), mac, in));
+  EXPECT_TRUE(vorn_delete_l3_interface(Mac(3), 12));
+  EXPECT_TRUE(vorn_delete_l3_host_by_interface(id, false)) << "the IPv4 ones";
+  EXPECT_TRUE(vorn_get_l3_host_ip6(Ip6(1), port(2), mac, in));
+  EXPECT_TRUE(vorn_delete_l3_host_by_interface(id, true));
+  EXPECT_FALSE(vorn_delete_l3_host_by_addr_ip6(Ip6(1), port(2))) << "gone";
+
+  EXPECT_FALSE(vorn_add_l3_route_ip4(port(2), kIp, 0xff00ff00, Mac(7), id, 5)) << "holes";
+  EXPECT_TRUE(vorn_add_l3_route_ip4(port(2), kIp, 0xffffff00, Mac(7), id, 5));
+  EXPECT_TRUE(
+      vorn_get_l3_route_by_subnet_ip4(kIp & 0xffffff00, 0xffffff00, port(2), mac, in, metric));
+  EXPECT_EQ(in * 100 + metric * 10 + mac[5], id * 100 + 57);
+  EXPECT_FALSE(vorn_add_l3_route_ip6(lag(1), Ip6(0), Ip6::mask(64), Mac(6), id))
+      << "arrives with the LAG's number 1, which is no LAG's id";
+  EXPECT_TRUE(vorn_create_lag(lag(2)));
+  EXPECT_TRUE(vorn_add_l3_route_ip6(lag(1), Ip6(0), Ip6::mask(64), Mac(6), id)) << "lag/2's id";
+  EXPECT_TRUE(vorn_add_l3_route_ip6(port(4), Ip6(0), Ip6::mask(64), Mac(5), id));
+  EXPECT_TRUE(vorn_get_l3_route_by_subnet_ip6(Ip6(0), Ip6::mask(64), port(4), in, mac) &&
+              mac[5] == 5);
+  EXPECT_TRUE(vorn_delete_l3_route_by_subnet_ip6(Ip6(0), Ip6::mask(64), port(4)));
+  EXPECT_FALSE(vorn_delete_l3_interface_by_id(id));
+  EXPECT_TRUE(vorn_delete_lag(lag(2))) << "takes its routes along";
+  EXPECT_TRUE(vorn_delete_l3_route_by_subnet_ip4(kIp, 0xffffff00, port(2)));
+  EXPECT_TRUE(vorn_delete_l3_interface_by_id(id));
+  EXPECT_FALSE(vorn_delete_l3_route_by_interface(id, false)) << "no such interface";
+  EXPECT_TRUE(vorn_delete_l3_interface_all() && vorn_clear_l3_host_table() &&
+              vorn_clear_l3_route_table());
+}
+
+// ---- Flows and filters --------------------------------------------------------------------------
+
+TEST_F(Tables, FlowsAreCheckedFieldByField) {
+  struct Row {
+    const char* name;
+    void (*set)(of_flow_s& flow);
+    bool good;
+  };
+  const Row rows[] = {
+      {"everything", [](of_flow_s&) {}, true},
+      {"in port",
+       [](of_flow_s& f) {
+         f.match.flags = OF_MATCH_IN_PORT;
+         f.in_port = port(3);
+       },
+       true},
+      {"no port",
+       [](of_flow_s& f) {
+         f.match.flags = OF_MATCH_IN_PORT;
+         f.in_port = kNowhere;
+       },
+       false},
+      {"port not asked for", [](of_flow_s& f) { f.in_port = kNowhere; }, true},
+      {"vlan 4095",
+       [](of_flow_s& f) {
+         f.match.flags = OF_MATCH_VLAN_ID;
+         f.match.vlan_id = 4095;
+       },
+       false},
+      {"vlan not asked for",
+       [](of_flow_s& f) {
+         f.match.vlan_id = 4095;
+         f.match.vlan_priority = 9;
+       },
+       true},
+      {"priority 8",
+       [](of_flow_s& f) {
+         f.match.flags = OF_MATCH_VLAN_PRIORITY;
+         f.match.vlan_priority = 8;
+       },
+       false},
+      {"protocol 256",
+       [](of_flow_s& f) {
+         f.match.flags = OF_MATCH_IP_PROTOCOL;
+         f.match.ip_protocol = 256;
+       },
+       false},
+      {"tos 256",
+       [](of_flow_s& f) {
+         f.match.flags = OF_MATCH_TOS;
+         f.match.tos = 256;
+       },
+       false},
+      {"unknown bit", [](of_flow_s& f) { f.match.flags = 0x1000; }, false},
+  };
+  const of_flow_qualify_udf_s none{};
+  for (const Row& row : rows) {
+    of_flow_s flow;
+    std::memset(&flow.match, 0, sizeof flow.match);
+    row.set(flow);
+    unsigned id = 0;
+    EXPECT_EQ(vorn_add_of_flow(flow, id, none), row.good) << row.name;
+    EXPECT_EQ(id != 0, row.good) << row.name;
+  }
+  of_flow_s flow;
+  std::memset(&flow.match, 0, sizeof flow.match);
+  unsigned id = 0;
+  EXPECT_FALSE(vorn_add_of_flow(flow, id, {4, 0, 0, 1})) << "no such base";
+  EXPECT_FALSE(vorn_add_of_flow(flow, id, {OF_UDF_L3, 0, 0, 0})) << "no bits";
+  EXPECT_TRUE(vorn_add_of_flow(flow, id, {OF_UDF_L3, 12, 0xc0000200, 0xffffff00}));
+  EXPECT_EQ(card().flows().get(id)->match.udf.base, FlowUdfBase::l3);
+}
+
+TEST_F(Tables, FlowLifeAndActions) {
+  of_flow_s flow;
+  std::memset(&flow.match, 0, sizeof flow.match);
+  int priority = 0;
+  unsigned long long packets = 1;
+  EXPECT_TRUE(vorn_add_of_flow_with_id(flow, 7));
+  EXPECT_FALSE(vorn_add_of_flow_with_id(flow, 7));
+  EXPECT_TRUE(vorn_get_of_flow_priority(7, priority) && priority == 32768);
+  EXPECT_TRUE(vorn_set_of_flow_priority(7, -5));
+  EXPECT_TRUE(vorn_get_of_flow_priority(7, priority) && priority == -5);
+  EXPECT_FALSE(vorn_set_of_flow_priority(8, 1) || vorn_get_of_flow_priority(8, priority));
+  EXPECT_TRUE(vorn_get_of_flow_stat_counter64(7, packets) && packets == 0);
+  EXPECT_FALSE(vorn_get_of_flow_stat_counter64(8, packets));
+
+  struct Row {
+    of_action_t kind;
+    of_action_param_s param;
+    bool good;
+  };
+  const Row rows[] = {
+      {OF_ACTION_OUTPUT, {{7 + 51, 0, 0}}, true},
+      {OF_ACTION_OUTPUT, {{7 + 52, 0, 0}}, false},
+      {OF_ACTION_OUTPUT, {{OF_PORT_FLOOD, 0, 0}}, true},
+      {OF_ACTION_OUTPUT, {{~0u, 0, 0}}, false},
+      {OF_ACTION_SET_VLAN_ID, {{4094, 5, 5}}, true},
+      {OF_ACTION_SET_VLAN_ID, {{0, 0, 0}}, false},
+      {OF_ACTION_SET_VLAN_PRIORITY, {{8, 0, 0}}, false},
+      {OF_ACTION_STRIP_VLAN, {{1, 2, 3}}, true},
+      {OF_ACTION_SET_SRC_MAC, {{0x02005e00, 0x10000, 0}}, false},
+      {OF_ACTION_SET_DST_MAC, {{0x02005e00, 0x5301, 0}}, true},
+      {OF_ACTION_SET_DST_IP, {{kIp, 0, 0}}, true},
+      {OF_ACTION_SET_TOS, {{256, 0, 0}}, false},
+      {OF_ACTION_SET_DST_L4_PORT, {{65536, 0, 0}}, false},
+      {OF_ACTION_SET_QUEUE, {{8, 0, 0}}, false},
+      {static_cast<of_action_t>(12), {{0, 0, 0}}, false},
+  };
+  unsigned added = 0;
+  for (const Row& row : rows) {
+    EXPECT_EQ(vorn_add_of_flow_action(7, row.kind, row.param), row.good)
+        << row.kind << ' ' << row.param.word[0];
+    EXPECT_FALSE(vorn_add_of_flow_action(8, row.kind, row.param)) << "no such flow";
+    added += row.good;
+  }
+  const auto actions = [&] { return card().flows().actions(*card().flows().get(7)).count; };
+  EXPECT_EQ(actions(), added);
+  EXPECT_TRUE(vorn_delete_of_flow_action(7, OF_ACTION_SET_VLAN_ID, {{4094, 0, 0}}))
+      << "words that the action does not name do not count";
+  EXPECT_FALSE(vorn_delete_of_flow_action(7, OF_ACTION_SET_VLAN_ID, {{4094, 0, 0}}));
+  EXPECT_TRUE(vorn_delete_of_flow_action(7, OF_ACTION_OUTPUT, {{7 + 51, 0, 0}}));
+  EXPECT_EQ(actions(), added - 2);
+  EXPECT_TRUE(vorn_clear_of_flow_action(7));
+  EXPECT_EQ(actions(), 0u);
+  EXPECT_TRUE(vorn_delete_of_flow(7));
+  EXPECT_FALSE(vorn_delete_of_flow(7) || vorn_clear_of_flow_action(7));
+  EXPECT_TRUE(vorn_clear_of_flow_table());
+}
+
+TEST_F(Tables, Filters) {
+  FilterTable& filters = card().filters();
+  EXPECT_TRUE(vorn_add_arp_filter(kIp, 0xffffff00) && vorn_add_arp_filter(kIp + 1, 0xffffff00));
+  EXPECT_EQ(filters.arp().size(), 1u) << "the same filter";
+  EXPECT_TRUE(filters.matches_arp_target(kIp + 7) && !filters.matches_arp_target(kIp + 256));
+  EXPECT_FALSE(vorn_delete_arp_filter(kIp, 0xffffffff));
+  EXPECT_TRUE(vorn_delete_arp_filter(kIp, 0xffffff00));
+  EXPECT_FALSE(vorn_add_ip_protocol_filter(256) || vorn_add_l4_destination_port_filter(65536));
+  EXPECT_FALSE(filters.any());
+  EXPECT_TRUE(vorn_add_ip_protocol_filter(255) && vorn_add_l4_destination_port_filter(65535));
+  EXPECT_TRUE(filters.matches_ip_protocol(255) && filters.matches_l4_port(65535));
+  EXPECT_FALSE(vorn_delete_ip_protocol_filter(254) || vorn_delete_l4_destination_port_filter(0));
+  EXPECT_TRUE(vorn_delete_ip_protocol_filter(255) && vorn_delete_l4_destination_port_filter_all());
+  EXPECT_FALSE(filters.any());
+  for (unsigned i = 0; i < 64; ++i) EXPECT_TRUE(vorn_add_arp_filter(kIp + i, 0xffffffff));
+  EXPECT_FALSE(vorn_add_arp_filter(kIp + 64, 0xffffffff)) << "full";
+  EXPECT_TRUE(vorn_delete_arp_filter_all() && vorn_delete_ip_protocol_filter_all());
+  EXPECT_FALSE(filters.any());
+}
+
+TEST_F(Tables, TheSwitchAsAWhole) {
+  unsigned mode = 9;
+  bool on = false;
+  Usp usp(0, 0, 0);
+  EXPECT_TRUE(vorn_get_switch_forward_mode(mode) && mode == SWITCH_FORWARD_MODE_HYBRID);
+  EXPECT_FALSE(vorn_set_switch_forward_mode(3));
+  EXPECT_TRUE(vorn_set_switch_forward_mode(SWITCH_FORWARD_MODE_FLOW));
+  EXPECT_TRUE(vorn_get_switch_forward_mode(mode) && mode == SWITCH_FORWARD_MODE_FLOW);
+  EXPECT_TRUE(vorn_set_switch_unknown_unicast_to_cpu(true));
+  EXPECT_TRUE(vorn_get_switch_unknown_unicast_to_cpu(on) && on);
+  EXPECT_TRUE(vorn_get_line_card_usp(usp) && usp == Usp(1, 1, 0));
+  EXPECT_TRUE(vorn_set_port_l2_enable(port(3), false));
+  EXPECT_FALSE(card().traffic().l2_on(3));
+  Packet packet;
+  EXPECT_FALSE(vorn_send_packet_from_cpu(packet)) << "no frame";
+  packet.set_data(std::vector<unsigned char>(60, 0xff));
+  EXPECT_FALSE(vorn_send_packet_by_port({}, {}, packet)) << "no port";
+  packet.set_type(2);
+  EXPECT_FALSE(vorn_send_packet_by_port({}, {port(3)}, packet)) << "no such type";
+}
+
+// ---- Full tables --------------------------------------------------------------------------------
+
+TEST(SmallCard, FullTablesRefuseAndChangeNothing) {
+  CardDescription small;
+  small.capacity.vlans = 2;
+  small.capacity.lags = 1;
+  small.capacity.fdb = 2;
+  small.capacity.mac_vlans = 1;
+  small.capacity.subnet_vlans = 1;
+  small.capacity.flows = 1;
+  small.capacity.l3_interfaces = 1;
+  small.capacity.ipv4_hosts = 1;
+  host::use_description(small);
+  int ports = 0;
+  ASSERT_TRUE(vorn_lcmgr_api_init(ports));
+  EXPECT_TRUE(vorn_create_vlan(2));
+  EXPECT_FALSE(vorn_create_vlan(3));
+  EXPECT_TRUE(vorn_delete_vlan(2) && vorn_create_vlan(3)) << "room again";
+  EXPECT_TRUE(vorn_create_lag(lag(1)));
+  EXPECT_FALSE(vorn_create_lag(lag(2)));
+  EXPECT_EQ(lag_list.size(), 1u);
+  EXPECT_TRUE(vorn_add_system_mac(Mac(1), 1));
+  unsigned char bitmap[512] = {10};  // VLANs 1 and 3
+  EXPECT_FALSE(vorn_add_system_mac_vlan_bitmap(Mac(2), bitmap)) << "room for one only";
+  EXPECT_EQ(host::card()->fdb().size(), 1u);
+  EXPECT_TRUE(vorn_add_system_mac_vlan_bitmap(Mac(1), bitmap)) << "one is there already";
+  EXPECT_FALSE(vorn_add_mac_to_port(port(1), Mac(3), 1));
+  EXPECT_TRUE(vorn_add_mac_to_port(port(1), Mac(1), 1)) << "in place of what was there";
+  EXPECT_TRUE(vorn_set_mac_vlan(Mac(1), 5, 0) && vorn_set_mac_vlan(Mac(1), 6, 0));
+  EXPECT_FALSE(vorn_set_mac_vlan(Mac(2), 5, 0));
+  EXPECT_TRUE(vorn_set_ipv4_subnet_vlan(kIp, 0xffffff00, 5, 0));
+  EXPECT_FALSE(vorn_set_ipv4_subnet_vlan(kIp, 0xffff0000, 5, 0));
+  unsigned id = 0;
+  EXPECT_TRUE(vorn_create_l3_interface(Mac(1), 1, id));
+  EXPECT_FALSE(vorn_create_l3_interface(Mac(2), 1, id));
+  EXPECT_TRUE(vorn_add_l3_host_ip4(port(1), kIp, Mac(5), id));
+  EXPECT_FALSE(vorn_add_l3_host_ip4(port(1), kIp + 1, Mac(5), id));
+  of_flow_s flow;
+  std::memset(&flow.match, 0, sizeof flow.match);
+  EXPECT_TRUE(vorn_add_of_flow_with_id(flow, 1));
+  EXPECT_FALSE(vorn_add_of_flow_with_id(flow, 2));
+  EXPECT_TRUE(vorn_lcmgr_api_terminate());
+}
+
+}  // namespace
+}  // namespace softcard

@@ -66,7 +66,7 @@ void complete_checksum(Frame& frame) {
 
 std::size_t longest_segment(const Frame& frame) {
   Plan parts;
-  if (frame.offload.segmentation == Segmentation::none || !plan(frame, parts)) return frame.size();
+  if (!plan(frame, parts)) return frame.size();
   return parts.header_bytes +
          std::min<std::size_t>(parts.payload_bytes, frame.offload.segment_bytes);
 }

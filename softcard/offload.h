@@ -15,7 +15,8 @@ namespace softcard {
 // otherwise left alone.
 void complete_checksum(Frame& frame);
 
-// The longest piece in bytes that a frame is to be cut into; its own size when it is not to be cut.
+// The longest piece in bytes that a frame to be segmented is cut into; its own size when it cannot
+// be cut.
 std::size_t longest_segment(const Frame& frame);
 
 // Takes the next piece off `frame`, which is to be segmented: a frame of its own with all checksums

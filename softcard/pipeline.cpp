@@ -55,12 +55,11 @@ stat_type_t counter_of(DropReason reason) {
   }
 }
 
-// A frame's bytes that count against an MTU: those of the longest piece, without the outermost tag.
-std::size_t mtu_bytes(const Frame& frame) {
-  const std::uint16_t type = load16(frame.data() + 12);
-  const std::size_t tag =
-      type == kTypeCustomerTag || type == kTypeServiceTag ? kTagBytes : std::size_t{0};
-  return longest_segment(frame) - tag;
+// A frame's bytes that count against an MTU: those of its longest piece, without the outermost tag.
+std::size_t mtu_bytes(const Frame& frame, bool tagged) {
+  const std::size_t bytes =
+      frame.offload.segmentation == Segmentation::none ? frame.size() : longest_segment(frame);
+  return tagged ? bytes - kTagBytes : bytes;
 }
 
 // ---- The parts of a trace line ------------------------------------------------------------------
@@ -142,11 +141,10 @@ void Pipeline::receive(PortIndex port, FramePtr* frames, std::size_t count) {
     std::size_t waiting = 0;
     for (std::size_t i = 0; i < burst; ++i) {
       Passage& passage = passages_[waiting];
-      passage = Passage();
-      passage.frame = std::move(frames[i]);
-      passage.ingress = port;
+      passage.begin(std::move(frames[i]), port);
       if (arrive(passage) && classify(passage)) ++waiting;
     }
+    find_next_hops(waiting);
     for (std::size_t i = 0; i < waiting; ++i) pass(passages_[i]);
     frames += burst;
     count -= burst;
@@ -172,8 +170,8 @@ bool Pipeline::arrive(Passage& passage) {
   }
 
   const FrameFault fault = parse(frame.data(), frame.size(), headers);
-  const bool oversize =
-      fault == FrameFault::none && mtu_bytes(frame) > card_.ports().mtu_bytes(port);
+  const bool oversize = fault == FrameFault::none &&
+                        mtu_bytes(frame, headers.tags != 0) > card_.ports().mtu_bytes(port);
   if (fault != FrameFault::none || oversize) {
     Counters& counters = card_.counters();
     counters.add(port, STAT_IN_ERRORS);
@@ -276,6 +274,31 @@ bool Pipeline::classify(Passage& passage) {
     card_.l3().ipv4_routes.prefetch(headers.ipv4_destination);
   }
   return true;
+}
+
+// Finds the next hops of the first `count` passages that are addressed to a router, all together.
+void Pipeline::find_next_hops(std::size_t count) {
+  static_assert(kBurst <= L3RouteTable<Ipv4>::kBatch, "a burst is looked up at once");
+  std::array<Passage*, kBurst> routed;
+  std::array<Ipv4, kBurst> addresses;
+  std::array<const L3Route<Ipv4>*, kBurst> routes;
+  std::size_t missing = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    Passage& passage = passages_[i];
+    if (passage.router == nullptr || passage.headers.l3 != Layer3::ipv4) continue;
+    const Ipv4 address = passage.headers.ipv4_destination;
+    if (const auto* host = card_.l3().ipv4_hosts.find(address)) {
+      passage.next_hop = &host->next_hop;
+      continue;
+    }
+    routed[missing] = &passage;
+    addresses[missing++] = address;
+  }
+  if (missing == 0) return;
+  card_.l3().ipv4_routes.lookup_batch(addresses.data(), missing, routes.data());
+  for (std::size_t i = 0; i < missing; ++i) {
+    if (routes[i] != nullptr) routed[i]->next_hop = &routes[i]->next_hop;
+  }
 }
 
 const L3Interface* Pipeline::router_of(const Passage& passage) const {
@@ -695,21 +718,7 @@ void Pipeline::route(Passage& passage) {
     reason = RX_REASON_TTL;
     lost = DropReason::ttl;
   } else {
-    if (headers.l3 == Layer3::ipv4) {
-      if (const auto* host = l3.ipv4_hosts.find(headers.ipv4_destination)) {
-        hop = &host->next_hop;
-      } else if (const auto* route = l3.ipv4_routes.lookup(headers.ipv4_destination)) {
-        hop = &route->next_hop;
-      }
-    } else {
-      const Ipv6Address ip =
-          Ipv6Address::from_bytes(passage.frame->data() + headers.l3_offset + 24);
-      if (const auto* host = l3.ipv6_hosts.find(ip)) {
-        hop = &host->next_hop;
-      } else if (const auto* route = l3.ipv6_routes.lookup(ip)) {
-        hop = &route->next_hop;
-      }
-    }
+    hop = passage.next_hop != nullptr ? passage.next_hop : next_hop_of(passage);
     if (hop == nullptr) {
       reason = RX_REASON_NO_ROUTE;
       lost = DropReason::no_route;
@@ -731,7 +740,7 @@ void Pipeline::route(Passage& passage) {
         return;
       }
     }
-    if (mtu_bytes(*passage.frame) > card_.ports().mtu_bytes(egress)) {
+    if (mtu_bytes(*passage.frame, headers.tags != 0) > card_.ports().mtu_bytes(egress)) {
       passage.vlan = passage.frame->vlan;
       reason = RX_REASON_MTU;
       lost = DropReason::router_mtu;
@@ -752,6 +761,22 @@ void Pipeline::route(Passage& passage) {
   decrement_ttl(*frame, passage.headers);
   frame->vlan = passage.vlan;
   send(passage, std::move(frame), Destination::port(egress), Tagging::by_membership);
+}
+
+// The host of the destination address, else the route; null when there is neither.
+const NextHop* Pipeline::next_hop_of(const Passage& passage) const {
+  const L3Table& l3 = card_.l3();
+  if (passage.headers.l3 == Layer3::ipv4) {
+    const Ipv4 ip = passage.headers.ipv4_destination;
+    if (const auto* host = l3.ipv4_hosts.find(ip)) return &host->next_hop;
+    if (const auto* route = l3.ipv4_routes.lookup(ip)) return &route->next_hop;
+    return nullptr;
+  }
+  const Ipv6Address ip =
+      Ipv6Address::from_bytes(passage.frame->data() + passage.headers.l3_offset + 24);
+  if (const auto* host = l3.ipv6_hosts.find(ip)) return &host->next_hop;
+  if (const auto* route = l3.ipv6_routes.lookup(ip)) return &route->next_hop;
+  return nullptr;
 }
 
 void Pipeline::bridge(Passage& passage) {
@@ -977,7 +1002,7 @@ std::uint64_t Pipeline::balance(const Headers& headers, const Frame& frame, lag_
 
 // Gives the frame the tag that it leaves the port with, or none, and sends it.
 bool Pipeline::emit(const Passage& passage, FramePtr frame, PortIndex egress, Tagging tagging) {
-  if (mtu_bytes(*frame) > card_.ports().mtu_bytes(egress)) {
+  if (mtu_bytes(*frame, passage.headers.tags != 0) > card_.ports().mtu_bytes(egress)) {
     refuse(egress, DropReason::egress_mtu);
     return false;
   }
@@ -1019,12 +1044,14 @@ bool Pipeline::emit(const Passage& passage, FramePtr frame, PortIndex egress, Ta
 void Pipeline::mirror(const Frame& frame, PortIndex mirrored, const char* direction) {
   const PortIndex to = card_.mirrors()[mirrored].to;
   note("mirror", direction, " of ", Destination::port(mirrored), " to ", Destination::port(to));
+  const std::uint16_t type = load16(frame.data() + 12);
+  const bool tagged = type == kTypeCustomerTag || type == kTypeServiceTag;
   DropReason reason = DropReason::no_buffer;
   if (!card_.ports().is_up(to)) {
     reason = DropReason::egress_down;
   } else if (!card_.traffic().egress_on(to)) {
     reason = DropReason::egress_state;
-  } else if (mtu_bytes(frame) > card_.ports().mtu_bytes(to)) {
+  } else if (mtu_bytes(frame, tagged) > card_.ports().mtu_bytes(to)) {
     reason = DropReason::egress_mtu;
   } else if (FramePtr copy = card_.frame_pool().copy(frame)) {
     transmit(std::move(copy), to, card_.cos().queue(to, frame.priority));

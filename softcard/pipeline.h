@@ -84,7 +84,19 @@ class Pipeline {
     bool bridged = false;    // leaves by the FDB
     std::int8_t queue = -1;  // egress queue set by a flow; -1: by the port's CoS mapping
     const L3Interface* router = nullptr;  // the router interface that it is addressed to
+    const NextHop* next_hop = nullptr;    // found ahead; null: not looked for, or not found
     Headers headers;
+
+    // Puts a frame and its ingress into a passage that is used again.
+    void begin(FramePtr new_frame, PortIndex port) {
+      frame = std::move(new_frame);
+      ingress = port;
+      control = false;
+      bridged = false;
+      queue = -1;
+      next_hop = nullptr;
+      headers = Headers();
+    }
   };
 
   // What waits for the cable of an egress port.
@@ -139,6 +151,8 @@ class Pipeline {
   static std::uint64_t balance(const Headers& headers, const Frame& frame, lag_psc_t criterion);
   PortSet own_ports(const Passage& passage) const;
   const L3Interface* router_of(const Passage& passage) const;
+  void find_next_hops(std::size_t count);
+  const NextHop* next_hop_of(const Passage& passage) const;
 
   // Drops a whole frame on its way in or to its destination, or one copy on its way out.
   void drop(Passage& passage, DropReason reason);

@@ -7,6 +7,9 @@
 #include "card_text.h"
 #include "libxorp/eventloop.hh"
 #include "shell.h"
+#include "softcard/cables/linux_cable.h"
+#include "softcard/cables/pcap_cable.h"
+#include "softcard/cables/unix_cable.h"
 
 namespace shell {
 
@@ -18,6 +21,15 @@ constexpr int kRoundMilliseconds = 10;
 bool settle(Shell* shell) {
   shell->settle();
   return true;
+}
+
+// Plugs what `open` makes, or throws its Error; the old cable stays then.
+template <class Open>
+void plug_opened(softcard::Card& card, softcard::PortIndex port, Open&& open) {
+  std::string error;
+  auto cable = open(error);
+  if (cable == nullptr) throw Error(error);
+  card.plug(port, std::move(cable));
 }
 
 }  // namespace
@@ -47,6 +59,27 @@ void cable(Shell& shell, Arguments& arguments, Reply&) {
     auto ends = softcard::PatchCable::make();
     card.plug(port, std::move(ends.first));
     card.plug(other, std::move(ends.second));
+
+  } else if (kind == "pcap") {
+    const std::string in = arguments.take("in");
+    const std::string out = arguments.take("out");
+    arguments.finish();
+    plug_opened(card, port, [&](std::string& error) {
+      return softcard::PcapCable::open(in == "-" ? "" : in, out == "-" ? "" : out, card.clock(),
+                                       error);
+    });
+  } else if (kind == "unix") {
+    const std::string path = arguments.take("path");
+    arguments.finish();
+    plug_opened(card, port, [&](std::string& error) {
+      return softcard::UnixCable::open(shell.loop(), path, error);
+    });
+  } else if (kind == "linux") {
+    const std::string interface = arguments.take("interface");
+    arguments.finish();
+    plug_opened(card, port, [&](std::string& error) {
+      return softcard::LinuxCable::open(shell.loop(), interface, error);
+    });
   } else {
     throw Error("kind: '" + kind + "' is none of none, memory, patch, pcap, unix, linux");
   }

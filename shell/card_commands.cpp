@@ -152,7 +152,7 @@ void clear_counters(Shell& shell, Arguments& arguments, Reply&) {
 void add_card_commands(CommandTable& table) {
   const auto add = [&table](const char* name, const char* usage, const char* help,
                             decltype(Command::run) run, bool changes_card) {
-    table.add({name, "card", usage, help, std::move(run), nullptr, changes_card});
+    table.add({name, "card", usage, help, std::move(run), nullptr, {}, changes_card});
   };
   add("link", "PORT up|down", "pulls the plug of a port, or puts it back", link, true);
   add("cable", "PORT none|memory|patch PORT|pcap IN OUT|unix PATH|linux INTERFACE",

@@ -26,10 +26,11 @@ struct Parameter {
   std::string name;
   // What the type does not say: ip, mask, mac, ip6, mask6, bitmap, mode, hex, flag, ...
   std::string kind;
-  bool out = false;       // printed, not read
-  bool always = false;    // printed even when the entry point fails
-  bool optional = false;  // 0 when left out
-  bool array = false;     // any number of them
+  bool out = false;                  // printed, not read
+  bool always = false;               // printed even when the entry point fails
+  bool optional = false;             // 0 when left out
+  bool array = false;                // any number of them
+  const NameTable* names = nullptr;  // of an enumeration
 };
 
 // One call while its arguments are read and its outputs printed.

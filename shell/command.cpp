@@ -30,6 +30,7 @@ void CommandTable::add(Command command) {
   const std::string prefix = "vorn_";
   if (added->name.compare(0, c_prefix.size(), c_prefix) == 0) {
     by_name_["c." + added->name] = added;
+    by_name_["c.vorn_" + added->name.substr(c_prefix.size())] = added;
     by_name_["c." + added->name.substr(c_prefix.size())] = added;
   } else if (added->name.compare(0, prefix.size(), prefix) == 0) {
     by_name_[added->name.substr(prefix.size())] = added;

@@ -37,6 +37,12 @@ class Arguments {
   std::deque<std::string> words_;
 };
 
+// A word of a command: its name and what it may be, where that is a choice of a few.
+struct Word {
+  std::string name;
+  std::vector<std::string> choices;
+};
+
 struct Command {
   std::string name;   // as it is called
   std::string group;  // its family, or `card`, or `shell`
@@ -44,6 +50,7 @@ struct Command {
   std::string help;   // one line
   std::function<void(Shell&, Arguments&, Reply&)> run;
   void (*entry_point)() = nullptr;  // what it calls, for entry points
+  std::vector<Word> words{};        // of entry points
   // Whether a recording has it besides the entry points: it changes the card.
   bool changes_card = false;
 };

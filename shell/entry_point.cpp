@@ -105,16 +105,30 @@ void Binder::finish() const {
   if (count_due_) throw std::logic_error(row_.back().name + " has no count");
 }
 
-std::string usage_of(const std::vector<Bound>& parameters) {
-  std::vector<std::string> words;
+std::string usage_of(const std::vector<Word>& words) {
+  std::vector<std::string> names;
+  for (const Word& word : words) names.push_back(word.name);
+  return joined(names, " ");
+}
+
+std::vector<Word> words_of(const std::vector<Bound>& parameters) {
+  std::vector<Word> words;
   for (const Bound& bound : parameters) {
     if (bound.role != Role::kIn) continue;
-    std::string word = bound.parameter.name;
-    std::transform(word.begin(), word.end(), word.begin(),
+    Word word;
+    word.name = bound.parameter.name;
+    std::transform(word.name.begin(), word.name.end(), word.name.begin(),
                    [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
-    words.push_back(bound.parameter.optional ? '[' + word + ']' : word);
+    if (bound.parameter.optional) word.name = '[' + word.name + ']';
+    if (bound.parameter.kind == "flag") word.choices = {"on", "off"};
+    const NameTable* const names =
+        bound.parameter.kind == "mode" ? &forward_mode_names() : bound.parameter.names;
+    if (names != nullptr) {
+      for (const auto& entry : names->entries) word.choices.emplace_back(entry.name);
+    }
+    words.push_back(word);
   }
-  return joined(words, " ");
+  return words;
 }
 
 // ---- Slots -------------------------------------------------------------------------------------

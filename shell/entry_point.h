@@ -72,7 +72,9 @@ class Binder {
 
 // Parses the names of a row.
 std::vector<Parameter> parse_row(const std::initializer_list<const char*>& names);
-std::string usage_of(const std::vector<Bound>& parameters);
+std::string usage_of(const std::vector<Word>& words);
+// The words that a command takes.
+std::vector<Word> words_of(const std::vector<Bound>& parameters);
 
 // ---- Slots: one parameter of an entry point during a call --------------------------------------
 
@@ -88,9 +90,11 @@ class Slot {
     if constexpr (std::is_integral_v<V>) {
       if (binder.count_due()) return binder.take_count();
     }
-    return binder.take(kWritable ? Binder::Direction::kOut : Binder::Direction::kIn,
-                       std::is_same_v<V, std::list<Usp>>,
-                       std::is_same_v<V, bool> ? "flag" : nullptr);
+    Bound bound =
+        binder.take(kWritable ? Binder::Direction::kOut : Binder::Direction::kIn,
+                    std::is_same_v<V, std::list<Usp>>, std::is_same_v<V, bool> ? "flag" : nullptr);
+    if constexpr (std::is_enum_v<V>) bound.parameter.names = &names_of<V>();
+    return bound;
   }
   void read(const Bound& bound, Call& call) {
     if (bound.role == Role::kCount) {
@@ -346,7 +350,8 @@ Command make_entry(const char* name, R (*function)(P...), std::vector<Parameter>
   Command command;
   command.name = name;
   command.group = group;
-  command.usage = usage_of(bound);
+  command.words = words_of(bound);
+  command.usage = usage_of(command.words);
   command.help = help;
   command.entry_point = reinterpret_cast<void (*)()>(function);
   command.run = [function, bound](Shell&, Arguments& arguments, Reply& reply) {

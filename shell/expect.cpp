@@ -195,6 +195,7 @@ void expect_output(const Shell& shell, std::string name, Arguments& arguments) {
 }  // namespace
 
 void expect(Shell& shell, Arguments& arguments, Reply& reply) {
+  reply.note = "as expected";
   if (arguments.empty()) throw Error("what to expect is missing");
   const std::string first = arguments.peek();
   if (first.find('/') != std::string::npos && first.find('=') == std::string::npos) {

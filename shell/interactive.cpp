@@ -3,6 +3,7 @@
 
 #include <unistd.h>
 
+#include <cctype>
 #include <iostream>
 
 #include "libxorp/eventloop.hh"
@@ -16,17 +17,31 @@ namespace {
 // How often the card looks for what its cables brought and what time did.
 constexpr int kRoundMilliseconds = 20;
 
-std::vector<std::string> complete(const Shell& shell, const std::string& text, unsigned word) {
+// What the word after `words` may be, when it begins with `text`.
+std::vector<std::string> complete(const Shell& shell, std::vector<std::string> words,
+                                  const std::string& text) {
   std::vector<std::string> choices;
   const auto offer = [&](const std::string& choice) {
     if (choice.compare(0, text.size(), text) == 0) choices.push_back(choice);
   };
-  if (word == 0) {
+  // These have a command behind them.
+  while (!words.empty() && (words.front() == "!" || words.front() == "repeat")) {
+    words.erase(words.begin(), words.begin() + (words.front() == "!" || words.size() < 2 ? 1 : 2));
+  }
+  const Command* const command = words.empty() ? nullptr : shell.commands().find(words.front());
+  if (words.empty() || words.front() == "help") {
     for (const std::string& name : shell.commands().names()) offer(name);
-  } else {
-    // Whatever the words of a usage offer: show's tables, cable's kinds, groups behind help.
-    for (const std::string& name : shell.commands().names()) offer(name);
-    for (const char* port : {"lag/", "vlan/", "1/1/"}) offer(port);
+  } else if (command != nullptr && command->entry_point != nullptr) {
+    if (words.size() > command->words.size()) return choices;
+    for (const std::string& choice : command->words[words.size() - 1].choices) offer(choice);
+  } else if (command != nullptr) {
+    // The words of the usage that are to be written as they stand.
+    for (std::string usage = command->usage; !usage.empty();) {
+      const std::size_t end = usage.find_first_of(" |,[]");
+      const std::string word = usage.substr(0, end);
+      if (!word.empty() && std::islower(static_cast<unsigned char>(word[0])) != 0) offer(word);
+      usage.erase(0, end == std::string::npos ? end : end + 1);
+    }
   }
   return choices;
 }
@@ -37,8 +52,8 @@ class Session {
       : shell_(shell),
         editor_("vornsh> ",
                 {[this](const std::string& line) { run(line); }, [this] { shell_.quit(); },
-                 [this](const std::string& text, unsigned word) {
-                   return complete(shell_, text, word);
+                 [this](const std::vector<std::string>& words, const std::string& text) {
+                   return complete(shell_, words, text);
                  }}) {
     shell_.set_screen({[this] {
                          if (!running_) editor_.clear();

@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <iterator>
+#include <sstream>
 
 #if VORN_LINE_EDITING
 #include <readline/history.h>
@@ -55,14 +57,9 @@ char* next_choice(const char*, int state) {
 
 char** complete(const char* text, int start, int) {
   rl_attempted_completion_over = 1;
-  unsigned word = 0;
-  bool in_word = false;
-  for (int i = 0; i < start; ++i) {
-    const bool blank = rl_line_buffer[i] == ' ';
-    if (blank && in_word) ++word;
-    in_word = !blank;
-  }
-  the_choices = the_calls.complete(text, word);
+  std::istringstream before(std::string(rl_line_buffer, static_cast<std::size_t>(start)));
+  const std::vector<std::string> words{std::istream_iterator<std::string>(before), {}};
+  the_choices = the_calls.complete(words, text);
   return rl_completion_matches(text, next_choice);
 }
 

@@ -17,8 +17,10 @@ class LineEditor {
   struct Calls {
     std::function<void(const std::string& line)> line;  // a line is whole
     std::function<void()> end;                          // there will be no more
-    // The words that `text`, word number `word` of the line from 0, may become.
-    std::function<std::vector<std::string>(const std::string& text, unsigned word)> complete;
+    // What `text`, which stands behind the whole words `words`, may become.
+    std::function<std::vector<std::string>(const std::vector<std::string>& words,
+                                           const std::string& text)>
+        complete;
   };
 
   LineEditor(const std::string& prompt, Calls calls);

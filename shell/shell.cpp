@@ -108,8 +108,10 @@ void Shell::run_file(const std::string& path) {
 }
 
 void Shell::run_line(const std::string& line, const Place& place) {
+  end_echo();
   if (options_.echo && !options_.json) {
-    std::cout << (line.empty() || line[0] == '#' ? "" : "> ") << line << '\n';
+    echo_open_ = !line.empty() && line[0] != '#';
+    std::cout << (echo_open_ ? "> " : "") << line << (echo_open_ ? "" : "\n");
   }
   std::vector<std::vector<std::string>> commands;
   try {
@@ -119,10 +121,11 @@ void Shell::run_line(const std::string& line, const Place& place) {
     return;
   }
   for (auto& words : commands) {
-    if (done_) return;
+    if (done_) break;
     run_words(std::move(words), place);
-    if (options_.stop_at_error && errors_ != 0) return;
+    if (options_.stop_at_error && errors_ != 0) break;
   }
+  end_echo();
 }
 
 // Runs one command with whatever it throws caught, and prints the outcome.
@@ -226,17 +229,34 @@ void Shell::print(const std::vector<std::string>& words, const Place& place, con
     std::cout << json_object(object) << std::endl;
     return;
   }
+  const std::string result =
+      reply.result.has_value() ? (*reply.result ? "ok" : "failed") : std::string();
+  const std::string note = result.empty() ? reply.note : result;
+  if (echo_open_ && reply.lines.empty() && reply.outputs.empty() && !note.empty() &&
+      reply.failure.empty()) {
+    echo_open_ = false;
+    std::cout << " -> " << note << '\n';
+    if (!error.empty()) complain(place, error);
+    return;
+  }
+  if (!reply.lines.empty() || !reply.outputs.empty() || !result.empty()) end_echo();
   for (const std::string& line : reply.lines) std::cout << line << '\n';
   for (const auto& [name, value] : reply.outputs) {
     std::cout << name << " = " << value.text << '\n';
   }
-  if (reply.result.has_value()) std::cout << (*reply.result ? "ok" : "failed") << '\n';
+  if (!result.empty()) std::cout << result << '\n';
   std::cout.flush();
   if (!error.empty()) complain(place, error);
 }
 
+void Shell::end_echo() {
+  if (echo_open_) std::cout << '\n';
+  echo_open_ = false;
+}
+
 void Shell::complain(const Place& place, const std::string& message) {
   ++errors_;
+  end_echo();
   std::cout.flush();
   // At the keyboard the place is plain to see.
   if (!place.name.empty()) std::cerr << place.name << ':' << place.line << ": ";
@@ -247,6 +267,7 @@ void Shell::event(const std::string& name, const NamedValues& fields) {
   if (events_.size() == kMostWaiting) events_.pop_front();
   events_.push_back({name, fields});
   if (screen_.clear) screen_.clear();
+  end_echo();
   if (options_.json) {
     NamedValues object = {{"event", text_value(name)}};
     object.insert(object.end(), fields.begin(), fields.end());

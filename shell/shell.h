@@ -77,6 +77,8 @@ class Shell {
 
   bool done() const { return done_; }
   void quit() { done_ = true; }
+  // Whether commands are printed in front of their answers.
+  void set_echo(bool on) { options_.echo = on; }
   // Nothing has gone wrong so far.
   bool good() const { return errors_ == 0; }
 
@@ -121,6 +123,8 @@ class Shell {
   void expand(std::vector<std::string>& words) const;
   void print(const std::vector<std::string>& words, const Place& place, const Reply& reply,
              const std::string& error);
+  // Ends the line of a command that was printed and whose answer did not fit behind it.
+  void end_echo();
   void complain(const Place& place, const std::string& message);
   void write_record(const Command& command, const std::vector<std::string>& words,
                     const Reply& reply);
@@ -130,6 +134,7 @@ class Shell {
   Options options_;
   CommandTable table_;
   bool done_ = false;
+  bool echo_open_ = false;  // a command stands at the end of what was printed
   unsigned errors_ = 0;
   unsigned script_depth_ = 0;
   Reply last_call_;

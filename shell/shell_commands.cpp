@@ -2,12 +2,10 @@
 //
 // The commands that concern the shell alone.
 #include <algorithm>
-#include <iostream>
-#include <set>
 
+#include "codec.h"
 #include "command.h"
 #include "shell.h"
-#include "softcard/call_watch.h"
 
 namespace shell {
 
@@ -19,20 +17,25 @@ std::string one_line(const Command& command) {
   return text;
 }
 
-// Commands under their call, the C binding's after the others.
+// Commands under their call; `c` marks those that the C binding has too, under c. and their name.
 void list_group(const CommandTable& table, const std::string& group, Reply& reply) {
+  std::vector<const Command*> commands;
   std::size_t width = 0;
   for (const Command& command : table.all()) {
-    if (command.group == group) width = std::max(width, one_line(command).size());
+    // What both bindings have stands there once.
+    const std::string c_prefix = "ctype_";
+    const bool twin = command.name.compare(0, c_prefix.size(), c_prefix) == 0 &&
+                      table.find(command.name.substr(c_prefix.size())) != nullptr;
+    if (command.group != group || twin) continue;
+    commands.push_back(&command);
+    width = std::max(width, one_line(command).size());
   }
   width = std::min<std::size_t>(width, 60);
-  for (const bool c : {false, true}) {
-    for (const Command& command : table.all()) {
-      if (command.group != group || (command.name.compare(0, 6, "ctype_") == 0) != c) continue;
-      std::string line = one_line(command);
-      line.append(line.size() < width ? width - line.size() + 2 : 2, ' ');
-      reply.say(line + command.help);
-    }
+  for (const Command* command : commands) {
+    std::string line = one_line(*command);
+    line.append(line.size() < width ? width - line.size() + 1 : 1, ' ');
+    line += table.find("ctype_" + command->name) != nullptr ? "c " : "  ";
+    reply.say(line + command->help);
   }
 }
 
@@ -59,6 +62,9 @@ void help(Shell& shell, Arguments& arguments, Reply& reply) {
   if (const Command* command = table.find(name)) {
     reply.say(one_line(*command));
     reply.say("  " + command->help);
+    for (const Word& word : command->words) {
+      if (!word.choices.empty()) reply.say("  " + word.name + ": " + joined(word.choices, " "));
+    }
     // A command may have the name of a group.
   }
   list_group(table, name, reply);
@@ -104,6 +110,12 @@ void add_shell_commands(CommandTable& table) {
   });
   add("!", "COMMAND", "a command that must fail",
       [](Shell&, Arguments&, Reply&) { throw Error("stands in front of a whole command"); });
+  add("verbose", "on|off", "prints each command in front of its answer",
+      [](Shell& shell, Arguments& arguments, Reply&) {
+        const bool on = parse_flag(arguments.take("flag"), "flag");
+        arguments.finish();
+        shell.set_echo(on);
+      });
   add("repeat", "COUNT COMMAND", "runs a command so many times, up to its first failure", repeat);
   add("record", "FILE|off", "writes every call from now on to a file, one line each",
       [](Shell& shell, Arguments& arguments, Reply&) {

@@ -53,6 +53,7 @@ struct Reply {
   std::vector<std::string> lines;  // printed as they are
   NamedValues data;                // the same for JSON, by name
   std::string failure;             // what did not come that was asked for
+  std::string note;                // a word of comfort for those who read along
 
   void say(const std::string& line) { lines.push_back(line); }
   void show(const std::string& name, const Table& table);

@@ -75,8 +75,9 @@ Card::Card(const CardDescription& description, std::shared_ptr<Clock> clock)
     if (link_changed) report_link(port);
     if (offer_changed) tell_far_end(port);
   });
-  fdb_.set_observer(
-      [this](const FdbChange& change) { events_.post_mac_change(change, clock_->now_ns()); });
+  fdb_.set_observer([this](const FdbChange& change) {
+    if (events_.wants_mac_changes()) events_.post_mac_change(change, clock_->now_ns());
+  });
 }
 
 Card::~Card() {

@@ -63,6 +63,8 @@ class EventQueue {
 
   // Whether anybody listens for packets: without, there is no need to make a copy for one.
   bool wants_packets() const { return listeners_[LCMGR_REPORT_RX_PACKET] != 0; }
+  // Likewise for changes of the MAC table: without, their time need not be asked for.
+  bool wants_mac_changes() const { return listeners_[LCMGR_REPORT_MAC_UPDATE] != 0; }
 
   // A packet for the CPU: ingress, VLAN and priority are the frame's.  `reason` is RX_REASON_....
   // False when it was not queued, for want of room or of a listener.

@@ -5,6 +5,8 @@
 #
 #   cmake -DSOURCE=<tree> -DLIBRARY=<libvornlcapi.so> -DNM=<nm> -P names.cmake
 
+cmake_minimum_required(VERSION 3.24)
+
 # Puts what `pattern` captures, each time that it matches in the file, into the variable `out`.
 function(find_names out file pattern)
   file(READ ${file} text)
@@ -20,7 +22,7 @@ foreach(header ${headers})
   get_filename_component(family ${header} NAME_WE)
   find_names(in_header ${header} "int (ctype_vorn_[a-z0-9_]+)\\(")
   find_names(in_source ${SOURCE}/capi/${family}.cpp "\nint (ctype_vorn_[a-z0-9_]+)\\(")
-  find_names(in_test ${SOURCE}/tests/capi/${family}_test.cpp "{\"(ctype_vorn_[a-z0-9_]+)")
+  find_names(in_test ${SOURCE}/tests/capi/${family}_test.cpp "{\"[a-z0-9_]+\",[ \n]+call\\((ctype_vorn_[a-z0-9_]+)")
   list(REMOVE_DUPLICATES in_test)  # several rows may stand for one
   foreach(place in_source in_test)
     if(NOT "${in_header}" STREQUAL "${${place}}")

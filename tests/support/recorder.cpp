@@ -53,7 +53,8 @@ Host& host() {
 }
 
 void Host::reset() {
-  static Recorder recorder;
+  struct PlainRecorder final : Recorder {};
+  static PlainRecorder recorder;
   *this = Host();
   sdk = &recorder;
   lag_ids = {{kLag.port(), 33}, {kEmptyLag.port(), 34}};

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cctype>
+#include <csignal>
 #include <iostream>
 
 #include "libxorp/eventloop.hh"
@@ -46,6 +47,15 @@ std::vector<std::string> complete(const Shell& shell, std::vector<std::string> w
   return choices;
 }
 
+// An interrupt gives up the line that is being typed. A second one before that has been done ends
+// the program: then a command is running.
+volatile std::sig_atomic_t interrupted = 0;
+
+void interrupt(int) {
+  if (interrupted != 0) _exit(128 + SIGINT);
+  interrupted = 1;
+}
+
 class Session {
  public:
   explicit Session(Shell& shell)
@@ -66,6 +76,8 @@ class Session {
 
   void input_ready(XorpFd, IoEventType) { editor_.ready(); }
   bool round() {
+    if (interrupted != 0) editor_.forget();
+    interrupted = 0;
     shell_.settle();
     return true;
   }
@@ -87,6 +99,7 @@ class Session {
 void run_interactive(Shell& shell) {
   std::cout << "A software line card with " << shell.commands().all().size()
             << " commands; help lists them, quit ends.\n";
+  std::signal(SIGINT, interrupt);
   EventLoop& loop = shell.loop();
   Session session(shell);
   loop.add_ioevent_cb(XorpFd(STDIN_FILENO), IOT_READ, callback(&session, &Session::input_ready));
@@ -94,6 +107,7 @@ void run_interactive(Shell& shell) {
       loop.new_periodic_ms(kRoundMilliseconds, callback(&session, &Session::round));
   while (!shell.done()) loop.run();
   loop.remove_ioevent_cb(XorpFd(STDIN_FILENO), IOT_READ);
+  std::signal(SIGINT, SIG_DFL);
 }
 
 }  // namespace shell

@@ -69,6 +69,7 @@ LineEditor::LineEditor(const std::string& prompt, Calls calls) {
   the_calls = std::move(calls);
   the_prompt = prompt;
   rl_readline_name = "vornsh";
+  rl_catch_signals = 0;
   rl_attempted_completion_function = complete;
   // Ports and addresses are single words.
   rl_completer_word_break_characters = " \t;!";
@@ -77,6 +78,8 @@ LineEditor::LineEditor(const std::string& prompt, Calls calls) {
 }
 
 LineEditor::~LineEditor() {
+  // The library has put up the prompt for a line that nobody will ask for.
+  clear();
   rl_callback_handler_remove();
   if (history_file().empty()) return;
   stifle_history(kMostHistory);
@@ -84,6 +87,15 @@ LineEditor::~LineEditor() {
 }
 
 void LineEditor::ready() { rl_callback_read_char(); }
+
+void LineEditor::forget() {
+  std::cout << "^C" << std::endl;
+  rl_free_line_state();
+  rl_callback_sigcleanup();
+  rl_replace_line("", 0);
+  rl_on_new_line();
+  rl_redisplay();
+}
 
 void LineEditor::clear() {
   std::cout.flush();
@@ -127,6 +139,12 @@ void LineEditor::ready() {
     the_calls.line(line);
     show_prompt();
   }
+}
+
+void LineEditor::forget() {
+  unfinished_line.clear();
+  std::cout << std::endl;
+  show_prompt();
 }
 
 void LineEditor::clear() { std::cout << '\n'; }

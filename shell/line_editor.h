@@ -31,6 +31,9 @@ class LineEditor {
   // Standard input has something to read.
   void ready();
 
+  // Forgets the line that is being typed, as on an interrupt.
+  void forget();
+
   // Takes the line that is being typed off the screen, and puts it back.
   void clear();
   void restore();

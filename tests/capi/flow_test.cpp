@@ -42,10 +42,13 @@ INSTANTIATE_TEST_SUITE_P(flow, Rows, testing::ValuesIn(kRows), row_name);
 class FlowKeeper final : public Recorder {
  public:
   of_flow_mp_s flow;
+  of_flow_qualify_udf_s qualifier;
 
  private:
-  bool add_of_flow(of_flow_mp_s& added, unsigned int&, const of_flow_qualify_udf_s&) override {
+  bool add_of_flow(of_flow_mp_s& added, unsigned int&,
+                   const of_flow_qualify_udf_s& added_qualifier) override {
     flow = added;
+    qualifier = added_qualifier;
     return true;
   }
   bool add_of_flow_with_id(of_flow_mp_s& added, unsigned int) override {
@@ -80,6 +83,7 @@ TEST(Flow, EveryByteOfTheMatchButItsGapArrives) {
     EXPECT_EQ(0, std::memcmp(bytes + 32, match + 20, 28));
     gaps_followed += std::memcmp(bytes + 30, match + 18, 2) == 0;
   }
+  EXPECT_EQ("31 32 33 34", text(sdk.qualifier));
   EXPECT_LT(gaps_followed, 4);  // bytes 30 and 31 of the record are not read
 }
 

@@ -23,7 +23,7 @@ const Row kRows[] = {
     {"set_port_autoneg", call(ctype_vorn_set_port_autoneg, &port, kOff),
      "set_port_autoneg(2:7,false)"},
     {"get_port_link_state", call(ctype_vorn_get_port_link_state, &port, out0),
-     "get_port_link_state(2:7,&)", "0"},
+     "get_port_link_state(2:7,&)", "1"},
     {"set_port_link_state", call(ctype_vorn_set_port_link_state, &port, 13),
      "set_port_link_state(2:7,13)"},
     {"set_port_mtu", call(ctype_vorn_set_port_mtu, &port, 1514), "set_port_mtu(2:7,1514)"},

@@ -442,7 +442,9 @@ TEST_F(ReaderTest, TwoReadersOfOneDescriptor) {
   EXPECT_TRUE(reader_->start());
   EXPECT_FALSE(other.start());
   EXPECT_FALSE(other.running());
-  EXPECT_NE(reader_->toString(), other.toString());
+#if XORP_ASYNCIO_HAS_TOSTRING
+  EXPECT_NE(reader_->toString(), other.toString()) << "one runs, the other does not";
+#endif
 }
 
 // --- Writers ---

@@ -2,18 +2,6 @@
 #
 # libvornlcapi.so.0 out of its three units.
 
-include(CheckLinkerFlag)
-
-# For size, the linker folds functions that came out the same: the entry points' shared steps, one
-# set for each list of parameter types, are mostly the same machine code.  ld.bfd does not do that,
-# gold does.
-if(CMAKE_BUILD_TYPE STREQUAL "MinSizeRel")
-  check_linker_flag(CXX "-fuse-ld=gold;LINKER:--icf=safe" VORN_LINKER_FOLDS)
-  if(NOT VORN_LINKER_FOLDS)
-    message(STATUS "No linker that folds identical functions: the library gets larger.")
-  endif()
-endif()
-
 # How the three units are compiled.  -fpic is the short form of -fPIC: their offset table is small.
 add_library(vorn_unit_flags INTERFACE)
 target_compile_options(vorn_unit_flags INTERFACE
@@ -32,25 +20,17 @@ endif()
 
 # Link order is the order of static initialisation: the C binding's objects first, then the
 # socket's, last the API's.
-set(units)
-foreach(unit capi socket api)
-  if(TARGET vornlcapi_${unit})
-    list(APPEND units vornlcapi_${unit})
-    target_link_libraries(vornlcapi_${unit} PRIVATE vorn_unit_flags)
-  endif()
+set(units vornlcapi_capi vornlcapi_socket vornlcapi_api)
+foreach(unit ${units})
+  target_link_libraries(${unit} PRIVATE vorn_unit_flags)
 endforeach()
 # Entry points are exported, but what calls them inside the library need not go through the
 # procedure linkage table: "protected" is exported and bound here.  (Not for VornSocket, whose
 # constant a program may copy.)
-foreach(unit capi api)
-  if(TARGET vornlcapi_${unit})
-    target_compile_definitions(vornlcapi_${unit} PRIVATE
-      "VORN_EXPORT=__attribute__((visibility(\"protected\")))")
-  endif()
+foreach(unit vornlcapi_capi vornlcapi_api)
+  target_compile_definitions(${unit} PRIVATE
+    "VORN_EXPORT=__attribute__((visibility(\"protected\")))")
 endforeach()
-if(NOT units)
-  return()
-endif()
 
 set(export_map ${PROJECT_SOURCE_DIR}/cmake/VornExports.map)
 add_library(vornlcapi SHARED)
@@ -72,9 +52,6 @@ target_link_options(vornlcapi PRIVATE
   LINKER:--gc-sections
   LINKER:--as-needed
   LINKER:--hash-style=gnu)
-if(VORN_LINKER_FOLDS)
-  target_link_options(vornlcapi PRIVATE -fuse-ld=gold LINKER:--icf=safe)
-endif()
 # Clients use include/; hosts, and clients of VornSocket, platform/ too.
 target_include_directories(vornlcapi INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>

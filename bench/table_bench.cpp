@@ -1,22 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Measures the FDB, the routes, the hosts and the flows of the software line card alone, on one
-// core: nanoseconds of processor time an operation with 1,000, 10,000 and 100,000 entries, and how
-// many times longer the largest takes than the smallest.  All sizes of a row are measured in turn,
-// several times, in one run; the fastest of each is shown, which other load disturbed least.
+// core: nanoseconds of processor time an operation.  What the rows show is said in rows.h.
 //
 //   table_bench [part of a row's name]
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <ctime>
-#include <functional>
 #include <memory>
 #include <random>
-#include <string>
 #include <vector>
 
+#include "bench/rows.h"
 #include "softcard/fdb_table.h"
 #include "softcard/flow_table.h"
 #include "softcard/l3_table.h"
@@ -25,50 +20,12 @@ namespace {
 
 using namespace softcard;
 
-constexpr std::size_t kSizes[] = {1000, 10000, 100000};
-constexpr std::size_t kRounds = 7;
+using namespace bench;
+
 constexpr std::size_t kBatch = 32;
 
 // What lookups found goes here, so that they are not left out.
 volatile std::uint64_t sink;
-
-// The processor time of this thread, which other programs on the machine do not add to.
-class Stopwatch {
- public:
-  double nanoseconds() const { return now() - start_; }
-
- private:
-  static double now() {
-    timespec time;
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e9 + static_cast<double>(time.tv_nsec);
-  }
-  double start_ = now();
-};
-
-// Runs one operation on a table of `entries` entries, `*operations` times in all, and returns the
-// nanoseconds that took without the preparation.
-using Measure = std::function<double(std::size_t entries, std::size_t* operations)>;
-
-struct Row {
-  const char* name;
-  Measure measure;
-};
-
-void run(const Row& row) {
-  double best[std::size(kSizes)] = {};
-  for (std::size_t round = 0; round < kRounds; ++round) {
-    for (std::size_t i = 0; i < std::size(kSizes); ++i) {
-      std::size_t operations = 0;
-      double each = row.measure(kSizes[i], &operations);
-      each /= static_cast<double>(operations);
-      best[i] = round == 0 ? each : std::min(best[i], each);
-    }
-  }
-  std::printf("%-34s %9.1f %9.1f %9.1f %8.2f %10.2f\n", row.name, best[0], best[1], best[2],
-              best[2] / best[0], 1000.0 / best[2]);
-  std::fflush(stdout);
-}
 
 // Measures work(table, i) for each i below `entries` on tables that prepare(table, entries) made,
 // as many tables as make the time long enough to measure.
@@ -333,7 +290,6 @@ void add_flow_rows(std::vector<Row>& rows) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  const std::string part = argc > 1 ? argv[1] : "";
   std::vector<Row> rows;
   add_fdb_rows(rows);
   add_route_rows<Ipv4>(rows,
@@ -343,10 +299,6 @@ int main(int argc, char** argv) {
       rows, {"ipv6 route add", "ipv6 route lookup", "ipv6 route lookup, batches of 32",
              "ipv6 route delete", "ipv6 host add", "ipv6 host lookup"});
   add_flow_rows(rows);
-  std::printf("%-34s %9s %9s %9s %8s %10s\n", "nanoseconds an operation", "1,000", "10,000",
-              "100,000", "ratio", "million/s");
-  for (const Row& row : rows) {
-    if (std::string(row.name).find(part) != std::string::npos) run(row);
-  }
+  run(rows, argc, argv);
   return 0;
 }

@@ -135,7 +135,7 @@ FlowResult FlowTable::add_with_id(const FlowMatch& match, std::uint32_t id, std:
       ((match.fields & kFlowPriority) != 0 && match.priority > 7)) {
     return FlowResult::bad_match;
   }
-  if (position_of(id) != kNil) return FlowResult::id_taken;
+  if (ids_.find(id) != kNil) return FlowResult::id_taken;
   if (size() == capacity_) return FlowResult::full;
 
   const std::uint32_t position = entries_.take();
@@ -146,19 +146,17 @@ FlowResult FlowTable::add_with_id(const FlowMatch& match, std::uint32_t id, std:
   entry.flow.priority = priority;
   entry.flow.match = match;
   entry.flow.subtable_ = subtable_for(match);
-  by_id_.insert(FlatIndex::hash_of(id), position);
-  ids_.take(id);
+  ids_.insert(id, position);
   link(position);
   return FlowResult::done;
 }
 
 FlowResult FlowTable::remove(std::uint32_t id) {
-  const std::uint32_t position = position_of(id);
+  const std::uint32_t position = ids_.find(id);
   if (position == kNil) return FlowResult::no_flow;
   unlink(position);
   settle(entries_[position].flow.subtable_);
-  by_id_.erase(FlatIndex::hash_of(id), position);
-  ids_.release(id);
+  ids_.erase(id);
   release_actions(entries_[position].flow);
   entries_.give(position);
   return FlowResult::done;
@@ -167,12 +165,12 @@ FlowResult FlowTable::remove(std::uint32_t id) {
 void FlowTable::clear() { *this = FlowTable(capacity_); }
 
 const Flow* FlowTable::get(std::uint32_t id) const {
-  const std::uint32_t position = position_of(id);
+  const std::uint32_t position = ids_.find(id);
   return position == kNil ? nullptr : &entries_[position].flow;
 }
 
 FlowResult FlowTable::set_priority(std::uint32_t id, std::int32_t priority) {
-  const std::uint32_t position = position_of(id);
+  const std::uint32_t position = ids_.find(id);
   if (position == kNil) return FlowResult::no_flow;
   unlink(position);
   entries_[position].flow.priority = priority;
@@ -185,7 +183,7 @@ FlowResult FlowTable::set_priority(std::uint32_t id, std::int32_t priority) {
 // ---- Actions -----------------------------------------------------------------------------------
 
 FlowResult FlowTable::add_action(std::uint32_t id, const FlowAction& action) {
-  const std::uint32_t position = position_of(id);
+  const std::uint32_t position = ids_.find(id);
   if (position == kNil) return FlowResult::no_flow;
   Flow& flow = entries_[position].flow;
   const FlowActions& old = actions(flow);
@@ -198,7 +196,7 @@ FlowResult FlowTable::add_action(std::uint32_t id, const FlowAction& action) {
 }
 
 FlowResult FlowTable::remove_action(std::uint32_t id, const FlowAction& action) {
-  const std::uint32_t position = position_of(id);
+  const std::uint32_t position = ids_.find(id);
   if (position == kNil) return FlowResult::no_flow;
   Flow& flow = entries_[position].flow;
   if (flow.actions_ == kNil) return FlowResult::no_action;
@@ -212,7 +210,7 @@ FlowResult FlowTable::remove_action(std::uint32_t id, const FlowAction& action) 
 }
 
 FlowResult FlowTable::clear_actions(std::uint32_t id) {
-  const std::uint32_t position = position_of(id);
+  const std::uint32_t position = ids_.find(id);
   if (position == kNil) return FlowResult::no_flow;
   release_actions(entries_[position].flow);
   return FlowResult::done;
@@ -247,11 +245,6 @@ const Flow* FlowTable::lookup(const FlowKey& key, const UdfReader& bytes) const 
       best = found;
   }
   return best == kNil ? nullptr : &entries_[best].flow;
-}
-
-std::uint32_t FlowTable::position_of(std::uint32_t id) const {
-  return by_id_.find(FlatIndex::hash_of(id),
-                     [&](std::uint32_t p) { return entries_[p].rank.id == id; });
 }
 
 // ---- Subtables ---------------------------------------------------------------------------------

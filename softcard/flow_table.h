@@ -20,7 +20,7 @@
 #include <vector>
 
 #include "softcard/flat_index.h"
-#include "softcard/id_pool.h"
+#include "softcard/id_map.h"
 #include "softcard/net_types.h"
 #include "softcard/pool.h"
 
@@ -190,9 +190,7 @@ class FlowTable {
   static constexpr std::size_t kDefaultCapacity = 131072;
   static constexpr std::int32_t kDefaultPriority = 32768;
 
-  // Takes up to `capacity` flows, at most IdPool::kLimit.
-  explicit FlowTable(std::size_t capacity = kDefaultCapacity)
-      : capacity_(std::min<std::size_t>(capacity, IdPool::kLimit)) {}
+  explicit FlowTable(std::size_t capacity = kDefaultCapacity) : capacity_(capacity) {}
 
   // --- Flows --------------------------------------------------------------------------------
 
@@ -246,7 +244,7 @@ class FlowTable {
 
   // --- Sizes --------------------------------------------------------------------------------
 
-  std::size_t size() const { return by_id_.size(); }
+  std::size_t size() const { return entries_.size(); }
   std::size_t capacity() const { return capacity_; }
   // The number of distinct masks in use: what bounds the cost of a lookup.
   std::size_t subtables() const { return search_order_.size(); }
@@ -307,7 +305,6 @@ class FlowTable {
   std::uint32_t find_in(const Subtable& subtable, const FlowKey& key, std::uint32_t hash) const;
   static std::uint32_t key_hash(const Subtable& subtable, const FlowKey& key);
 
-  std::uint32_t position_of(std::uint32_t id) const;
   std::uint32_t subtable_for(const FlowMatch& match);
   void link(std::uint32_t position);
   void unlink(std::uint32_t position);
@@ -318,8 +315,7 @@ class FlowTable {
 
   std::size_t capacity_;
   Pool<Entry> entries_;
-  FlatIndex by_id_;
-  IdPool ids_;
+  IdMap ids_{capacity_};
   Pool<Subtable> subtables_;
   FlatIndex by_mask_;
   std::vector<SearchStep> search_order_;  // the bound that beats the others first

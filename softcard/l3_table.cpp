@@ -71,7 +71,7 @@ std::uint32_t pair_hash(std::uint16_t vlan, const MacAddress& mac) {
 }  // namespace
 
 L3InterfaceTable::L3InterfaceTable(std::size_t capacity)
-    : capacity_(std::min<std::size_t>(capacity, IdPool::kLimit)), per_vlan_(4096) {}
+    : capacity_(capacity), ids_(capacity), per_vlan_(4096) {}
 
 L3Add L3InterfaceTable::create(const MacAddress& mac, std::uint16_t vlan, std::uint32_t& id) {
   if (vlan > 4095) return L3Add::invalid;
@@ -88,7 +88,7 @@ L3Add L3InterfaceTable::create(const MacAddress& mac, std::uint16_t vlan, std::u
 L3Add L3InterfaceTable::create_with_id(const MacAddress& mac, std::uint16_t vlan, std::uint32_t id,
                                        bool replace) {
   if (vlan > 4095) return L3Add::invalid;
-  const std::uint32_t position = position_of(id);
+  const std::uint32_t position = ids_.find(id);
   const bool id_taken = position != FlatIndex::kNone;
   if (id_taken && !replace) return L3Add::exists;
   const L3Interface* owner = find(vlan, mac);
@@ -104,7 +104,7 @@ L3Add L3InterfaceTable::create_with_id(const MacAddress& mac, std::uint16_t vlan
 }
 
 const L3Interface* L3InterfaceTable::get(std::uint32_t id) const {
-  const std::uint32_t position = position_of(id);
+  const std::uint32_t position = ids_.find(id);
   return position == FlatIndex::kNone ? nullptr : &places_[position];
 }
 
@@ -114,7 +114,7 @@ bool L3InterfaceTable::remove(std::uint16_t vlan, const MacAddress& mac) {
 }
 
 bool L3InterfaceTable::remove(std::uint32_t id) {
-  const std::uint32_t position = position_of(id);
+  const std::uint32_t position = ids_.find(id);
   if (position == FlatIndex::kNone) return false;
   take(position);
   places_.give(position);
@@ -130,25 +130,19 @@ const L3Interface* L3InterfaceTable::find_pair(std::uint16_t vlan, const MacAddr
   return position == FlatIndex::kNone ? nullptr : &places_[position];
 }
 
-std::uint32_t L3InterfaceTable::position_of(std::uint32_t id) const {
-  return by_id_.find(FlatIndex::hash_of(id), [&](std::uint32_t p) { return places_[p].id == id; });
-}
-
 // Fills a place and enters it everywhere.
 void L3InterfaceTable::put(std::uint32_t position, const L3Interface& interface) {
   places_[position] = interface;
-  by_id_.insert(FlatIndex::hash_of(interface.id), position);
   by_pair_.insert(pair_hash(interface.vlan, interface.mac), position);
-  ids_.take(interface.id);
+  ids_.insert(interface.id, position);
   ++per_vlan_[interface.vlan];
 }
 
 // Undoes put(); the place stays the caller's.
 void L3InterfaceTable::take(std::uint32_t position) {
   const L3Interface& interface = places_[position];
-  by_id_.erase(FlatIndex::hash_of(interface.id), position);
   by_pair_.erase(pair_hash(interface.vlan, interface.mac), position);
-  ids_.release(interface.id);
+  ids_.erase(interface.id);
   --per_vlan_[interface.vlan];
 }
 

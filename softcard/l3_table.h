@@ -15,7 +15,7 @@
 #include <vector>
 
 #include "softcard/flat_index.h"
-#include "softcard/id_pool.h"
+#include "softcard/id_map.h"
 #include "softcard/net_types.h"
 #include "softcard/pool.h"
 #include "softcard/prefix_trie.h"
@@ -86,7 +86,7 @@ class L3InterfaceTable {
   bool remove(std::uint32_t id);
   void clear();
 
-  std::size_t size() const { return by_id_.size(); }
+  std::size_t size() const { return places_.size(); }
   std::size_t capacity() const { return capacity_; }
 
   // Calls visit(const L3Interface&) for each interface; `visit` must not change the table.
@@ -97,15 +97,13 @@ class L3InterfaceTable {
 
  private:
   const L3Interface* find_pair(std::uint16_t vlan, const MacAddress& mac) const;
-  std::uint32_t position_of(std::uint32_t id) const;
   void put(std::uint32_t position, const L3Interface& interface);
   void take(std::uint32_t position);
 
   std::size_t capacity_;
   Pool<L3Interface> places_;
-  FlatIndex by_id_;
   FlatIndex by_pair_;
-  IdPool ids_;
+  IdMap ids_;
   std::vector<std::uint32_t> per_vlan_;  // interfaces in each VLAN
 };
 

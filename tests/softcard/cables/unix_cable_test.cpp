@@ -50,8 +50,8 @@ TEST_F(UnixCableTest, FramesPassBothWaysWholeAndInOrder) {
   const auto b = plug(b_sink_);
   run_until([&] { return a->carrier() && b->carrier(); });
   std::vector<Bytes> frames;
-  for (const std::size_t bytes : {1, 14, 60, 1518, 2047, 2048, 2049, 9216, 65600}) {
-    frames.push_back(some_frame(bytes, static_cast<unsigned>(bytes)));
+  for (const unsigned bytes : {1u, 14u, 60u, 1518u, 2047u, 2048u, 2049u, 9216u, 65600u}) {
+    frames.push_back(some_frame(bytes, bytes));
   }
   for (unsigned i = 0; i < 40; ++i) frames.push_back(some_frame(60, i));
   EXPECT_EQ(a_sink_.send(*a, frames), frames.size());

@@ -65,8 +65,8 @@ void FramePool::BlockDeleter::operator()(std::uint8_t* block) const {
   ::operator delete(block, std::align_val_t(kLine));
 }
 
-bool FramePool::stock(Shelf& shelf, std::size_t bytes) {
-  if (bytes > shelf.frame_bytes || shelf.made == shelf.limit) return false;
+bool FramePool::stock(Shelf& shelf) {
+  if (shelf.made == shelf.limit) return false;
   const std::size_t count = std::min(shelf.slab, shelf.limit - shelf.made);
   const std::size_t capacity = Frame::kHeadroom + shelf.frame_bytes;
   const std::size_t stride = in_lines(kObjectBytes + capacity);

@@ -121,8 +121,9 @@ class FramePool {
 
   // A fresh frame of `bytes` undefined bytes; null when it is too long or the pool is used up.
   FramePtr make(std::size_t bytes) {
+    if (bytes > kLargeBytes) return nullptr;
     Shelf& shelf = bytes <= kSmallBytes ? small_ : large_;
-    if (shelf.free == nullptr && !stock(shelf, bytes)) return nullptr;
+    if (shelf.free == nullptr && !stock(shelf)) return nullptr;
     Frame* frame = shelf.free;
     shelf.free = frame->next_free_;
     ++shelf.in_use;
@@ -157,8 +158,8 @@ class FramePool {
     void operator()(std::uint8_t* block) const;
   };
 
-  // Makes more frames for `shelf`; false when it has reached its limit or `bytes` never fit.
-  bool stock(Shelf& shelf, std::size_t bytes);
+  // Makes more frames for `shelf`; false when it has reached its limit.
+  bool stock(Shelf& shelf);
   void take_back(Frame* frame) {
     frame->reset();
     Shelf& shelf = frame->capacity_ <= kSmallBytes + Frame::kHeadroom ? small_ : large_;

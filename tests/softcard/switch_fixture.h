@@ -37,7 +37,7 @@ inline CardDescription eight_ports() {
 }
 
 class SwitchTest : public ::testing::Test {
- protected:
+ public:
   struct CpuPacket {
     unsigned reason;
     Usp port;

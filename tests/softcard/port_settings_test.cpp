@@ -274,6 +274,10 @@ TEST_F(PortSettings, CountersOfBothSets) {
   EXPECT_EQ(count, 2u);
   EXPECT_EQ(some[1].value, 4u);
   EXPECT_EQ(some[2].value, 0u) << "no more than there was room for";
+  std::vector<StatCounter64> more(STAT_TYPE_COUNT + 1);
+  count = STAT_TYPE_COUNT + 1;
+  EXPECT_TRUE(vorn_get_port_stat_counter_all64_ext(port(1), more.data(), count));
+  EXPECT_EQ(count, 0u + STAT_TYPE_COUNT);
 
   EXPECT_TRUE(vorn_set_port_stat_enable(port(1), false));
   counters.received(1, 60, CastKind::unicast);
@@ -320,8 +324,11 @@ TEST_F(PortSettings, SpeedAndDuplexFollowEachOther) {
   EXPECT_TRUE(vorn_set_port_advertising_ability(
       port(0), static_cast<port_ability_type_t>(PORT_ABILITY_10_FULL | PORT_ABILITY_100_HALF)));
   EXPECT_EQ(link(port(0)), "up 100 half 0004") << "the best of what is advertised";
+  EXPECT_TRUE(vorn_set_port_autoneg(port(0), false));
+  EXPECT_EQ(link(port(0)), "up 100 half 0004") << "kept when negotiation ends";
+  EXPECT_TRUE(vorn_set_port_autoneg(port(0), true));
   EXPECT_TRUE(vorn_set_port_advertising_ability(port(0), PORT_ABILITY_NONE));
-  EXPECT_EQ(link(port(0)), "down 0 full 0000") << "nothing offered, no link";
+  EXPECT_EQ(link(port(0)), "down 0 half 0000") << "nothing offered, no link";
 }
 
 TEST_F(PortSettings, EveryCauseTakesTheLinkDownAndBack) {
@@ -372,6 +379,8 @@ TEST_F(PortSettings, TwoPortsAgreeOverACable) {
   EXPECT_TRUE(vorn_set_port_advertising_ability(
       port(48), static_cast<port_ability_type_t>(PORT_ABILITY_1000_FULL | PORT_ABILITY_PAUSE_TX)));
   EXPECT_EQ(link(port(0)), "up 1000 full 1020") << "the partner sends pause, and honours none";
+  EXPECT_TRUE(vorn_set_port_advertising_ability(port(0), PORT_ABILITY_1000_FULL));
+  EXPECT_EQ(link(port(0)), "up 1000 full 0020") << "offers no pause of its own";
 
   EXPECT_TRUE(vorn_set_port_speed(port(48), SPEED_TYPE_10000));
   EXPECT_EQ(link(port(0)), "down 0 full 0000") << "no common speed";

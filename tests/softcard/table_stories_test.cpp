@@ -145,6 +145,7 @@ TEST_F(Tables, LagLife) {
   EXPECT_EQ(expansion(lag(1)), "1/1/7 1/1/1");
   EXPECT_EQ(card().lags()[0].size, 2);
   EXPECT_EQ(card().lags()[0].members[1], 1);
+  EXPECT_TRUE(vorn_add_ports_to_lag(lag(2), {port(4)})) << "free again";
 
   EXPECT_FALSE(vorn_set_lag_balancing_strategy(lag(1), static_cast<lag_psc_t>(0)));
   EXPECT_FALSE(vorn_set_lag_balancing_strategy(lag(1), static_cast<lag_psc_t>(8)));
@@ -211,6 +212,16 @@ TEST_F(Tables, MacEntriesOfEachKind) {
   EXPECT_TRUE(vorn_delete_mac_by_mac(Mac(3)));
   EXPECT_FALSE(vorn_delete_mac_by_mac(Mac(3)));
   EXPECT_FALSE(vorn_traverse_mac_table(nullptr));
+
+  EXPECT_TRUE(vorn_add_mac_to_port(port(3), Mac(1), 10) && vorn_add_system_mac(Mac(2), 10));
+  int visits = 0;
+  mac_traverse_s first{[](const ctype_l2_addr_s*, void* count) {
+                         ++*static_cast<int*>(count);
+                         return 0;
+                       },
+                       &visits};
+  EXPECT_TRUE(vorn_traverse_mac_table(&first));
+  EXPECT_EQ(visits, 1) << "the visitor ends the walk";
 }
 
 TEST_F(Tables, MacBitmapsAreAppliedWholly) {
@@ -283,6 +294,18 @@ TEST_F(Tables, AgeingAndLimits) {
   SoftSdk sdk(card(), host::call_watch());
   EXPECT_TRUE(sdk.set_system_mac_limit(Mp(0, 10), 6, PORT_KIND_VLAN));
   EXPECT_TRUE(vorn_get_port_mac_limit(vlan(10), value) && value == 6);
+  EXPECT_TRUE(vorn_delete_vlan(10) && vorn_create_vlan(10));
+  EXPECT_TRUE(vorn_get_port_mac_limit(vlan(10), value) && value == -1) << "a new VLAN";
+  EXPECT_TRUE(vorn_create_lag(lag(1)) && vorn_create_lag(lag(2)));
+  EXPECT_TRUE(sdk.set_system_mac_limit(Mp(0, 1), 5, PORT_KIND_LAG));
+  EXPECT_TRUE(vorn_get_port_mac_limit(lag(2), value) && value == 5);
+  EXPECT_TRUE(vorn_delete_lag(lag(2)) && vorn_create_lag(lag(2)));
+  EXPECT_TRUE(vorn_get_port_mac_limit(lag(2), value) && value == -1) << "a new LAG";
+  EXPECT_TRUE(card().mac_locks().set_system_limit(-1));
+  EXPECT_TRUE(card().mac_locks().unlimited());
+  EXPECT_TRUE(vorn_set_system_mac_limit(77));
+  EXPECT_TRUE(sdk.get_system_mac_limit(Mp(0, 0), value, 0xdead) && value == 77)
+      << "whatever the kind";
   EXPECT_FALSE(sdk.set_system_mac_limit(Mp(0, 11), 6, PORT_KIND_VLAN));
   EXPECT_FALSE(sdk.set_system_mac_limit(Mp(1, 1), 6, PORT_KIND_SYSTEM));
   EXPECT_FALSE(sdk.set_system_mac_limit(Mp(1, 1), 6, 5));
@@ -453,6 +476,9 @@ TEST_F(Tables, FlowLifeAndActions) {
       {OF_ACTION_SET_QUEUE, {{8, 0, 0}}, false},
       {static_cast<of_action_t>(12), {{0, 0, 0}}, false},
   };
+  SoftSdk sdk(card(), host::call_watch());
+  EXPECT_FALSE(sdk.add_of_flow_action(7, OF_ACTION_OUTPUT, {{7 + 51, 0, 0}}, Mp(1, 51)))
+      << "the flow port and the port differ";
   unsigned added = 0;
   for (const Row& row : rows) {
     EXPECT_EQ(vorn_add_of_flow_action(7, row.kind, row.param), row.good)

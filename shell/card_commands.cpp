@@ -42,7 +42,7 @@ void inject(Shell& shell, Arguments& arguments, Reply&) {
   const softcard::PortIndex port = take_physical_port(card, arguments);
   const std::vector<std::uint8_t> frame = take_frame(arguments);
   if (!memory_cable(card, port).send(frame)) {
-    throw Error("frame: " + std::to_string(frame.size()) + " bytes are no frame");
+    throw Error("frame: " + std::to_string(frame.size()) + " bytes are more than a frame can hold");
   }
   shell.settle();
 }
@@ -135,8 +135,8 @@ void fail(Shell&, Arguments& arguments, Reply& reply) {
 void drain(Shell& shell, Arguments& arguments, Reply&) {
   arguments.finish();
   softcard::Card& card = shell.card();
-  for (softcard::PortIndex port = 0; port < card.addresses().port_count(); ++port) {
-    if (auto* cable = dynamic_cast<softcard::MemoryCable*>(card.cable(port))) cable->clear();
+  for (softcard::PortIndex port = 0; port < card.ports().count(); ++port) {
+    shell.frames(port).clear();
   }
   shell.cpu_packets().clear();
   shell.events().clear();

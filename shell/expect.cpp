@@ -6,7 +6,6 @@
 #include "codec.h"
 #include "shell.h"
 #include "softcard/frame_text.h"
-#include "softcard/memory_cable.h"
 
 namespace shell {
 
@@ -70,9 +69,15 @@ void expect_frames(const Waiting& waiting, Arguments& arguments) {
 void expect_port(Shell& shell, Arguments& arguments) {
   softcard::Card& card = shell.card();
   const softcard::PortIndex port = take_physical_port(card, arguments);
-  softcard::MemoryCable& cable = memory_cable(card, port);
-  expect_frames({port_text(port), cable.waiting(),
-                 [&cable](std::vector<unsigned char>& frame) { return cable.take(frame); }},
+  memory_cable(card, port);
+  auto& frames = shell.frames(port);
+  expect_frames({port_text(port), frames.size(),
+                 [&frames](std::vector<unsigned char>& frame) {
+                   if (frames.empty()) return false;
+                   frame = std::move(frames.front());
+                   frames.pop_front();
+                   return true;
+                 }},
                 arguments);
 }
 
@@ -103,12 +108,12 @@ void expect_cpu(Shell& shell, Arguments& arguments) {
 
 void expect_no_frame(Shell& shell) {
   softcard::Card& card = shell.card();
-  for (softcard::PortIndex port = 0; port < card.addresses().port_count(); ++port) {
-    auto* cable = dynamic_cast<softcard::MemoryCable*>(card.cable(port));
-    std::vector<unsigned char> frame;
-    if (cable != nullptr && cable->take(frame)) {
-      throw Failure(port_text(port) + ": expected no frame, came " + frame_text(frame));
-    }
+  for (softcard::PortIndex port = 0; port < card.ports().count(); ++port) {
+    auto& frames = shell.frames(port);
+    if (frames.empty()) continue;
+    const std::vector<unsigned char> frame = std::move(frames.front());
+    frames.pop_front();
+    throw Failure(port_text(port) + ": expected no frame, came " + frame_text(frame));
   }
 }
 

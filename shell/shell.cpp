@@ -7,6 +7,7 @@
 #include "codec.h"
 #include "libxorp/eventloop.hh"
 #include "softcard/host.h"
+#include "softcard/memory_cable.h"
 
 namespace shell {
 
@@ -16,6 +17,7 @@ namespace {
 constexpr unsigned kMostScriptsWithinScripts = 16;
 // Frames that go round in a loop of cables would not either.
 constexpr unsigned kMostRounds = 1000;
+// Of frames at each port, packets for the CPU, and events: the latest are kept.
 constexpr std::size_t kMostWaiting = 65536;
 
 Shell* the_shell = nullptr;
@@ -52,6 +54,7 @@ std::string trimmed(const std::string& text) {
 
 Shell::Shell(const Options& options) : options_(options) {
   the_shell = this;
+  softcard::host::call_watch().set_sink([this](const std::string& call) { traced_call(call); });
   add_shell_commands(table_);
   add_card_commands(table_);
   add_show_commands(table_);
@@ -70,7 +73,10 @@ Shell::Shell(const Options& options) : options_(options) {
   add_packet_commands(table_);
 }
 
-Shell::~Shell() { the_shell = nullptr; }
+Shell::~Shell() {
+  softcard::host::call_watch().set_sink({});
+  the_shell = nullptr;
+}
 
 Shell& Shell::current() { return *the_shell; }
 
@@ -163,6 +169,8 @@ void Shell::run_words(std::vector<std::string> words, const Place& place) {
 }
 
 Reply Shell::run(const std::vector<std::string>& given) {
+  // Before the command, so that nothing of what it does escapes.
+  listen_to_card();
   std::vector<std::string> words = given;
   expand(words);
   const Command* const command = table_.find(words.front());
@@ -189,6 +197,7 @@ Reply Shell::run(const std::vector<std::string>& given) {
     last_call_ = reply;
     for (const auto& [name, value] : reply.outputs) outputs_[name] = value.text;
   }
+  // A command may have made another card.
   listen_to_card();
   if (recording_ != nullptr) write_record(*command, words, reply);
   return reply;
@@ -280,6 +289,15 @@ void Shell::event(const std::string& name, const NamedValues& fields) {
   if (screen_.restore) screen_.restore();
 }
 
+void Shell::traced_call(const std::string& call) {
+  end_echo();
+  if (options_.json) {
+    std::cout << json_object({{"call", text_value(call)}}) << std::endl;
+  } else {
+    std::cout << "call " << call << std::endl;
+  }
+}
+
 // ---- The card --------------------------------------------------------------------------------
 
 softcard::Card& Shell::card() const {
@@ -288,10 +306,22 @@ softcard::Card& Shell::card() const {
   return *card;
 }
 
-void Shell::settle() const {
+void Shell::settle() {
   softcard::Card* const card = softcard::host::card();
   if (card == nullptr) return;
   for (unsigned round = 0; round < kMostRounds && card->run_once() != 0; ++round) {
+  }
+  collect_frames(*card);
+}
+
+void Shell::collect_frames(softcard::Card& card) {
+  for (softcard::PortIndex port = 0; port < card.ports().count(); ++port) {
+    auto* const cable = dynamic_cast<softcard::MemoryCable*>(card.cable(port));
+    std::vector<unsigned char> frame;
+    while (cable != nullptr && cable->take(frame)) {
+      if (frames_[port].size() == kMostWaiting) frames_[port].pop_front();
+      frames_[port].push_back(std::move(frame));
+    }
   }
 }
 
@@ -305,6 +335,7 @@ void Shell::listen_to_card() {
   if (card == heard_card_) return;
   heard_card_ = card;
   cpu_packets_.clear();
+  for (auto& frames : frames_) frames.clear();
   if (card != nullptr) card->events().add(&take_cpu_packet, this);
 }
 

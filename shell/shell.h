@@ -5,6 +5,7 @@
 #ifndef SHELL_SHELL_H_
 #define SHELL_SHELL_H_
 
+#include <array>
 #include <deque>
 #include <fstream>
 #include <functional>
@@ -89,7 +90,7 @@ class Shell {
   // The card; Error while there is none.
   softcard::Card& card() const;
   // Has the card do all that is waiting: frames in its cables, ageing, events.
-  void settle() const;
+  void settle();
 
   // Where cables and the terminal wait for their descriptors; made when it is first asked for.
   EventLoop& loop();
@@ -102,6 +103,13 @@ class Shell {
 
   // Result and outputs of the last entry point called.
   const Reply& last_call() const { return last_call_; }
+
+  // Prints a call of the SDK that is traced.
+  void traced_call(const std::string& call);
+
+  // The frames that came out of a port plugged into memory and no `expect` has taken yet, oldest
+  // first. `port` is a port of the card.
+  std::deque<std::vector<unsigned char>>& frames(softcard::PortIndex port) { return frames_[port]; }
 
   // The packets that the card handed to the CPU and no `expect` has taken yet, oldest first.
   std::deque<CpuPacket>& cpu_packets() { return cpu_packets_; }
@@ -128,6 +136,8 @@ class Shell {
   void complain(const Place& place, const std::string& message);
   void write_record(const Command& command, const std::vector<std::string>& words,
                     const Reply& reply);
+  // Takes the frames out of the cables, so that the card has its buffers back.
+  void collect_frames(softcard::Card& card);
   // Keeps the shell's own registration for packets on the present card.
   void listen_to_card();
 
@@ -139,6 +149,7 @@ class Shell {
   unsigned script_depth_ = 0;
   Reply last_call_;
   std::map<std::string, std::string> outputs_;  // the latest of each name, for $name
+  std::array<std::deque<std::vector<unsigned char>>, softcard::kMaxPorts> frames_;
   std::deque<CpuPacket> cpu_packets_;
   std::deque<Event> events_;
   const softcard::Card* heard_card_ = nullptr;

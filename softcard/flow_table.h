@@ -41,16 +41,18 @@ class FlowKey {
     words_[1] = destination << 16 | std::uint64_t{vlan} << 4 | std::uint64_t{priority};
     words_[3] |= std::uint64_t{ether_type} << 48;
   }
-  // For IPv4 and IPv6 alike: the protocol behind extension headers, and TOS or traffic class.
+  // Of IPv4 and IPv6 alike the protocol, behind extension headers, and TOS or traffic class; of ARP
+  // the operation and 0.
   void set_ip(std::uint8_t protocol, std::uint8_t tos) {
     words_[3] |= std::uint64_t{protocol} << 8 | tos;
     words_[4] |= kHasIp;
   }
+  // Of IPv4, and of ARP the sender's and the target's address.
   void set_ipv4(Ipv4 source, Ipv4 destination) {
     words_[2] = std::uint64_t{source} << 32 | destination;
     words_[4] |= kHasIpv4;
   }
-  // TCP and UDP ports of the first fragment.
+  // TCP and UDP ports, ICMP type and code; of the first fragment only.
   void set_l4_ports(std::uint16_t source, std::uint16_t destination) {
     words_[3] |= std::uint64_t{source} << 32 | std::uint64_t{destination} << 16;
     words_[4] |= kHasL4Ports;

@@ -85,8 +85,8 @@ void PrefixTrie<Address>::lookup_batch(const Address* ips, std::size_t count,
       if (walk.node != kNone) {
         softcard::prefetch(&nodes_[walk.node]);
         under_way = true;
-      } else if (walk.prefixes != 0) {
-        softcard::prefetch(&values_[best_position(walk)]);
+      } else if (!single(walk.prefixes)) {
+        softcard::prefetch(&values_[walk.values_run + rank(walk.prefixes, walk.best)]);
       }
     }
   }
@@ -110,7 +110,7 @@ std::uint32_t PrefixTrie<Address>::get(const Address& prefix, unsigned length) c
   const Node& node = nodes_[current];
   const unsigned bit = prefix_bit(bits, offset, length);
   if ((node.prefixes >> bit & 1) == 0) return kNone;
-  return values_[node.values_run + rank(node.prefixes, bit)];
+  return value_at(node.prefixes, node.values_run, bit);
 }
 
 // ---- Changes -----------------------------------------------------------------------------------
@@ -141,15 +141,34 @@ void PrefixTrie<Address>::set(const Address& prefix, unsigned length, std::uint3
     }
     current = node.children_run + index;
   }
-  Node& node = nodes_[current];
-  const unsigned bit = prefix_bit(bits, offset, length);
+  set_in(nodes_[current], prefix_bit(bits, offset, length), value);
+}
+
+template <class Address>
+void PrefixTrie<Address>::set_in(Node& node, unsigned bit, std::uint32_t value) {
   const unsigned index = rank(node.prefixes, bit);
-  if ((node.prefixes >> bit & 1) != 0) {
-    values_[node.values_run + index] = value;
-    return;
-  }
-  values_.insert(node.values_run, count_bits(node.prefixes), index, value);
+  const unsigned count = count_bits(node.prefixes);
+  const bool known = (node.prefixes >> bit & 1) != 0;
   node.prefixes |= std::uint64_t{1} << bit;
+  if (count == 0 || (known && count == 1)) {
+    node.values_run = value;
+  } else if (known) {
+    values_[node.values_run + index] = value;
+  } else {
+    if (count == 1) values_.insert(node.values_run, 0, 0, node.values_run);
+    values_.insert(node.values_run, count, index, value);
+  }
+}
+
+template <class Address>
+void PrefixTrie<Address>::erase_in(Node& node, unsigned bit) {
+  const unsigned count = count_bits(node.prefixes);
+  if (count > 1) values_.erase(node.values_run, count, rank(node.prefixes, bit));
+  node.prefixes &= ~(std::uint64_t{1} << bit);
+  if (count != 2) return;
+  const std::uint32_t last = values_[node.values_run];
+  values_.erase(node.values_run, 1, 0);
+  node.values_run = last;
 }
 
 template <class Address>
@@ -169,10 +188,7 @@ void PrefixTrie<Address>::erase(const Address& prefix, unsigned length) {
     way[depth++] = current;
     current = node.children_run + rank(node.children, bits.extract(offset, kStride));
   }
-  Node& last = nodes_[current];
-  const unsigned bit = prefix_bit(bits, offset, length);
-  values_.erase(last.values_run, count_bits(last.prefixes), rank(last.prefixes, bit));
-  last.prefixes &= ~(std::uint64_t{1} << bit);
+  erase_in(nodes_[current], prefix_bit(bits, offset, length));
 
   // Nodes that hold nothing any more go, from the last one up.
   while (nodes_[current].prefixes == 0 && nodes_[current].children == 0) {

@@ -157,7 +157,7 @@ class PrefixTrie {
 
   // Bit (2^l - 1 + n) of `prefixes` stands for the prefix of l bits (0 to 5) with the value n; bit
   // n of `children` for the branch of six bits with the value n.  Values and children are runs in
-  // the order of their bits.
+  // the order of their bits; a single value stands where the position of its run would.
   struct Node {
     std::uint64_t prefixes = 0;
     std::uint64_t children = 0;
@@ -204,14 +204,19 @@ class PrefixTrie {
     walk.offset += kStride;
   }
 
-  // Where the value of the walk's best prefix stands; `prefixes` must not be 0.
-  std::uint32_t best_position(const Walk& walk) const {
-    return walk.values_run + rank(walk.prefixes, walk.best);
+  static bool single(std::uint64_t prefixes) { return (prefixes & (prefixes - 1)) == 0; }
+
+  // The value of the prefix at `bit` of a node.
+  std::uint32_t value_at(std::uint64_t prefixes, std::uint32_t values_run, unsigned bit) const {
+    return single(prefixes) ? values_run : values_[values_run + rank(prefixes, bit)];
   }
   std::uint32_t value_of(const Walk& walk) const {
-    return walk.prefixes == 0 ? walk.root_value : values_[best_position(walk)];
+    return walk.prefixes == 0 ? walk.root_value
+                              : value_at(walk.prefixes, walk.values_run, walk.best);
   }
 
+  void set_in(Node& node, unsigned bit, std::uint32_t value);
+  void erase_in(Node& node, unsigned bit);
   static unsigned prefix_bit(const AddressBits<Address>& bits, unsigned offset, unsigned length);
   static std::uint32_t heap_position(const AddressBits<Address>& bits, unsigned length);
   void set_short(std::uint32_t heap, std::uint32_t value);

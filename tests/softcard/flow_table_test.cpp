@@ -307,6 +307,22 @@ TEST_F(FlowTableTest, PrioritiesFallAndRise) {
   }
 }
 
+TEST_F(FlowTableTest, FreedIdsComeBackLowestFirst) {
+  FlowTable table(10000);
+  const auto next_id = [&] {
+    std::uint32_t id = 0;
+    EXPECT_EQ(table.add(FlowMatch(), id), FlowResult::done);
+    return id;
+  };
+  ASSERT_EQ(table.add_with_id(FlowMatch(), 0), FlowResult::done);
+  ASSERT_EQ(table.add_with_id(FlowMatch(), 9001), FlowResult::done);
+  for (std::uint32_t id = 1; id <= 9000; ++id) ASSERT_EQ(next_id(), id);
+  for (std::uint32_t id : {8999u, 4096u, 64u, 4097u, 0u}) {
+    ASSERT_EQ(table.remove(id), FlowResult::done);
+  }
+  for (std::uint32_t id : {64u, 4096u, 4097u, 8999u, 9002u}) EXPECT_EQ(next_id(), id);
+}
+
 TEST_F(FlowTableTest, ActionsKeepTheirOrderAndCountersCount) {
   FlowTable table;
   std::uint32_t id = 0;

@@ -250,6 +250,7 @@ TEST_F(FdbForwardingTest, LimitCountsMovesToThePortOnly) {
 TEST_F(FdbForwardingTest, TableShowsWhatFramesTaught) {
   hear("ab");
   ok(sdk.add_system_mac(mac('s'), 20));
+  ok(sdk.add_mac_to_port(mp(2), mac('c'), 10, false));
   std::vector<std::pair<unsigned, unsigned>> seen;
   mac_traverse_s walk = {
       [](const ctype_l2_addr_s* entry, void* list) {
@@ -260,8 +261,9 @@ TEST_F(FdbForwardingTest, TableShowsWhatFramesTaught) {
       &seen};
   ok(sdk.traverse_mac_table(&walk));
   std::sort(seen.begin(), seen.end());
-  EXPECT_EQ(seen, (std::vector<std::pair<unsigned, unsigned>>{
-                      {'a', 0}, {'b', 1}, {'s', L2_ADDR_SYSTEM << 8}}));
+  EXPECT_EQ(seen,
+            (std::vector<std::pair<unsigned, unsigned>>{
+                {'a', 0}, {'b', 1}, {'c', L2_ADDR_STATIC << 8 | 2}, {'s', L2_ADDR_SYSTEM << 8}}));
 }
 
 TEST_F(FdbForwardingTest, GroupSourceIsNotLearned) {

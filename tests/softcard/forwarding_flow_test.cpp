@@ -69,6 +69,9 @@ TEST_F(FlowForwardingTest, OverridesTheOrdinaryWay) {
   of_flow_mp_s match = flow(OF_MATCH_SRC_MAC);
   std::memcpy(match.match.src_mac, mac('a'), 6);
   const unsigned id = add(match);
+  int priority = 0;
+  ok(sdk.get_of_flow_priority(id, priority));
+  EXPECT_EQ(priority, 32768);
   in(0, kUdp);
   EXPECT_EQ(drops(0, DropReason::flow_drop), 1u);
   output(id, 2);

@@ -173,7 +173,10 @@ TEST_F(LagForwardingTest, MembersBecomePortsAgain) {
   ok(sdk.delete_ports_from_lag(x, one));
   in(1, "b all");
   skip({0, 3, 4, 5});
+  lag_psc_t psc = LAG_PSC_SRC_MAC;
+  ok(sdk.get_lag_balancing_strategy(x, psc));
   ok(sdk.delete_lag(x));
+  EXPECT_FALSE(sdk.get_lag_balancing_strategy(x, psc));
   in(1, "b all");
   skip({0, 2, 3, 4, 5});
 }

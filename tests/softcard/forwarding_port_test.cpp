@@ -150,6 +150,7 @@ TEST_F(PortTest, BrokenFramesAreErrors) {
 // effect: get_port_stat_counter_all32_ext - the same
 // effect: get_port_brief_stat_counter64 - sums of them
 // effect: get_port_brief_stat_counter32 - sums of them
+// effect: get_port_brief_stat_counter_all64 - sums of them
 TEST_F(PortTest, CountsByFrames) {
   const unsigned sizes[] = {60, 61, 123, 124, 251, 252, 507, 508, 1019, 1020, 1514};
   for (const unsigned size : sizes) in(0, "a b size=" + std::to_string(size));
@@ -199,6 +200,10 @@ TEST_F(PortTest, CountsByFrames) {
   ok(sdk.get_port_brief_stat_counter64(mp(0), BRIEF_STAT_IN_PACKETS, in_packets));
   ok(sdk.get_port_brief_stat_counter32(mp(1), BRIEF_STAT_OUT_PACKETS, low));
   EXPECT_TRUE(in_packets == 13 && low == 13);
+  std::list<BriefStatCounter64> brief;
+  ok(sdk.get_port_brief_stat_counter_all64(mp(0), brief));
+  ASSERT_EQ(brief.size(), static_cast<std::size_t>(BRIEF_STAT_TYPE_COUNT));
+  EXPECT_EQ(std::next(brief.begin(), BRIEF_STAT_IN_PACKETS)->value, 13u);
 }
 
 // effect: set_port_stat_enable - off: frames pass uncounted

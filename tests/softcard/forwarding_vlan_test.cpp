@@ -55,6 +55,9 @@ TEST_F(VlanTest, KnownUnicastCrossesTheTrunkOnly) {
 TEST_F(VlanTest, PortThatLeftTheVlanIsCutOff) {
   std::list<Mp> trunk = mps({2});
   ok(sdk.delete_ports_from_vlan(10, trunk));
+  std::list<Mp> tagged, untagged;
+  ok(sdk.get_vlan_info(10, tagged, untagged));
+  EXPECT_TRUE(tagged.empty() && untagged.size() == 2);
   in(0, "a all");
   out(1, "a all");
   in(2, "c all vlan=10");
@@ -66,6 +69,8 @@ TEST_F(VlanTest, PortThatLeftTheVlanIsCutOff) {
 // effect: delete_vlan - its frames are dropped
 TEST_F(VlanTest, FramesOfADeletedVlanAreDropped) {
   ok(sdk.delete_vlan(10));
+  std::list<Mp> tagged, untagged;
+  EXPECT_FALSE(sdk.get_vlan_info(10, tagged, untagged));
   in(0, "a all");
   in(2, "c all vlan=10");
   EXPECT_EQ(drops(0, DropReason::no_vlan) + drops(2, DropReason::no_vlan), 2u);

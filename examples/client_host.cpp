@@ -2,6 +2,7 @@
 //
 // A host for the example clients: the software line card, and a little of what happens to a switch.
 // A host with real hardware behind it runs the same clients unchanged.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <memory>
@@ -22,7 +23,7 @@ softcard::MemoryCable& far_end(softcard::PortIndex port) {
 // A broadcast of the smallest size from a station behind the port.
 void station_calls(softcard::PortIndex port) {
   std::vector<std::uint8_t> frame(60, 0);
-  for (int i = 0; i < 6; ++i) frame[i] = 0xff;
+  std::fill_n(frame.begin(), 6, std::uint8_t{0xff});
   frame[6] = 0x02;
   frame[11] = static_cast<std::uint8_t>(port);
   frame[12] = 0x88;  // an EtherType for experiments

@@ -29,6 +29,8 @@ const Row kRows[] = {
      "get_port_flood_blocking_cpu(2:7,&)", "101"},
     {"set_port_flood_blocking_cpu", call(ctype_vorn_set_port_flood_blocking_cpu, &other, 1, 22),
      "set_port_flood_blocking_cpu(2:8,22)"},
+    {"set_port_flood_blocking_cpu", call(ctype_vorn_set_port_flood_blocking_cpu, &other, 0, 22),
+     "usp_list_to_mp_list([])"},
     {"get_port_flood_blocking", call(ctype_vorn_get_port_flood_blocking, &other, &port, out0),
      "get_port_flood_blocking(2:8,2:7,&)", "101"},
     {"set_port_flood_blocking", call(ctype_vorn_set_port_flood_blocking, &other, 1, &port, 23),

@@ -105,12 +105,14 @@ TEST_F(Tables, VlanRulesBySource) {
   EXPECT_FALSE(vorn_set_ipv4_subnet_vlan(kIp, 0xff00ff00, 10, 0)) << "a mask with holes";
   EXPECT_TRUE(vorn_set_ipv4_subnet_vlan(kIp, 0xffffff00, 24, 0));
   EXPECT_TRUE(vorn_set_ipv4_subnet_vlan(kIp, 0xfffffff0, 28, 0));
+  EXPECT_TRUE(vorn_set_ipv4_subnet_vlan(kIp + 64, 0xfffffff0, 29, 0));
   EXPECT_TRUE(vorn_set_ipv4_subnet_vlan(0, 0, 99, 0));
   EXPECT_EQ(vlan_of(kIp), 28u) << "the longest wins";
   EXPECT_EQ(vlan_of(kIp + 32), 24u);
   EXPECT_EQ(vlan_of(0xcb007101), 99u);
   EXPECT_TRUE(vorn_set_ipv4_subnet_vlan(kIp + 3, 0xfffffff0, 0, 0)) << "the same subnet";
   EXPECT_EQ(vlan_of(kIp), 24u);
+  EXPECT_EQ(vlan_of(kIp + 64), 29u) << "another of the same length";
 
   EXPECT_FALSE(vorn_set_ipv6_subnet_vlan(Ip6(1), 129, 10, 0));
   EXPECT_TRUE(vorn_set_ipv6_subnet_vlan(Ip6(1), 128, 11, 0));
@@ -539,6 +541,7 @@ TEST_F(Tables, TheSwitchAsAWhole) {
   EXPECT_FALSE(vorn_send_packet_by_port({}, {}, packet)) << "no port";
   packet.set_type(2);
   EXPECT_FALSE(vorn_send_packet_by_port({}, {port(3)}, packet)) << "no such type";
+  EXPECT_FALSE(vorn_send_packet_from_cpu(packet)) << "no such type";
 }
 
 // ---- Full tables --------------------------------------------------------------------------------

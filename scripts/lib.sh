@@ -63,18 +63,19 @@ need_for_preset() {
 
 jobs() { nproc 2>/dev/null || echo 2; }
 
-# Where warnings are errors.
-in_ci() { [ -n "${CI-}" ]; }
+# In CI, and there alone, warnings are errors.
+werror() { if [ -n "${CI-}" ]; then echo ON; else echo OFF; fi; }
 
 # configure <preset> [option...]: configures build/<preset> where it is not, or not with these
 # options (-DNAME=VALUE); leaves it alone otherwise.
 configure() {
   preset=$1
   shift
+  set -- "$@" "-DVORN_WERROR=$(werror)"
   cache=build/$preset/CMakeCache.txt
   current=yes
   [ -f "build/$preset/build.ninja" ] && [ -f "$cache" ] || current=no
-  for option in "$@"; do
+  for option; do
     name=${option#-D}
     grep -q "^${name%%=*}:[A-Z]*=${name#*=}\$" "$cache" 2>/dev/null || current=no
   done
@@ -112,9 +113,7 @@ run_tests() {
 # test_preset <preset> [ctest option...]: installs what it needs, builds it, runs its tests.
 test_preset() {
   need_for_preset "$1"
-  werror=OFF
-  ! in_ci || werror=ON
-  configure "$1" -DVORN_BUILD_TESTS=ON -DVORN_WERROR=$werror
+  configure "$1" -DVORN_BUILD_TESTS=ON
   cmake --build --preset "$1"
   run_tests "$@"
 }

@@ -42,8 +42,8 @@ TEST(CardDescription, ReadsEveryStatement) {
   EXPECT_EQ(card.capacity.fdb, 64u);
   EXPECT_EQ(card.capacity.ipv6_routes, 5u);
   EXPECT_EQ(card.capacity.vlans, 4094u);
-  for (const unsigned vlan : {10, 20, 21, 22}) EXPECT_EQ(card.mstp_instance[vlan], 7) << vlan;
-  for (const unsigned vlan : {1, 11, 19, 23}) EXPECT_EQ(card.mstp_instance[vlan], 0) << vlan;
+  for (const unsigned vlan : {10u, 20u, 21u, 22u}) EXPECT_EQ(card.mstp_instance[vlan], 7) << vlan;
+  for (const unsigned vlan : {1u, 11u, 19u, 23u}) EXPECT_EQ(card.mstp_instance[vlan], 0) << vlan;
   EXPECT_EQ(card.mac_moves_per_second, 0u);
 }
 

@@ -54,8 +54,8 @@ TEST(FrameText, PrintsWhatItReads) {
       " type=0x88cc payload=0102",
       " vlan=10 prio=3 vlan=20 ipv4 src=192.0.2.1 dst=192.0.2.2 ttl=1 icmp type=8 id=1 seq=2",
       " arp op=reply spa=192.0.2.1 tpa=192.0.2.2 size=60",
-      " ipv4 src=192.0.2.1 dst=192.0.2.2 ttl=64 options=94040000 tcp sport=1 dport=2 flags=FSU "
-      "options=020405b4 payload=00",
+      (" ipv4 src=192.0.2.1 dst=192.0.2.2 ttl=64 options=94040000 tcp sport=1 dport=2 flags=FSU "
+       "options=020405b4 payload=00"),
       " ipv4 src=192.0.2.1 dst=192.0.2.2 ttl=64 udp sport=1 dport=2 checksum=0x1234",
       " ipv4 src=192.0.2.1 dst=192.0.2.2 ttl=64 frag=64 proto=17 payload=0102",
       " ipv6 src=2001:db8::1 dst=ff02::1 hops=255 hopopts data=050200000000 icmp6 type=135",

@@ -957,12 +957,12 @@ PortIndex Pipeline::choose_member(const Passage& passage, const Frame& frame, co
                                   const PortSet& ready) {
   if (lag.size == 0) return kNoPort;
   const std::uint64_t hash = balance(passage.headers, frame, lag.psc);
-  const PortIndex favourite = lag.members[(hash >> 32) % lag.size];
+  const PortIndex favourite = lag.members[static_cast<std::uint32_t>(hash >> 32) % lag.size];
   if (ready.contains(favourite)) return favourite;
   const PortSet rest = lag.set & ready;
   const unsigned count = rest.size();
   if (count == 0) return kNoPort;
-  std::uint64_t place = (hash & 0xFFFFFFFF) % count;
+  unsigned place = static_cast<std::uint32_t>(hash) % count;
   for (std::size_t i = 0; i < lag.size; ++i) {
     if (rest.contains(lag.members[i]) && place-- == 0) return lag.members[i];
   }

@@ -189,18 +189,16 @@ bool read_card_description(std::istream& in, const std::string& name, CardDescri
                            std::string& error) {
   Reader reader;
   unsigned number = 0;
+  const auto fail = [&](const std::string& reason) {
+    error = name + ":" + std::to_string(number) + ": " + reason;
+    return false;
+  };
   for (std::string line; std::getline(in, line);) {
     ++number;
     const std::string wrong = reader.statement(line);
-    if (!wrong.empty()) {
-      error = name + ":" + std::to_string(number) + ": " + wrong;
-      return false;
-    }
+    if (!wrong.empty()) return fail(wrong);
   }
-  if (in.bad()) {
-    error = name + ":" + std::to_string(number + 1) + ": cannot be read";
-    return false;
-  }
+  if (in.bad()) return fail("cannot be read any further");
   out = reader.finish();
   return true;
 }

@@ -99,6 +99,37 @@ TEST_F(PortMapping, LagListKeepsEachMemberOnce) {
   EXPECT_FALSE(delete_lag_from_list(4, list));
 }
 
+using Registrations = HostTest;
+
+TEST_F(Registrations, AreKeptOncePerFunctionAndUserData) {
+  static int calls = 0;
+  calls = 0;
+  int a = 0, b = 0;
+  const auto on_mac = [](L2Addr*, int, void*) { ++calls; };
+  const auto on_mac_c = [](ctype_l2_addr_s*, int, void*) { ++calls; };
+  void (*const mac)(L2Addr*, int, void*) = on_mac;
+  void* const untyped = reinterpret_cast<void*>(mac);
+  const unsigned char address[6] = {2, 0, 0x5e, 0, 0x53, 1};
+  EXPECT_FALSE(vorn_register_mac_update_callback(nullptr, &a) ||
+               vorn_register_rx_packet_callback_c(nullptr, &a) ||
+               vorn_register_link_change_callback(nullptr));
+  EXPECT_TRUE(vorn_register_mac_update_callback(mac, &a));
+  EXPECT_FALSE(vorn_register_mac_update_callback(mac, &a)) << "the same pair";
+  EXPECT_TRUE(vorn_register_mac_update_callback(mac, &b));
+  EXPECT_TRUE(vorn_register_mac_update_callback_c(on_mac_c, &a)) << "the other form";
+  EXPECT_TRUE(vorn_add_system_mac(address, 1));
+  EXPECT_EQ(calls, 0) << "not from within the operation";
+  card().run_once();
+  EXPECT_EQ(calls, 3);
+  EXPECT_FALSE(vorn_deregister_event_callback(LCMGR_REPORT_LINK_CHANGE, untyped, &a));
+  EXPECT_FALSE(vorn_deregister_event_callback(LCMGR_REPORT_MAC_UPDATE, untyped, nullptr));
+  EXPECT_TRUE(vorn_deregister_event_callback(LCMGR_REPORT_MAC_UPDATE, untyped, &a));
+  EXPECT_FALSE(vorn_deregister_event_callback(LCMGR_REPORT_MAC_UPDATE, untyped, &a)) << "gone";
+  EXPECT_TRUE(vorn_delete_mac_by_mac(address));
+  card().run_once();
+  EXPECT_EQ(calls, 5);
+}
+
 using Watch = HostTest;
 
 TEST_F(Watch, TracesTheModulesThatWereSwitchedOn) {

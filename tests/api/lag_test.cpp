@@ -8,10 +8,9 @@ namespace vorn::test {
 namespace {
 
 std::vector<Row> rows() {
+  // clang-format off
   return {
-      {"create_lag",
-       [] { return vorn_create_lag(the_port); },
-       {9},
+      {"create_lag", [] { return vorn_create_lag(the_port); }, {9},
        {{kNewLag,
          {"get_sdk()", "lag_usp_to_lag_id(1/20/9) no", "create_lag(&)",
           "add_lag_to_list(35,lag_list)", "add_lag_mapping(1/20/9,35)"}},
@@ -24,9 +23,7 @@ std::vector<Row> rows() {
         {kPort,  // no LAG interface, and not asked
          {"get_sdk()", "lag_usp_to_lag_id(1/1/3) no", "create_lag(&)",
           "add_lag_to_list(35,lag_list)", "add_lag_mapping(1/1/3,35)"}}}},
-      {"delete_lag",
-       [] { return vorn_delete_lag(the_port); },
-       {10},
+      {"delete_lag", [] { return vorn_delete_lag(the_port); }, {10},
        {{kLag,
          {"get_sdk()", "is_port_logical_lag(1/20/5)", "lag_usp_to_lag_id(1/20/5)",
           "is_lag_exist(33,copy)", "delete_lag(33)", "delete_lag_from_list(33,lag_list)",
@@ -37,8 +34,7 @@ std::vector<Row> rows() {
       {"add_ports_to_lag",
        [] {
          return vorn_add_ports_to_lag(the_port, {kPort, kOtherPort});
-       },
-       {11},
+       }, {11},
        {{kLag,
          {"get_sdk()", "is_port_logical_lag(1/20/5)", "get_sdk()", "lag_usp_to_lag_id(1/20/5)",
           "lag_usp_to_lag_id(1/20/5)", "get_lag_member(33)", "usp_list_to_mp_list([1/1/3 1/1/4])",
@@ -57,8 +53,7 @@ std::vector<Row> rows() {
       {"delete_ports_from_lag",
        [] {
          return vorn_delete_ports_from_lag(the_port, {kPort, kOtherPort});
-       },
-       {12},
+       }, {12},
        {{kLag,
          {"get_sdk()", "is_port_logical_lag(1/20/5)", "usp_list_to_mp_list([1/1/3 1/1/4])",
           "lag_usp_to_lag_id(1/20/5)", "delete_ports_from_lag(33,[2:7 2:8])",
@@ -70,30 +65,26 @@ std::vector<Row> rows() {
           "lag_usp_to_lag_id(1/20/9) no"}},
         {kPort, {"get_sdk()", "is_port_logical_lag(1/1/3) no"}, false}}},
       {"set_lag_balancing_strategy",
-       [] { return vorn_set_lag_balancing_strategy(the_port, lag_psc_t(6)); },
-       {13},
+       [] { return vorn_set_lag_balancing_strategy(the_port, lag_psc_t(6)); }, {13},
        {{kLag,
          {"is_port_logical_lag(1/20/5)", "get_sdk()", "lag_usp_to_lag_id(1/20/5)",
           "set_lag_balancing_strategy(33,6)"}},
         {kPort, {"is_port_logical_lag(1/1/3) no"}, false}}},
       {"get_lag_balancing_strategy",
-       [] { return vorn_get_lag_balancing_strategy(the_port, output<lag_psc_t>()); },
-       {14},
+       [] { return vorn_get_lag_balancing_strategy(the_port, output<lag_psc_t>()); }, {14},
        {{kLag,
          {"is_port_logical_lag(1/20/5)", "get_sdk()", "lag_usp_to_lag_id(1/20/5)",
           "get_lag_balancing_strategy(33,out0)"}},
         {kNewLag,
          {"is_port_logical_lag(1/20/9)", "get_sdk()", "lag_usp_to_lag_id(1/20/9) no"},
          false}}},
-      {"lag_usp_to_lag_id",
-       [] { return vorn_lag_usp_to_lag_id(the_port, output<unsigned int>()); },
+      {"lag_usp_to_lag_id", [] { return vorn_lag_usp_to_lag_id(the_port, output<unsigned int>()); },
        {},
        {{kLag, {"lag_usp_to_lag_id(1/20/5)"}}, {kPort, {"lag_usp_to_lag_id(1/1/3) no"}, false}}},
-      {"lag_id_to_lag_usp",
-       [] { return vorn_lag_id_to_lag_usp(33, output<Usp>()); },
-       {},
+      {"lag_id_to_lag_usp", [] { return vorn_lag_id_to_lag_usp(33, output<Usp>()); }, {},
        {{kPort, {"lag_id_to_lag_usp(33,out0)"}}}},
   };
+  // clang-format on
 }
 INSTANTIATE_TEST_SUITE_P(Lag, EntryPoint, testing::ValuesIn(rows()), row_name);
 

@@ -15,30 +15,22 @@ bool init() {
 }
 
 std::vector<Row> rows() {
+  // clang-format off
   return {
       {"lcmgr_api_init", init, {}, {{kPort, {"init_line_card(out)", "create_sdk()"}}}},
-      {"lcmgr_api_terminate",
-       [] { return vorn_lcmgr_api_terminate(); },
-       {},
+      {"lcmgr_api_terminate", [] { return vorn_lcmgr_api_terminate(); }, {},
        {{kPort, {"get_sdk()", "delete_sdk(true)"}}}},
-      {"get_line_card_usp",
-       [] { return vorn_get_line_card_usp(output<Usp>()); },
-       {107},
-       call("get_line_card_usp(out0)")},
+      {"get_line_card_usp", [] { return vorn_get_line_card_usp(output<Usp>()); },
+       {107}, call("get_line_card_usp(out0)")},
       {"free_call", [] { return vorn_free_call(-17); }, {108}, call("free_call(-17)")},
-      {"set_lcmgr_trace",
-       [] { return vorn_set_lcmgr_trace("trace_level_sdk", true); },
-       {178},
-       call("set_lcmgr_trace(trace_level_sdk,true)")},
-      {"set_lcmgr_trace_all",
-       [] { return vorn_set_lcmgr_trace("trace_level_all", true); },
-       {178},
-       call("set_lcmgr_trace(trace_level_all,true)")},
-      {"set_lcmgr_trace_api",
-       [] { return vorn_set_lcmgr_trace("trace_level_api", true); },
-       {},
+      {"set_lcmgr_trace", [] { return vorn_set_lcmgr_trace("trace_level_sdk", true); },
+       {178}, call("set_lcmgr_trace(trace_level_sdk,true)")},
+      {"set_lcmgr_trace_all", [] { return vorn_set_lcmgr_trace("trace_level_all", true); },
+       {178}, call("set_lcmgr_trace(trace_level_all,true)")},
+      {"set_lcmgr_trace_api", [] { return vorn_set_lcmgr_trace("trace_level_api", true); }, {},
        {{kPort, {"get_sdk()"}}}},
   };
+  // clang-format on
 }
 INSTANTIATE_TEST_SUITE_P(Lifecycle, EntryPoint, testing::ValuesIn(rows()), row_name);
 

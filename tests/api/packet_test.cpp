@@ -15,15 +15,13 @@ Packet packet() {
 }
 
 std::vector<Row> rows() {
+  // clang-format off
   return {
-      {"send_packet_from_cpu",
-       [] { return vorn_send_packet_from_cpu(packet()); },
-       {95},
-       call("send_packet_from_cpu(9 2 cafe)")},
+      {"send_packet_from_cpu", [] { return vorn_send_packet_from_cpu(packet()); },
+       {95}, call("send_packet_from_cpu(9 2 cafe)")},
       // A port that cannot be asked for is left out, a lookup that fails in the selection is made
       // again; only the last two steps decide.
-      {"send_packet_by_port",
-       [] { return vorn_send_packet_by_port({kPort}, the_ports, packet()); },
+      {"send_packet_by_port", [] { return vorn_send_packet_by_port({kPort}, the_ports, packet()); },
        {65, 94},
        {{kPort,
          {"get_sdk()", "is_port_physical(1/1/3)", "usp_to_mp(1/1/3)", "get_port_link_state(2:7,&)",
@@ -38,6 +36,7 @@ std::vector<Row> rows() {
           {4, true, {"get_sdk()", "get_sdk()", "send_packet_by_port([],[],9 2 cafe)"}},
           {5, true, {"get_sdk()", "send_packet_by_port([2:7],[],9 2 cafe)"}}}}}},
   };
+  // clang-format on
 }
 INSTANTIATE_TEST_SUITE_P(Packet, EntryPoint, testing::ValuesIn(rows()), row_name);
 

@@ -17,80 +17,66 @@ std::list<Counter>& list_output() {
 }
 
 std::vector<Row> rows() {
+  // clang-format off
   return {
       {"get_port_stat_counter",
        [] {
          return vorn_get_port_stat_counter(the_port, stat_type_t(9), output<unsigned long long>());
        },
-       {38},
-       lookup_translate("get_port_stat_counter(@,9,out0)")},
+       {38}, lookup_translate("get_port_stat_counter(@,9,out0)")},
       {"get_port_stat_counter32",
        [] {
          return vorn_get_port_stat_counter32(the_port, stat_type_t(8), output<unsigned int>());
        },
-       {39},
-       lookup_translate("get_port_stat_counter32(@,8,out0)")},
+       {39}, lookup_translate("get_port_stat_counter32(@,8,out0)")},
       {"get_port_stat_counter_all64",
        [] { return vorn_get_port_stat_counter_all64(the_port, list_output<StatCounter64>()); },
-       {40},
-       lookup_translate("get_port_stat_counter_all64(@,out0)")},
+       {40}, lookup_translate("get_port_stat_counter_all64(@,out0)")},
       {"get_port_stat_counter_all32",
        [] { return vorn_get_port_stat_counter_all32(the_port, list_output<StatCounter32>()); },
-       {41},
-       lookup_translate("get_port_stat_counter_all32(@,out0)")},
+       {41}, lookup_translate("get_port_stat_counter_all32(@,out0)")},
       {"get_port_stat_counter_all64_ext",
        [] {
          return vorn_get_port_stat_counter_all64_ext(the_port, &output<StatCounter64>(),
                                                      output<unsigned int, 1>());
        },
-       {42},
-       lookup_translate("get_port_stat_counter_all64_ext(@,out0,out1)")},
+       {42}, lookup_translate("get_port_stat_counter_all64_ext(@,out0,out1)")},
       {"get_port_stat_counter_all32_ext",
        [] {
          return vorn_get_port_stat_counter_all32_ext(the_port, &output<StatCounter32>(),
                                                      output<unsigned int, 1>());
        },
-       {43},
-       lookup_translate("get_port_stat_counter_all32_ext(@,out0,out1)")},
+       {43}, lookup_translate("get_port_stat_counter_all32_ext(@,out0,out1)")},
       {"get_port_brief_stat_counter64",
        [] {
          return vorn_get_port_brief_stat_counter64(the_port, brief_stat_type_t(7),
                                                    output<unsigned long long>());
        },
-       {44},
-       translate_lookup("get_port_brief_stat_counter64(@,7,out0)")},
+       {44}, translate_lookup("get_port_brief_stat_counter64(@,7,out0)")},
       {"get_port_brief_stat_counter32",
        [] {
          return vorn_get_port_brief_stat_counter32(the_port, brief_stat_type_t(6),
                                                    output<unsigned int>());
        },
-       {45},
-       translate_lookup("get_port_brief_stat_counter32(@,6,out0)")},
+       {45}, translate_lookup("get_port_brief_stat_counter32(@,6,out0)")},
       {"get_port_brief_stat_counter_all64",  // the list that arrives is not the caller's
        [] {
          return vorn_get_port_brief_stat_counter_all64(the_port, list_output<BriefStatCounter64>());
        },
-       {46},
-       translate_lookup("get_port_brief_stat_counter_all64(@,&)")},
+       {46}, translate_lookup("get_port_brief_stat_counter_all64(@,&)")},
       {"get_port_brief_stat_counter_all32",  // clears
        [] {
          return vorn_get_port_brief_stat_counter_all32(the_port, list_output<BriefStatCounter32>());
        },
-       {48},
-       translate_lookup("clear_port_stat_counter(@)")},
-      {"clear_port_stat_counter",
-       [] { return vorn_clear_port_stat_counter(the_port); },
-       {48},
-       translate_lookup("clear_port_stat_counter(@)")},
-      {"get_port_stat_enabled",
-       [] { return vorn_get_port_stat_enabled(the_port, output<bool>()); },
-       {37},
-       translate_lookup("get_port_stat_enabled(@,out0)")},
-      {"set_port_stat_enable",
-       [] { return vorn_set_port_stat_enable(the_port, true); },
-       {36},
-       members("set_port_stat_enable(@,true)")},
+       {48}, translate_lookup("clear_port_stat_counter(@)")},
+      {"clear_port_stat_counter", [] { return vorn_clear_port_stat_counter(the_port); },
+       {48}, translate_lookup("clear_port_stat_counter(@)")},
+      {"get_port_stat_enabled", [] { return vorn_get_port_stat_enabled(the_port, output<bool>()); },
+       {37}, translate_lookup("get_port_stat_enabled(@,out0)")},
+      {"set_port_stat_enable", [] { return vorn_set_port_stat_enable(the_port, true); },
+       {36}, members("set_port_stat_enable(@,true)")},
   };
+  // clang-format on
 }
 INSTANTIATE_TEST_SUITE_P(Stat, EntryPoint, testing::ValuesIn(rows()), row_name);
 

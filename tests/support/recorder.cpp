@@ -6,7 +6,6 @@
 
 using vorn::test::host;
 using vorn::test::name_of;
-using vorn::test::text;
 
 std::list<LagNode> lag_list;
 

@@ -36,7 +36,9 @@ void parse_bitmap(const std::string& text, const std::string& what, unsigned cha
   if (text == "-") return;
   for (const std::string& range : split(text, ',')) {
     const std::vector<std::string> ends = split(range, '-');
-    if (ends.size() > 2) throw Error(what + ": '" + range + "' is no VLAN and no range of VLANs");
+    if (ends.size() > 2) {
+      throw Error(joined_pieces(what, ": '", range, "' is no VLAN and no range of VLANs"));
+    }
     const auto first = parse_number(ends.front(), what, 0, kVlans - 1);
     const auto last = parse_number(ends.back(), what, first, kVlans - 1);
     for (auto vlan = static_cast<unsigned>(first); vlan <= last; ++vlan) {

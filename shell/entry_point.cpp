@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t kArrayRoom = 65536;
 
 // A buffer that is passed and not used.
-std::array<unsigned long long, 2 * STAT_TYPE_COUNT> unused_buffer{};
+std::array<unsigned long long, std::size_t{2} * STAT_TYPE_COUNT> unused_buffer{};
 
 // The shell's callbacks by name, for withdrawing them.
 struct NamedCallback {
@@ -107,6 +107,7 @@ void Binder::finish() const {
 
 std::string usage_of(const std::vector<Word>& words) {
   std::vector<std::string> names;
+  names.reserve(words.size());
   for (const Word& word : words) names.push_back(word.name);
   return joined(names, " ");
 }
@@ -147,7 +148,7 @@ void BytesSlot::report(const Bound& bound, Call& call) const {
 
 Bound Slot<usp_s*>::bind(Binder& binder) {
   const bool array = binder.array_next();
-  const Bound bound = binder.take(Binder::Direction::kEither, array);
+  Bound bound = binder.take(Binder::Direction::kEither, array);
   if (array) binder.expect_count();
   return bound;
 }
@@ -226,7 +227,8 @@ void Slot<void*>::read(const Bound& bound, Call& call) {
       throw Error(parameter.name + ": '" + text + "' is none of " + joined(names, ", "));
     }
   } else {
-    pointer_ = reinterpret_cast<void*>(
+    // User data is the caller's number, and no object is reached through it.
+    pointer_ = reinterpret_cast<void*>(  // NOLINT(performance-no-int-to-ptr)
         static_cast<std::uintptr_t>(parse_number(text, parameter.name, 0, UINT32_MAX)));
   }
   call.reply.inputs.emplace_back(parameter.name, text_value(text));

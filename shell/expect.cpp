@@ -137,7 +137,7 @@ void expect_event(Shell& shell, Arguments& arguments) {
     const std::string field = arguments.take("field");
     const std::string value = arguments.take("value of " + field);
     fields.emplace_back(field, text_value(value));
-    expected += ' ' + field + ' ' + value;
+    expected += joined_pieces(" ", field, " ", value);
   }
   if (events.empty()) throw Failure("expected event " + expected + ", none came");
   const Event event = std::move(events.front());
@@ -192,7 +192,7 @@ void expect_output(const Shell& shell, std::string name, Arguments& arguments) {
   for (const auto& [output, came] : shell.last_call().outputs) {
     if (output != name) continue;
     if (came.text == value) return;
-    throw Failure("expected " + name + " = " + value + ", came " + came.text);
+    throw Failure(joined_pieces("expected ", name, " = ", value, ", came ", came.text));
   }
   throw Failure("expected " + name + " = " + value + ", but the last call wrote no " + name);
 }

@@ -32,6 +32,7 @@ void take_cpu_packet(RxPacket* packet, void* shell) {
 
 std::string quoted_all(const std::vector<std::string>& words) {
   std::vector<std::string> result;
+  result.reserve(words.size());
   for (const std::string& word : words) result.push_back(quoted(word));
   return joined(result, " ");
 }
@@ -378,14 +379,16 @@ void Shell::replay(const std::string& path, Reply& reply) {
     const std::string recorded = at == std::string::npos ? "" : line.substr(at + arrow.size());
     const auto tell = [&](const std::string& difference) {
       ++differences;
-      reply.say(path + ':' + std::to_string(number) + ": " + difference);
+      reply.say(joined_pieces(path, ":", std::to_string(number), ": ", difference));
     };
     try {
       for (const auto& words : split_commands(line.substr(0, at))) {
         ++calls;
         const Reply again = run(words);
         const std::string now = again.result.has_value() ? outcome(again) : "";
-        if (now != recorded) tell(words.front() + ": was " + recorded + ", is " + now);
+        if (now != recorded) {
+          tell(joined_pieces(words.front(), ": was ", recorded, ", is ", now));
+        }
         if (!again.failure.empty()) tell(words.front() + ": " + again.failure);
       }
     } catch (const Error& error) {

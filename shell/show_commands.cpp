@@ -16,7 +16,6 @@ namespace {
 
 using softcard::Card;
 using softcard::PortIndex;
-using softcard::PortSet;
 
 // A limit, or a rate, where one number stands for none.
 Value limit_value(int limit) { return limit < 0 ? text_value("-") : count_value(unsigned(limit)); }
@@ -398,7 +397,8 @@ void show_lock(Card& card, Arguments& arguments, Reply& reply) {
                flag_value(locks.drops_unknown(port)), limit_value(locks.port_limit(port)),
                count_value(card.fdb().learned_on(softcard::Destination::port(port)))});
   }
-  for (std::uint16_t id = 0; id < card.lags().id_count(); ++id) {
+  const auto lags = static_cast<std::uint16_t>(card.lags().id_count());
+  for (std::uint16_t id = 0; id < lags; ++id) {
     add_limit(port_value(card.lag_usp(id)), locks.lag_limit(id),
               card.fdb().learned_on(softcard::Destination::lag(id)));
   }

@@ -27,6 +27,14 @@ std::vector<std::vector<std::string>> split_commands(const std::string& line);
 // `word` quoted where split_commands() would otherwise take it apart.
 std::string quoted(const std::string& word);
 
+// The pieces one behind the other.
+template <class... Pieces>
+std::string joined_pieces(const Pieces&... pieces) {
+  std::string text;
+  (text.append(pieces), ...);
+  return text;
+}
+
 std::vector<std::string> split(const std::string& text, char separator);
 std::string joined(const std::vector<std::string>& words, const std::string& separator);
 

@@ -12,6 +12,7 @@
 #include "softcard/pipeline.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "softcard/card.h"
@@ -60,6 +61,22 @@ std::size_t mtu_bytes(const Frame& frame, bool tagged) {
   const std::size_t bytes =
       frame.offload.segmentation == Segmentation::none ? frame.size() : longest_segment(frame);
   return tagged ? bytes - kTagBytes : bytes;
+}
+
+const char* action_text(std::uint32_t kind) {
+  constexpr const char* kTexts[] = {"output",
+                                    "set VLAN",
+                                    "set priority",
+                                    "strip VLAN",
+                                    "set source MAC",
+                                    "set destination MAC",
+                                    "set source IP",
+                                    "set destination IP",
+                                    "set TOS",
+                                    "set source port",
+                                    "set destination port",
+                                    "set queue"};
+  return kind < std::size(kTexts) ? kTexts[kind] : "?";
 }
 
 // ---- The parts of a trace line ------------------------------------------------------------------
@@ -356,13 +373,17 @@ bool Pipeline::check_vlan(Passage& passage) {
     drop(passage, DropReason::not_member);
     return false;
   }
+  note("vlan", Destination::port(port), " is a member of VLAN ", passage.vlan);
   return true;
 }
 
 bool Pipeline::check_lock(Passage& passage) {
   if (!card_.mac_locks().drops_unknown(passage.ingress)) return true;
   const FdbEntry* entry = card_.fdb().find(fdb_key(passage.vlan, passage.headers.source));
-  if (entry != nullptr && entry->destination() == passage.source) return true;
+  if (entry != nullptr && entry->destination() == passage.source) {
+    note("lock", "locked, and ", Mac{passage.headers.source}, " is known here");
+    return true;
+  }
   drop(passage, DropReason::mac_lock);
   return false;
 }
@@ -411,7 +432,10 @@ void Pipeline::push_back(PortIndex port) {
 
 bool Pipeline::check_stp(Passage& passage) {
   const unsigned instance = card_.vlans().mstp_instance(passage.vlan);
-  if (card_.stp().forwards(passage.ingress, instance)) return true;
+  if (card_.stp().forwards(passage.ingress, instance)) {
+    note("stp", "instance ", instance, ": forwarding");
+    return true;
+  }
   if (card_.stp().learns(passage.ingress, instance)) learn(passage);
   drop(passage, DropReason::stp_ingress);
   return false;
@@ -421,7 +445,10 @@ bool Pipeline::check_stp(Passage& passage) {
 
 bool Pipeline::trap_filtered(Passage& passage) {
   const FilterTable& filters = card_.filters();
-  if (!filters.any()) return true;
+  if (!filters.any()) {
+    note("filter", "no filters");
+    return true;
+  }
   const Headers& headers = passage.headers;
   unsigned reason = 0;
   if (headers.l3 == Layer3::arp) {
@@ -448,9 +475,13 @@ bool Pipeline::trap_filtered(Passage& passage) {
 
 bool Pipeline::apply_flow(Passage& passage) {
   const unsigned mode = card_.traffic().forward_mode();
-  if (mode == SWITCH_FORWARD_MODE_NORMAL) return true;
   FlowTable& flows = card_.flows();
-  if (flows.size() == 0 && mode == SWITCH_FORWARD_MODE_HYBRID) return true;
+  if (mode == SWITCH_FORWARD_MODE_NORMAL ||
+      (flows.size() == 0 && mode == SWITCH_FORWARD_MODE_HYBRID)) {
+    note("flow",
+         mode == SWITCH_FORWARD_MODE_NORMAL ? "not asked: forward mode normal" : "no flows");
+    return true;
+  }
 
   const Headers& headers = passage.headers;
   FlowKey key;
@@ -588,7 +619,7 @@ void Pipeline::rewrite(Passage& passage, const FlowAction& action) {
   const std::uint32_t word = action.words[0];
   const std::uint64_t mac = std::uint64_t{word} << 16 | (action.words[1] & 0xFFFF);
   const bool drop_eligible = (headers.tag_control & 0x1000) != 0;
-  note("flow", "action ", action.kind, ", ", Hex{word}, " ", Hex{action.words[1]});
+  note("flow", action_text(action.kind), " ", Hex{word}, " ", Hex{action.words[1]});
   switch (action.kind) {
     case OF_ACTION_SET_VLAN_ID:
       passage.vlan = static_cast<std::uint16_t>(word);
@@ -686,6 +717,7 @@ void Pipeline::forward(Passage& passage) {
   if (passage.router != nullptr) {
     route(passage);
   } else {
+    note("l3", "not to a router interface");
     bridge(passage);
   }
 }
@@ -1130,7 +1162,7 @@ bool Pipeline::to_cpu(const Passage& passage, FramePtr frame, unsigned reason) {
   }
   complete_checksum(*frame);
   const bool queued = events.post_packet(std::move(frame), reason);
-  note("cpu", queued ? "to the CPU, reason " : "the queue is full; reason ", reason);
+  note("cpu", queued ? "to the CPU: " : "the queue is full: ", rx_reason_text(reason));
   return queued;
 }
 
@@ -1195,7 +1227,7 @@ bool Pipeline::send_from_cpu(const std::uint8_t* data, std::size_t bytes, unsign
 
 void Pipeline::drop(Passage& passage, DropReason reason) {
   passage.frame.reset();
-  note("drop", reason);
+  note("verdict", reason);
   if (passage.ingress == kNoPort) {
     ++cpu_drops_[static_cast<std::size_t>(reason)];
     return;

@@ -2,6 +2,8 @@
 
 #include "softcard/trace.h"
 
+#include "vornlcapi/enums.h"
+
 namespace softcard {
 
 namespace {
@@ -70,6 +72,41 @@ static_assert(in_order(), "a row for each reason, in their order");
 const char* name(DropReason reason) { return kReasons[static_cast<std::size_t>(reason)].name; }
 
 const char* text(DropReason reason) { return kReasons[static_cast<std::size_t>(reason)].text; }
+
+const char* rx_reason_text(unsigned reason) {
+  switch (reason) {
+    case RX_REASON_RESERVED:
+      return "reserved group address";
+    case RX_REASON_ARP_FILTER:
+      return "ARP filter";
+    case RX_REASON_IP_PROTOCOL_FILTER:
+      return "IP protocol filter";
+    case RX_REASON_L4_PORT_FILTER:
+      return "L4 destination port filter";
+    case RX_REASON_SYSTEM_MAC:
+      return "the switch's own address";
+    case RX_REASON_UNKNOWN_UNICAST:
+      return "copy of unknown unicast";
+    case RX_REASON_FLOOD:
+      return "copy of a flood";
+    case RX_REASON_FLOW:
+      return "output of a flow";
+    case RX_REASON_LOCAL:
+      return "local output of a flow";
+    case RX_REASON_ROUTER:
+      return "to the router itself";
+    case RX_REASON_TTL:
+      return "the TTL or hop limit ran out";
+    case RX_REASON_NO_ROUTE:
+      return "no host or route matches";
+    case RX_REASON_OPTIONS:
+      return "IP options";
+    case RX_REASON_MTU:
+      return "too long for the router's way out";
+    default:
+      return "?";
+  }
+}
 
 std::string Trace::to_string() const {
   constexpr std::size_t kColumn = 10;

@@ -66,6 +66,9 @@ const char* name(DropReason reason);
 // The reason in a few words.
 const char* text(DropReason reason);
 
+// Why a packet was handed to the CPU, in a few words; `reason` is RX_REASON_....
+const char* rx_reason_text(unsigned reason);
+
 // The record of frames on their way. The pipeline fills one while it is set.
 class Trace {
  public:

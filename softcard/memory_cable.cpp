@@ -19,7 +19,8 @@ std::size_t MemoryCable::transmit(FramePtr* frames, std::size_t count) {
       sent_.pop_front();
       ++forgotten_;
     }
-    sent_.push_back(std::move(frames[i]));
+    const FramePtr frame = std::move(frames[i]);
+    sent_.emplace_back(frame->data(), frame->data() + frame->size());
   }
   return count;
 }
@@ -34,8 +35,7 @@ bool MemoryCable::send(const std::uint8_t* data, std::size_t bytes) {
 
 bool MemoryCable::take(std::vector<std::uint8_t>& frame) {
   if (sent_.empty()) return false;
-  const Frame& first = *sent_.front();
-  frame.assign(first.data(), first.data() + first.size());
+  frame = std::move(sent_.front());
   sent_.pop_front();
   return true;
 }

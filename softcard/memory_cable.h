@@ -45,7 +45,7 @@ class MemoryCable : public Cable {
 
  private:
   std::size_t room_;
-  std::deque<FramePtr> sent_;
+  std::deque<std::vector<std::uint8_t>> sent_;  // bytes alone: what waits here holds no frame
   std::uint64_t forgotten_ = 0;
   CableSink* sink_ = nullptr;
   PortIndex port_ = kNoPort;

@@ -773,7 +773,6 @@ void Pipeline::route(Passage& passage) {
       }
     }
     if (mtu_bytes(*passage.frame, headers.tags != 0) > card_.ports().mtu_bytes(egress)) {
-      passage.vlan = passage.frame->vlan;
       reason = RX_REASON_MTU;
       lost = DropReason::router_mtu;
     }

@@ -130,6 +130,9 @@ TEST_F(CpuTest, SendsByForwarding) {
   ok(sdk.send_packet_from_cpu(packet("x b vlan=10")));
   out(1, "x b untagged");
   EXPECT_EQ(card.fdb().find(10, MacAddress::from_bytes(mac('x'))), nullptr);
+  ok(sdk.add_system_mac(mac('s'), 10));
+  ok(sdk.send_packet_from_cpu(packet("x s vlan=10")));
+  EXPECT_EQ(card.pipeline().drops(kNoPort, DropReason::cpu_queue), 1u);
   EXPECT_FALSE(sdk.send_packet_from_cpu(packet("x b vlan=99")));
   ok(sdk.set_port_stp_state(mp(3), STP_STATE_BLOCKING));
   ok(sdk.send_packet_from_cpu(packet("x all vlan=20")));

@@ -310,6 +310,23 @@ TEST_F(FlowForwardingTest, QueueAndRewrittenFrameOnTheOrdinaryWay) {
   EXPECT_EQ(stat(1, STAT_OUT_QUEUE_5), 1u);
 }
 
+TEST_F(FlowForwardingTest, OrdinaryWayInAnotherVlanAndThroughTheRouter) {
+  vlan(20, {}, mps({4, 5}));
+  unsigned id = add(flow(0));
+  act(id, OF_ACTION_SET_VLAN_ID, 20);
+  act(id, OF_ACTION_OUTPUT, OF_PORT_NORMAL);
+  in(0, kUdp);
+  out({4, 5}, "a b untagged");
+  unsigned interface = 0;
+  ok(sdk.create_l3_interface(mac('r'), 20, interface));
+  ok(sdk.add_l3_host_ip4(mp(5), false, 0xc6336409, mac('f'), interface));
+  act(id, OF_ACTION_SET_DST_MAC, 0x00005e00, 0x5300 + 'r');
+  ok(sdk.delete_of_flow_action(id, OF_ACTION_OUTPUT, {{OF_PORT_NORMAL, 0, 0}}, Mp(0, 0)));
+  act(id, OF_ACTION_OUTPUT, OF_PORT_NORMAL);
+  in(0, kUdp);
+  out(5, "r f untagged ipv4 ttl=63 udp");
+}
+
 // effect: set_switch_forward_mode - flows first, flows only, or no flows
 TEST_F(FlowForwardingTest, ForwardModes) {
   of_flow_mp_s match = flow(OF_MATCH_IN_PORT);

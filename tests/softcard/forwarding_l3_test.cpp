@@ -52,6 +52,8 @@ TEST_F(L3ForwardingTest, RoutesToAHost) {
   out(2, "s c untagged ipv4 ttl=8");
   in(0, "a r vlan=20 ipv4 src=192.0.2.1 dst=198.51.100.1");  // not the router's address there
   EXPECT_EQ(drops(0, DropReason::not_member), 1u);
+  in(3, "a r vlan=10 vlan=5 ipv4 src=192.0.2.1 dst=198.51.100.1");  // another network's packet
+  out({0, 1}, "a r vlan=5 ipv4 ttl=64");
   unsigned char hop[6] = {};
   unsigned interface = 0;
   ok(sdk.get_l3_host_ip4(kC4, mp(2), hop, interface, false));
@@ -240,6 +242,7 @@ TEST_F(L3ForwardingTest, OutOfALagAndBackOutOfTheSamePort) {
 TEST_F(L3ForwardingTest, BurstsAreRoutedFrameByFrame) {
   ok(sdk.add_l3_host_ip4(mp(2), false, kC4, mac('c'), s));
   ok(route(3, 0xcb007100, 0xffffff00, 'd'));
+  ok(route(3, 0xcb007106, 0xffffffff, 'e'));
   const char* const kFrames[] = {kPing,  "a r ipv4 src=192.0.2.1 dst=203.0.113.5",
                                  "a b",  "a r ipv4 src=192.0.2.1 dst=192.0.0.1",
                                  kPing6, "a r ipv4 src=192.0.2.1 dst=203.0.113.6"};
@@ -252,7 +255,7 @@ TEST_F(L3ForwardingTest, BurstsAreRoutedFrameByFrame) {
   out(2, "s c ipv4 dst=198.51.100.1");
   out(3, "s d ipv4 dst=203.0.113.5");
   out({1, 3}, "a b");
-  out(3, "s d ipv4 dst=203.0.113.6");
+  out(3, "s e ipv4 dst=203.0.113.6");
   cpu(RX_REASON_NO_ROUTE, kFrames[3]);
   cpu(RX_REASON_NO_ROUTE, kPing6);
 }

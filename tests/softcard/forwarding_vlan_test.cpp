@@ -47,6 +47,8 @@ TEST_F(VlanTest, KnownUnicastCrossesTheTrunkOnly) {
   skip({0, 1});
   in(0, "a c vlan=0 prio=5");  // a priority tag: untagged, and the priority stays
   out(2, "a c vlan=10 prio=5");
+  in(0, "a c vlan=10 prio=1 dei=1");
+  out(2, "a c vlan=10 prio=1 dei=1");
   in(3, "d c");  // c is unknown in VLAN 20
   out(2, "d c vlan=20");
 }

@@ -129,7 +129,7 @@ class Setup {
   std::size_t any_station() { return random() % kStations; }
 
   Card card;
-  std::mt19937_64 random{1};
+  std::mt19937 random{1};
   std::array<std::vector<FrameBytes>, 8> frames;
   std::vector<DrainCable*> cables;
 

@@ -57,8 +57,7 @@ class VornSdkBase {
   // 5. Not called by the library.
   virtual bool reserved_5() { return false; }
   // 6. Appends the members of each kind to the lists, which are empty.
-  virtual bool get_vlan_info(unsigned int vlan, std::list<Mp>& tagged,
-                             std::list<Mp>& untagged) = 0;
+  virtual bool get_vlan_info(unsigned int vlan, std::list<Mp>& tagged, std::list<Mp>& untagged) = 0;
 
   // ---- Multiple spanning tree ---------------------------------------------------------------
 
@@ -135,8 +134,7 @@ class VornSdkBase {
   // 37.
   virtual bool get_port_stat_enabled(const Mp& mp, bool& on) = 0;
   // 38. One counter, 64 bits.
-  virtual bool get_port_stat_counter(const Mp& mp, stat_type_t type,
-                                     unsigned long long& value) = 0;
+  virtual bool get_port_stat_counter(const Mp& mp, stat_type_t type, unsigned long long& value) = 0;
   // 39. The low 32 bits of it.
   virtual bool get_port_stat_counter32(const Mp& mp, stat_type_t type, unsigned int& value) = 0;
   // 40. Appends every counter of the full set, in the order of stat_type_t, to what the
@@ -260,8 +258,7 @@ class VornSdkBase {
   //     sets it for all VLANs that have none of their own.
   virtual bool set_port_vlan_priority(const Mp& mp, unsigned int vlan, unsigned int priority) = 0;
   // 83.
-  virtual bool get_port_vlan_priority(const Mp& mp, unsigned int vlan,
-                                      unsigned int& priority) = 0;
+  virtual bool get_port_vlan_priority(const Mp& mp, unsigned int vlan, unsigned int& priority) = 0;
   // 84. Accepted frames: true all, false only tagged ones (VLAN 0 counts as untagged).
   virtual bool set_port_vlan_accept_frame(const Mp& mp, bool all) = 0;
   // 85.
@@ -288,8 +285,7 @@ class VornSdkBase {
   virtual bool delete_port_protocol_vlan_all(const Mp& mp) = 0;
   // 91. Puts untagged frames from an address into a VLAN with an 802.1p priority; vlan 0 deletes
   //     the rule. Where several rules fit: MAC before subnet before protocol before PVID.
-  virtual bool set_mac_vlan(const unsigned char* mac, unsigned int vlan,
-                            unsigned int priority) = 0;
+  virtual bool set_mac_vlan(const unsigned char* mac, unsigned int vlan, unsigned int priority) = 0;
   // 92. The same for untagged frames from an IPv4 subnet; the longest mask wins.
   virtual bool set_ipv4_subnet_vlan(unsigned int ip, unsigned int mask, unsigned int vlan,
                                     unsigned int priority) = 0;
@@ -327,8 +323,7 @@ class VornSdkBase {
   //      `to`; replaces what was set for the pair.
   virtual bool set_port_flood_blocking(const Mp& from, const Mp& to, flood_block_type_t type) = 0;
   // 102.
-  virtual bool get_port_flood_blocking(const Mp& from, const Mp& to,
-                                       flood_block_type_t& type) = 0;
+  virtual bool get_port_flood_blocking(const Mp& from, const Mp& to, flood_block_type_t& type) = 0;
   // 103. Keeps such floods from the CPU.
   virtual bool set_port_flood_blocking_cpu(const Mp& from, flood_block_type_t type) = 0;
   // 104.
@@ -339,8 +334,7 @@ class VornSdkBase {
   // 105. Egress queue, 0 to 7, of frames with an 802.1p priority, 0 to 7, that leave the port.
   virtual bool set_port_cos_mapping(const Mp& mp, unsigned int priority, unsigned int queue) = 0;
   // 106.
-  virtual bool get_port_cos_mapping(const Mp& mp, unsigned int priority,
-                                    unsigned int& queue) = 0;
+  virtual bool get_port_cos_mapping(const Mp& mp, unsigned int priority, unsigned int& queue) = 0;
 
   // ---- The switch as a whole ----------------------------------------------------------------
 
@@ -438,8 +432,7 @@ class VornSdkBase {
   virtual bool register_link_change_callback_c(void (*callback)(ctype_link_status_s*, usp_s*),
                                                void* user_data) = 0;
   // 140.
-  virtual bool register_rx_packet_callback(void (*callback)(RxPacket*, void*),
-                                           void* user_data) = 0;
+  virtual bool register_rx_packet_callback(void (*callback)(RxPacket*, void*), void* user_data) = 0;
   // 141.
   virtual bool register_rx_packet_callback_c(void (*callback)(ctype_rx_packet_s*, void*),
                                              void* user_data) = 0;
@@ -490,8 +483,8 @@ class VornSdkBase {
   virtual bool add_l3_host_ip6(Mp mp, bool trunk, const unsigned char* ip6,
                                const unsigned char* mac, unsigned int interface) = 0;
   // 160. Writes 6 bytes of address and the interface. The port comes by value, the flag last.
-  virtual bool get_l3_host_ip4(unsigned int ip, Mp mp, unsigned char* mac,
-                               unsigned int& interface, bool trunk) = 0;
+  virtual bool get_l3_host_ip4(unsigned int ip, Mp mp, unsigned char* mac, unsigned int& interface,
+                               bool trunk) = 0;
   // 161. The port comes by value, the flag last.
   virtual bool get_l3_host_ip6(const unsigned char* ip6, Mp mp, unsigned char* mac,
                                unsigned int& interface, bool trunk) = 0;
@@ -512,8 +505,7 @@ class VornSdkBase {
   // 167.
   virtual bool delete_l3_host_by_addr_ip4(unsigned int ip, const Mp& mp, bool trunk) = 0;
   // 168.
-  virtual bool delete_l3_host_by_addr_ip6(const unsigned char* ip6, const Mp& mp,
-                                          bool trunk) = 0;
+  virtual bool delete_l3_host_by_addr_ip6(const unsigned char* ip6, const Mp& mp, bool trunk) = 0;
   // 169. Deletes all hosts.
   virtual bool clear_l3_host_table() = 0;
   // 170, 171. Not called by the library.

@@ -39,10 +39,7 @@ typedef enum mstp_state_t VORN_ENUM_BASE {
 /* ---- Physical settings -------------------------------------------------------------------- */
 
 /* Link (PHY) state of a port. The library itself relies on 1 meaning up. */
-typedef enum phy_state_t VORN_ENUM_BASE {
-  PHY_STATE_DOWN = 0,
-  PHY_STATE_UP = 1
-} phy_state_t;
+typedef enum phy_state_t VORN_ENUM_BASE { PHY_STATE_DOWN = 0, PHY_STATE_UP = 1 } phy_state_t;
 
 /* Speed in Mbit/s: the value is the number. */
 typedef enum speed_type_t VORN_ENUM_BASE {
@@ -122,7 +119,7 @@ typedef enum lag_psc_t VORN_ENUM_BASE {
   LAG_PSC_SRC_MAC = 1,
   LAG_PSC_DST_MAC = 2,
   LAG_PSC_SRC_DST_MAC = 3,
-  LAG_PSC_SRC_IP = 4,     /* the addresses of frames that are not IP count as in ..._MAC */
+  LAG_PSC_SRC_IP = 4, /* the addresses of frames that are not IP count as in ..._MAC */
   LAG_PSC_DST_IP = 5,
   LAG_PSC_SRC_DST_IP = 6,
   LAG_PSC_SRC_DST_IP_PORT = 7 /* and the TCP or UDP ports */
@@ -183,7 +180,7 @@ enum {
 
 /* Why a packet was handed to the CPU. */
 enum {
-  RX_REASON_RESERVED = 1,        /* a reserved group address: BPDU, LACP, LLDP and the like */
+  RX_REASON_RESERVED = 1, /* a reserved group address: BPDU, LACP, LLDP and the like */
   RX_REASON_ARP_FILTER = 2,
   RX_REASON_IP_PROTOCOL_FILTER = 3,
   RX_REASON_L4_PORT_FILTER = 4,
@@ -213,8 +210,8 @@ typedef enum stat_type_t VORN_ENUM_BASE {
   STAT_OUT_UNICAST_PACKETS = 7,
   STAT_OUT_MULTICAST_PACKETS = 8,
   STAT_OUT_BROADCAST_PACKETS = 9,
-  STAT_OUT_DISCARDS = 10, /* frames meant for this port that it may not send */
-  STAT_OUT_ERRORS = 11,   /* frames that the cable refused */
+  STAT_OUT_DISCARDS = 10,  /* frames meant for this port that it may not send */
+  STAT_OUT_ERRORS = 11,    /* frames that the cable refused */
   STAT_IN_PACKETS_64 = 12, /* by frame size in octets, checksum counted */
   STAT_IN_PACKETS_65_127 = 13,
   STAT_IN_PACKETS_128_255 = 14,

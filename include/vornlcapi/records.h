@@ -49,12 +49,12 @@ enum {
 /* A flow-table entry. 60 bytes; the 48 bytes behind `in_port` are the match block. Fields whose
  * OF_MATCH_... bit is clear in `flags` are not looked at. */
 typedef struct ctype_of_flow_s {
-  usp_s in_port;              /* ingress port */
-  unsigned char src_mac[6];   /* Ethernet source address */
-  unsigned char dst_mac[6];   /* Ethernet destination address */
-  unsigned short vlan_id;     /* the frame's VLAN, 1 to 4094 */
+  usp_s in_port;                /* ingress port */
+  unsigned char src_mac[6];     /* Ethernet source address */
+  unsigned char dst_mac[6];     /* Ethernet destination address */
+  unsigned short vlan_id;       /* the frame's VLAN, 1 to 4094 */
   unsigned short vlan_priority; /* 802.1p priority, 0 to 7 */
-  unsigned short ether_type;  /* behind any VLAN tags; below 1536 for 802.3 frames */
+  unsigned short ether_type;    /* behind any VLAN tags; below 1536 for 802.3 frames */
   /* two bytes of alignment, never read */
   unsigned int src_ip;        /* IPv4 source, or the sender address of an ARP packet */
   unsigned int dst_ip;        /* IPv4 destination, or the target address of an ARP packet */

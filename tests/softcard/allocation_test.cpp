@@ -1,0 +1,107 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The way of a frame allocates nothing: counted in a program of its own, whose operator new counts.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <new>
+
+#include "softcard/card.h"
+#include "softcard/frame_text.h"
+
+namespace {
+std::size_t allocations = 0;
+
+void* counted(std::size_t bytes, std::size_t alignment) {
+  ++allocations;
+  void* block = std::aligned_alloc(alignment, (bytes + alignment - 1) / alignment * alignment);
+  if (block == nullptr) throw std::bad_alloc();
+  return block;
+}
+}  // namespace
+
+void* operator new(std::size_t bytes) { return counted(bytes, 16); }
+void* operator new(std::size_t bytes, std::align_val_t alignment) {
+  return counted(bytes, static_cast<std::size_t>(alignment));
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+void operator delete(void* block, std::align_val_t) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t, std::align_val_t) noexcept { std::free(block); }
+
+namespace softcard {
+namespace {
+
+// Takes frames and gives them back to the pool.
+class DrainCable : public Cable {
+ public:
+  void plug(CableSink&, PortIndex) override {}
+  std::size_t transmit(FramePtr* frames, std::size_t count) override {
+    for (std::size_t i = 0; i < count; ++i) frames[i].reset();
+    sent += count;
+    return count;
+  }
+  bool carrier() const override { return true; }
+  std::string describe() const override { return "drain"; }
+
+  std::size_t sent = 0;
+};
+
+TEST(Allocation, NoneOnTheWayOfAFrame) {
+  CardDescription description;
+  description.ports.resize(4);
+  Card card(description, std::make_shared<VirtualClock>());
+  DrainCable* drains[4];
+  for (const PortIndex port : card.ports().all()) {
+    auto drain = std::make_unique<DrainCable>();
+    drains[port] = drain.get();
+    card.plug(port, std::move(drain));
+  }
+  std::uint32_t interface = 0, flow = 0;
+  card.l3().interfaces.create(MacAddress::from_number(0x00005e005301), 1, interface);
+  card.l3().ipv4_routes.add(0xc6336400, 24,
+                            {Destination::port(2), MacAddress::from_number(2), interface});
+  FlowMatch match;
+  match.fields = kFlowEtherType;
+  match.ether_type = 0x88b6;
+  card.flows().add(match, flow);
+  card.flows().add_action(flow, {OF_ACTION_SET_VLAN_ID, {7, 0, 0}, {}});
+  card.flows().add_action(
+      flow, {OF_ACTION_OUTPUT, {OF_PORT_FIRST_PHYSICAL + 3, 0, 0}, Destination::port(3)});
+  card.mirrors().set(3, 1, MIRROR_TYPE_INGRESS);
+
+  const char* const kFrames[] = {
+      "eth src=00:00:5e:00:53:0a dst=00:00:5e:00:53:0b",  // unknown, later known
+      "eth src=00:00:5e:00:53:0b dst=ff:ff:ff:ff:ff:ff vlan=1",
+      "eth src=00:00:5e:00:53:0b dst=00:00:5e:00:53:01 ipv4 src=192.0.2.1 dst=198.51.100.7 udp "
+      "sport=1 dport=2",
+      "eth src=00:00:5e:00:53:0b dst=00:00:5e:00:53:0a type=0x88b6",
+      "eth src=00:00:5e:00:53:0b dst=00:00:5e:00:53:0a vlan=9",  // dropped
+  };
+  std::vector<std::vector<std::uint8_t>> frames(std::size(kFrames));
+  std::string error;
+  for (std::size_t i = 0; i < frames.size(); ++i) {
+    ASSERT_TRUE(parse_frame(kFrames[i], frames[i], error)) << error;
+  }
+  const auto round = [&] {
+    for (const auto& bytes : frames) {
+      for (const PortIndex port : {PortIndex{0}, PortIndex{1}}) {
+        std::array<FramePtr, 40> burst;
+        for (FramePtr& frame : burst) frame = card.frame_pool().make(bytes.data(), bytes.size());
+        card.frames_arrived(port, burst.data(), burst.size());
+      }
+    }
+  };
+  round();  // the pool makes its frames
+  std::size_t sent = 0;
+  for (DrainCable* drain : drains) sent -= drain->sent;
+  const std::size_t before = allocations;
+  for (int i = 0; i < 20; ++i) round();
+  EXPECT_TRUE(before > 0 && allocations == before) << allocations - before;
+  for (DrainCable* drain : drains) sent += drain->sent;
+  EXPECT_GT(sent, 20u * 40 * 10);
+}
+
+}  // namespace
+}  // namespace softcard

@@ -358,6 +358,10 @@ bool fail(std::string& error, std::size_t column, const std::string& message) {
   return false;
 }
 
+std::string quoted(const std::string& word, const std::string& problem) {
+  return "'" + word + "' " + problem;
+}
+
 // Splits `text` into headers with settled values. The word untagged in eth becomes its field.
 bool read_headers(const std::string& text, HeaderRowList& headers, std::string& error) {
   std::size_t eth = 0;
@@ -376,7 +380,7 @@ bool read_headers(const std::string& text, HeaderRowList& headers, std::string& 
         continue;
       }
       if (word != "eth" && find_header(word) == nullptr) {
-        return fail(error, column, "'" + word + "' is neither a header nor key=value");
+        return fail(error, column, quoted(word, "is neither a header nor key=value"));
       }
       if ((word == "eth") != headers.empty()) {
         return fail(error, column, "a frame begins with eth, and has it once");
@@ -398,12 +402,12 @@ bool read_headers(const std::string& text, HeaderRowList& headers, std::string& 
     }
     const FieldRow* row = find_field(header->name, key);
     if (row == nullptr) {
-      return fail(error, column, "'" + key + "' is no field of " + header->name);
+      return fail(error, column, quoted(key, "is no field of " + header->name));
     }
-    if (header->given(key)) return fail(error, column, "'" + key + "' is there twice");
+    if (header->given(key)) return fail(error, column, quoted(key, "is there twice"));
     std::string wanted;
     if (!settle(*row, value, wanted)) {
-      return fail(error, column + equals + 1, "'" + value + "' is not " + wanted);
+      return fail(error, column + equals + 1, quoted(value, "is not " + wanted));
     }
     header->fields.emplace_back(key, value);
   }

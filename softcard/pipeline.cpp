@@ -741,7 +741,8 @@ void Pipeline::route(Passage& passage) {
     reason = RX_REASON_ROUTER;
   } else if (headers.l3 == Layer3::ipv4 &&
              fold(sum_words(passage.frame->data() + headers.l3_offset,
-                            (passage.frame->data()[headers.l3_offset] & 0xFu) * 4u)) != 0xFFFF) {
+                            (passage.frame->data()[headers.l3_offset] & 0xFu) * std::size_t{4})) !=
+                 0xFFFF) {
     drop(passage, DropReason::bad_ip);
     return;
   } else if (headers.options) {
@@ -1189,18 +1190,18 @@ bool Pipeline::send_by_port(const std::vector<PortIndex>& tagged,
   if (!read_cpu_frame(data, bytes, type, passage)) return false;
   bool sent = false;
   const auto send_copy = [&](PortIndex egress, Tagging tagging) {
-    passage.vlan = passage.headers.tag_vlan() != 0 ? passage.headers.tag_vlan()
-                                                   : card_.port_vlans().pvid(egress);
+    const std::uint16_t own = passage.headers.tag_vlan();
+    passage.vlan = own != 0 ? own : card_.port_vlans().pvid(egress);
     DropReason reason = DropReason::no_buffer;
-    if (refused(passage, egress, tagging, reason)) {
+    FramePtr copy;
+    if (!refused(passage, egress, tagging, reason)) copy = card_.frame_pool().copy(*passage.frame);
+    if (copy == nullptr) {
       refuse(egress, reason);
-    } else if (FramePtr copy = card_.frame_pool().copy(*passage.frame)) {
-      copy->vlan = passage.vlan;
-      copy->priority = passage.priority;
-      sent |= emit(passage, std::move(copy), egress, tagging);
-    } else {
-      refuse(egress, reason);
+      return;
     }
+    copy->vlan = passage.vlan;
+    copy->priority = passage.priority;
+    sent |= emit(passage, std::move(copy), egress, tagging);
   };
   for (const PortIndex egress : tagged) send_copy(egress, Tagging::tagged);
   for (const PortIndex egress : untagged) send_copy(egress, Tagging::untagged);

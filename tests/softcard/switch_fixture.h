@@ -86,7 +86,7 @@ class SwitchTest : public ::testing::Test {
     std::size_t at = 0;
     const auto next = [&] {
       const std::size_t end = std::min(words.find(' ', at), words.size());
-      const std::string word = words.substr(at, end - at);
+      std::string word = words.substr(at, end - at);
       at = std::min(end + 1, words.size());
       if (word == "all") return std::string("ff:ff:ff:ff:ff:ff");
       if (word.size() != 1) return word;

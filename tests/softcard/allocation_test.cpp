@@ -19,16 +19,19 @@ void* counted(std::size_t bytes, std::size_t alignment) {
   if (block == nullptr) throw std::bad_alloc();
   return block;
 }
+
+// Not inlined: the compiler would take malloc's and new's blocks for confused.
+[[gnu::noinline]] void release(void* block) { std::free(block); }
 }  // namespace
 
 void* operator new(std::size_t bytes) { return counted(bytes, 16); }
 void* operator new(std::size_t bytes, std::align_val_t alignment) {
   return counted(bytes, static_cast<std::size_t>(alignment));
 }
-void operator delete(void* block) noexcept { std::free(block); }
-void operator delete(void* block, std::size_t) noexcept { std::free(block); }
-void operator delete(void* block, std::align_val_t) noexcept { std::free(block); }
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept { std::free(block); }
+void operator delete(void* block) noexcept { release(block); }
+void operator delete(void* block, std::size_t) noexcept { release(block); }
+void operator delete(void* block, std::align_val_t) noexcept { release(block); }
+void operator delete(void* block, std::size_t, std::align_val_t) noexcept { release(block); }
 
 namespace softcard {
 namespace {

@@ -76,7 +76,10 @@ using FrameBytes = std::array<std::uint8_t, kFrameBytes>;
 std::uint64_t station_mac(std::size_t number) { return 0x020000000000 + number; }
 PortIndex station_port(std::size_t number) { return static_cast<PortIndex>(number % 8); }
 
-// A card with a drain at each port, and frames to send into ports 0 to 7.
+// The n-th of many subnets of 24 bits, spread over the address space.
+Ipv4 subnet(std::size_t number) { return static_cast<Ipv4>(0x0B000000u + number * 83 * 256); }
+
+// A card with a drain at each port, its tables filled, and frames to send into ports 0 to 7.
 class Setup {
  public:
   Setup() : card(description(), std::make_shared<RealClock>()) {
@@ -88,6 +91,13 @@ class Setup {
     for (std::size_t i = 0; i < kStations; ++i) {
       card.fdb().learn(kVlan, MacAddress::from_number(station_mac(i)),
                        Destination::port(station_port(i)), card.now_seconds());
+    }
+    std::uint32_t interface = 0;
+    card.l3().interfaces.create(MacAddress::from_number(kRouterMac), kVlan, interface);
+    for (std::size_t i = 0; i < kRoutes; ++i) {
+      const NextHop hop{Destination::port(static_cast<PortIndex>(i % 8)),
+                        MacAddress::from_number(station_mac(i % 64)), interface};
+      card.l3().ipv4_routes.add(subnet(i), 24, hop);
     }
   }
 
@@ -171,17 +181,7 @@ void put_ipv4(FrameBytes& frame, Ipv4 source, Ipv4 destination) {
   store16(&frame[24], checksum(&frame[14], 20));
 }
 
-// The n-th of many subnets of 24 bits, spread over the address space.
-Ipv4 subnet(std::size_t number) { return static_cast<Ipv4>(0x0B000000u + number * 83 * 256); }
-
 void routed(Setup& setup) {
-  std::uint32_t interface = 0;
-  setup.card.l3().interfaces.create(MacAddress::from_number(kRouterMac), kVlan, interface);
-  for (std::size_t i = 0; i < kRoutes; ++i) {
-    const NextHop hop{Destination::port(static_cast<PortIndex>(i % 8)),
-                      MacAddress::from_number(station_mac(i % 64)), interface};
-    setup.card.l3().ipv4_routes.add(subnet(i), 24, hop);
-  }
   setup.prepare([&](FrameBytes& frame, std::size_t) {
     const Ipv4 destination =
         subnet(setup.random() % kRoutes) + static_cast<Ipv4>(1 + setup.random() % 200);

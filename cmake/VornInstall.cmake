@@ -57,6 +57,8 @@ foreach(file vornlcapi vornlcapi-softcard)
 endforeach()
 
 if(TARGET vornsh)
+  # Finds the library beside itself, wherever the two were installed.
+  set_target_properties(vornsh PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS vornsh RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
 

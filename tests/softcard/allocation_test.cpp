@@ -77,8 +77,8 @@ TEST(Allocation, NoneOnTheWayOfAFrame) {
   const char* const kFrames[] = {
       "eth src=00:00:5e:00:53:0a dst=00:00:5e:00:53:0b",  // unknown, later known
       "eth src=00:00:5e:00:53:0b dst=ff:ff:ff:ff:ff:ff vlan=1",
-      "eth src=00:00:5e:00:53:0b dst=00:00:5e:00:53:01 ipv4 src=192.0.2.1 dst=198.51.100.7 udp "
-      "sport=1 dport=2",
+      ("eth src=00:00:5e:00:53:0b dst=00:00:5e:00:53:01 ipv4 src=192.0.2.1 dst=198.51.100.7 udp "
+       "sport=1 dport=2"),
       "eth src=00:00:5e:00:53:0b dst=00:00:5e:00:53:0a type=0x88b6",
       "eth src=00:00:5e:00:53:0b dst=00:00:5e:00:53:0a vlan=9",  // dropped
   };

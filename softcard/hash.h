@@ -26,6 +26,13 @@ constexpr unsigned count_bits(std::uint64_t bits) {
   return static_cast<unsigned>(bits * 0x0101010101010101u >> 56);
 }
 
+constexpr unsigned count_bits(std::uint32_t bits) {
+  bits -= bits >> 1 & 0x55555555u;
+  bits = (bits & 0x33333333u) + (bits >> 2 & 0x33333333u);
+  bits = (bits + (bits >> 4)) & 0x0F0F0F0Fu;
+  return bits * 0x01010101u >> 24;
+}
+
 // The smallest n with 2^n >= value; value is at least 1.
 constexpr unsigned ceil_log2(std::uint64_t value) {
   return value <= 1 ? 0 : 64 - static_cast<unsigned>(__builtin_clzll(value - 1));

@@ -56,6 +56,18 @@ stat_type_t counter_of(DropReason reason) {
   }
 }
 
+// The address that an IP frame goes to.
+template <class Address>
+Address destination_ip(const Frame& frame, const Headers& headers);
+template <>
+Ipv4 destination_ip(const Frame&, const Headers& headers) {
+  return headers.ipv4_destination;
+}
+template <>
+Ipv6Address destination_ip(const Frame& frame, const Headers& headers) {
+  return Ipv6Address::from_bytes(frame.data() + headers.l3_offset + 24);
+}
+
 // A frame's bytes that count against an MTU: those of its longest piece, without the outermost tag.
 std::size_t mtu_bytes(const Frame& frame, bool tagged) {
   const std::size_t bytes =
@@ -289,22 +301,35 @@ bool Pipeline::classify(Passage& passage) {
   } else if (headers.l3 == Layer3::ipv4) {
     card_.l3().ipv4_hosts.prefetch(headers.ipv4_destination);
     card_.l3().ipv4_routes.prefetch(headers.ipv4_destination);
+  } else if (headers.l3 == Layer3::ipv6) {
+    const auto address = destination_ip<Ipv6Address>(*passage.frame, headers);
+    card_.l3().ipv6_hosts.prefetch(address);
+    card_.l3().ipv6_routes.prefetch(address);
   }
   return true;
 }
 
 // Finds the next hops of the first `count` passages that are addressed to a router, all together.
 void Pipeline::find_next_hops(std::size_t count) {
-  static_assert(kBurst <= L3RouteTable<Ipv4>::kBatch, "a burst is looked up at once");
+  const L3Table& l3 = card_.l3();
+  find_next_hops(count, Layer3::ipv4, l3.ipv4_hosts, l3.ipv4_routes);
+  find_next_hops(count, Layer3::ipv6, l3.ipv6_hosts, l3.ipv6_routes);
+}
+
+template <class Address>
+void Pipeline::find_next_hops(std::size_t count, Layer3 protocol,
+                              const L3HostTable<Address>& all_hosts,
+                              const L3RouteTable<Address>& all_routes) {
+  static_assert(kBurst <= L3RouteTable<Address>::kBatch, "a burst is looked up at once");
   std::array<Passage*, kBurst> routed;
-  std::array<Ipv4, kBurst> addresses;
-  std::array<const L3Route<Ipv4>*, kBurst> routes;
+  std::array<Address, kBurst> addresses;
+  std::array<const L3Route<Address>*, kBurst> routes;
   std::size_t missing = 0;
   for (std::size_t i = 0; i < count; ++i) {
     Passage& passage = passages_[i];
-    if (passage.router == nullptr || passage.headers.l3 != Layer3::ipv4) continue;
-    const Ipv4 address = passage.headers.ipv4_destination;
-    if (const auto* host = card_.l3().ipv4_hosts.find(address)) {
+    if (passage.router == nullptr || passage.headers.l3 != protocol) continue;
+    const auto address = destination_ip<Address>(*passage.frame, passage.headers);
+    if (const auto* host = all_hosts.find(address)) {
       passage.next_hop = &host->next_hop;
       continue;
     }
@@ -312,7 +337,7 @@ void Pipeline::find_next_hops(std::size_t count) {
     addresses[missing++] = address;
   }
   if (missing == 0) return;
-  card_.l3().ipv4_routes.lookup_batch(addresses.data(), missing, routes.data());
+  all_routes.lookup_batch(addresses.data(), missing, routes.data());
   for (std::size_t i = 0; i < missing; ++i) {
     if (routes[i] != nullptr) routed[i]->next_hop = &routes[i]->next_hop;
   }
@@ -797,18 +822,17 @@ void Pipeline::route(Passage& passage) {
 
 // The host of the destination address, else the route; null when there is neither.
 const NextHop* Pipeline::next_hop_of(const Passage& passage) const {
-  const L3Table& l3 = card_.l3();
-  if (passage.headers.l3 == Layer3::ipv4) {
-    const Ipv4 ip = passage.headers.ipv4_destination;
-    if (const auto* host = l3.ipv4_hosts.find(ip)) return &host->next_hop;
-    if (const auto* route = l3.ipv4_routes.lookup(ip)) return &route->next_hop;
+  const auto find = [](const auto& ip, const auto& hosts, const auto& routes) -> const NextHop* {
+    if (const auto* host = hosts.find(ip)) return &host->next_hop;
+    if (const auto* route = routes.lookup(ip)) return &route->next_hop;
     return nullptr;
-  }
-  const Ipv6Address ip =
-      Ipv6Address::from_bytes(passage.frame->data() + passage.headers.l3_offset + 24);
-  if (const auto* host = l3.ipv6_hosts.find(ip)) return &host->next_hop;
-  if (const auto* route = l3.ipv6_routes.lookup(ip)) return &route->next_hop;
-  return nullptr;
+  };
+  const L3Table& l3 = card_.l3();
+  const Frame& frame = *passage.frame;
+  return passage.headers.l3 == Layer3::ipv4
+             ? find(destination_ip<Ipv4>(frame, passage.headers), l3.ipv4_hosts, l3.ipv4_routes)
+             : find(destination_ip<Ipv6Address>(frame, passage.headers), l3.ipv6_hosts,
+                    l3.ipv6_routes);
 }
 
 void Pipeline::bridge(Passage& passage) {

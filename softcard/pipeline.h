@@ -152,6 +152,9 @@ class Pipeline {
   PortSet own_ports(const Passage& passage) const;
   const L3Interface* router_of(const Passage& passage) const;
   void find_next_hops(std::size_t count);
+  template <class Address>
+  void find_next_hops(std::size_t count, Layer3 protocol, const L3HostTable<Address>& all_hosts,
+                      const L3RouteTable<Address>& all_routes);
   const NextHop* next_hop_of(const Passage& passage) const;
 
   // Drops a whole frame on its way in or to its destination, or one copy on its way out.

@@ -6,6 +6,7 @@
 #define SOFTCARD_POOL_H_
 
 #include <array>
+#include <bitset>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -33,14 +34,14 @@ class Pool {
       position = free_.back();
       free_.pop_back();
     }
-    blocks_[position / kBlock]->used[position % kBlock] = true;
+    blocks_[position / kBlock]->used.set(position % kBlock);
     return position;
   }
 
   // Takes the value at `position` back; it must be in use.
   void give(std::uint32_t position) {
     (*this)[position] = Value();
-    blocks_[position / kBlock]->used[position % kBlock] = false;
+    blocks_[position / kBlock]->used.reset(position % kBlock);
     free_.push_back(position);
   }
 
@@ -61,7 +62,7 @@ class Pool {
 
   struct Block {
     std::array<Value, kBlock> values{};
-    std::array<bool, kBlock> used{};
+    std::bitset<kBlock> used;
   };
 
   std::vector<std::unique_ptr<Block>> blocks_;

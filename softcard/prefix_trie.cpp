@@ -11,54 +11,49 @@ namespace softcard {
 template <class Value>
 void RunPool<Value>::insert(std::uint32_t& run, unsigned count, unsigned at, Value value) {
   if (count == 0) {
-    run = allocate(0);
-  } else if (ceil_log2(count + 1) != ceil_log2(count)) {
-    resize_run(run, count, ceil_log2(count), ceil_log2(count + 1));
+    run = take(0);
+  } else if (count == 1u << room_log2_[run]) {
+    const std::uint32_t old = run;
+    run = take(room_log2_[old] + 1u);
+    std::copy_n(&values_[old], count, &values_[run]);
+    give(old);
   }
-  Value* first = &values_[run];
+  Value* const first = &values_[run];
   std::move_backward(first + at, first + count, first + count + 1);
   first[at] = value;
 }
 
 template <class Value>
-void RunPool<Value>::erase(std::uint32_t& run, unsigned count, unsigned at) {
-  Value* first = &values_[run];
+void RunPool<Value>::erase(std::uint32_t run, unsigned count, unsigned at) {
+  Value* const first = &values_[run];
   std::move(first + at + 1, first + count, first + at);
-  if (count == 1) {
-    free_[0].push_back(run);
-  } else if (ceil_log2(count - 1) != ceil_log2(count)) {
-    resize_run(run, count - 1, ceil_log2(count), ceil_log2(count - 1));
-  }
+  if (count == 1) give(run);
 }
 
 template <class Value>
 void RunPool<Value>::clear() {
-  std::vector<Value>().swap(values_);
-  for (std::vector<std::uint32_t>& list : free_) std::vector<std::uint32_t>().swap(list);
+  *this = RunPool();
 }
 
-// Returns room for 2^size_class values.
+// Returns room for 2^room_log2 values.
 template <class Value>
-std::uint32_t RunPool<Value>::allocate(unsigned size_class) {
-  std::vector<std::uint32_t>& list = free_[size_class];
+std::uint32_t RunPool<Value>::take(unsigned room_log2) {
+  std::vector<std::uint32_t>& list = free_[room_log2];
   if (!list.empty()) {
     const std::uint32_t run = list.back();
     list.pop_back();
     return run;
   }
   const std::size_t run = values_.size();
-  values_.resize(run + (std::size_t{1} << size_class));
+  values_.resize(run + (std::size_t{1} << room_log2));
+  room_log2_.resize(values_.size());
+  room_log2_[run] = static_cast<std::uint8_t>(room_log2);
   return static_cast<std::uint32_t>(run);
 }
 
-// Moves a run of `count` values to room of another size.
 template <class Value>
-void RunPool<Value>::resize_run(std::uint32_t& run, unsigned count, unsigned old_class,
-                                unsigned new_class) {
-  const std::uint32_t to = allocate(new_class);
-  std::copy_n(&values_[run], count, &values_[to]);
-  free_[old_class].push_back(run);
-  run = to;
+void RunPool<Value>::give(std::uint32_t run) {
+  free_[room_log2_[run]].push_back(run);
 }
 
 // ---- Lookup ------------------------------------------------------------------------------------
@@ -90,7 +85,9 @@ void PrefixTrie<Address>::lookup_batch(const Address* ips, std::size_t count,
       }
     }
   }
-  for (std::size_t i = 0; i < count; ++i) values[i] = value_of(walks[i]);
+  for (std::size_t i = 0; i < count; ++i) {
+    values[i] = value_of(AddressBits<Address>(ips[i]), walks[i]);
+  }
 }
 
 template <class Address>
@@ -98,7 +95,7 @@ std::uint32_t PrefixTrie<Address>::get(const Address& prefix, unsigned length) c
   if (roots_.empty()) return kNone;
   const AddressBits<Address> bits(prefix);
   if (length < kRootBits) return short_values_[heap_position(bits, length)];
-  std::uint32_t current = roots_[bits.extract(0, kRootBits)].node;
+  std::uint32_t current = roots_[bits.extract(0, kRootBits)];
   unsigned offset = kRootBits;
   for (; current != kNone && length - offset >= kStride; offset += kStride) {
     const Node& node = nodes_[current];
@@ -118,7 +115,8 @@ std::uint32_t PrefixTrie<Address>::get(const Address& prefix, unsigned length) c
 template <class Address>
 void PrefixTrie<Address>::set(const Address& prefix, unsigned length, std::uint32_t value) {
   if (roots_.empty()) {
-    roots_.resize(kRoots);
+    roots_.assign(kRoots, kNone);
+    best_short_.assign(kRoots, kNone);
     short_values_.assign(kRoots, kNone);
   }
   const AddressBits<Address> bits(prefix);
@@ -126,9 +124,9 @@ void PrefixTrie<Address>::set(const Address& prefix, unsigned length, std::uint3
     set_short(heap_position(bits, length), value);
     return;
   }
-  Root& root = roots_[bits.extract(0, kRootBits)];
-  if (root.node == kNone) nodes_.insert(root.node, 0, 0, Node());
-  std::uint32_t current = root.node;
+  std::uint32_t& root = roots_[bits.extract(0, kRootBits)];
+  if (root == kNone) nodes_.insert(root, 0, 0, Node());
+  std::uint32_t current = root;
   unsigned offset = kRootBits;
   for (; length - offset >= kStride; offset += kStride) {
     const unsigned branch = bits.extract(offset, kStride);
@@ -136,7 +134,7 @@ void PrefixTrie<Address>::set(const Address& prefix, unsigned length, std::uint3
     const unsigned index = rank(node.children, branch);
     if ((node.children >> branch & 1) == 0) {
       nodes_.insert(node.children_run, count_bits(node.children), index, Node());
-      node.children |= std::uint64_t{1} << branch;
+      node.children |= std::uint32_t{1} << branch;
       nodes_[current] = node;
     }
     current = node.children_run + index;
@@ -149,7 +147,7 @@ void PrefixTrie<Address>::set_in(Node& node, unsigned bit, std::uint32_t value) 
   const unsigned index = rank(node.prefixes, bit);
   const unsigned count = count_bits(node.prefixes);
   const bool known = (node.prefixes >> bit & 1) != 0;
-  node.prefixes |= std::uint64_t{1} << bit;
+  node.prefixes |= std::uint32_t{1} << bit;
   if (count == 0 || (known && count == 1)) {
     node.values_run = value;
   } else if (known) {
@@ -164,7 +162,7 @@ template <class Address>
 void PrefixTrie<Address>::erase_in(Node& node, unsigned bit) {
   const unsigned count = count_bits(node.prefixes);
   if (count > 1) values_.erase(node.values_run, count, rank(node.prefixes, bit));
-  node.prefixes &= ~(std::uint64_t{1} << bit);
+  node.prefixes &= ~(std::uint32_t{1} << bit);
   if (count != 2) return;
   const std::uint32_t last = values_[node.values_run];
   values_.erase(node.values_run, 1, 0);
@@ -178,10 +176,10 @@ void PrefixTrie<Address>::erase(const Address& prefix, unsigned length) {
     set_short(heap_position(bits, length), kNone);
     return;
   }
-  Root& root = roots_[bits.extract(0, kRootBits)];
+  std::uint32_t& root = roots_[bits.extract(0, kRootBits)];
   std::array<std::uint32_t, kMaxDepth> way;  // the nodes passed before the one of the prefix
   unsigned depth = 0;
-  std::uint32_t current = root.node;
+  std::uint32_t current = root;
   unsigned offset = kRootBits;
   for (; length - offset >= kStride; offset += kStride) {
     const Node& node = nodes_[current];
@@ -193,8 +191,8 @@ void PrefixTrie<Address>::erase(const Address& prefix, unsigned length) {
   // Nodes that hold nothing any more go, from the last one up.
   while (nodes_[current].prefixes == 0 && nodes_[current].children == 0) {
     if (depth == 0) {
-      nodes_.erase(root.node, 1, 0);
-      root.node = kNone;
+      nodes_.erase(root, 1, 0);
+      root = kNone;
       return;
     }
     current = way[--depth];
@@ -202,14 +200,15 @@ void PrefixTrie<Address>::erase(const Address& prefix, unsigned length) {
     Node parent = nodes_[current];
     const unsigned branch = bits.extract(offset, kStride);
     nodes_.erase(parent.children_run, count_bits(parent.children), rank(parent.children, branch));
-    parent.children &= ~(std::uint64_t{1} << branch);
+    parent.children &= ~(std::uint32_t{1} << branch);
     nodes_[current] = parent;
   }
 }
 
 template <class Address>
 void PrefixTrie<Address>::clear() {
-  std::vector<Root>().swap(roots_);
+  std::vector<std::uint32_t>().swap(roots_);
+  std::vector<std::uint32_t>().swap(best_short_);
   std::vector<std::uint32_t>().swap(short_values_);
   nodes_.clear();
   values_.clear();
@@ -247,7 +246,7 @@ template <class Address>
 void PrefixTrie<Address>::paint(std::uint32_t heap, std::uint32_t value) {
   for (std::uint32_t half = 2 * heap; half <= 2 * heap + 1; ++half) {
     if (half >= kRoots) {
-      roots_[half - kRoots].value = value;
+      best_short_[half - kRoots] = value;
     } else if (short_values_[half] == kNone) {
       paint(half, value);
     }

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Longest prefix match for IPv4 and IPv6: a trie that takes 15 bits of the address with its first
-// step and six with each further one.  A node keeps two bitmaps, the prefixes that end in it and
-// the children it has, so it costs 24 bytes however many of its 64 branches are there, and adding
+// Longest prefix match for IPv4 and IPv6: a trie that takes 16 bits of the address with its first
+// step and five with each further one.  A node keeps two bitmaps, the prefixes that end in it and
+// the children it has, so it costs 16 bytes however many of its 32 branches are there, and adding
 // or removing a prefix touches one node, whatever longer prefixes lie below it.
 //
-// An IPv4 prefix of up to 26 bits takes two nodes, a longer one three.
+// An IPv4 prefix of up to 25 bits takes two nodes, one of up to 30 bits three.
 #ifndef SOFTCARD_PREFIX_TRIE_H_
 #define SOFTCARD_PREFIX_TRIE_H_
 
@@ -67,8 +67,9 @@ class AddressBits<Ipv6Address> {
   std::uint64_t low_ = 0;
 };
 
-// Runs of 1 to 64 values in one array, addressed by the position of the first.  Room for them is
-// handed out in powers of two and used again when it is given back.
+// Runs of 1 to 32 values in one array, addressed by the position of the first.  Room for them is
+// handed out in powers of two.  A run keeps its room, however few its values become, until it has
+// none; then the room is used again.
 template <class Value>
 class RunPool {
  public:
@@ -79,33 +80,34 @@ class RunPool {
   // values has no position.
   void insert(std::uint32_t& run, unsigned count, unsigned at, Value value);
 
-  // Removes the value at index `at` of the run of `count` values at `run`, which may move.
-  void erase(std::uint32_t& run, unsigned count, unsigned at);
+  // Removes the value at index `at` of the run of `count` values at `run`.
+  void erase(std::uint32_t run, unsigned count, unsigned at);
 
   // Forgets all runs and gives the memory back.
   void clear();
 
  private:
-  std::uint32_t allocate(unsigned size_class);
-  void resize_run(std::uint32_t& run, unsigned count, unsigned old_class, unsigned new_class);
+  std::uint32_t take(unsigned room_log2);
+  void give(std::uint32_t run);
 
   std::vector<Value> values_;
-  std::array<std::vector<std::uint32_t>, 7> free_;  // by log2 of the room
+  std::vector<std::uint8_t> room_log2_;             // of the run that starts at a position
+  std::array<std::vector<std::uint32_t>, 6> free_;  // by log2 of the room
 };
 
 namespace detail {
 
 // For each branch of a node the bits of Node::prefixes (below) that hold it.
-constexpr std::array<std::uint64_t, 64> make_prefixes_of_branch() {
-  std::array<std::uint64_t, 64> table{};
-  for (unsigned branch = 0; branch < 64; ++branch) {
-    for (unsigned length = 0; length < 6; ++length) {
-      table[branch] |= std::uint64_t{1} << ((1u << length) - 1 + (branch >> (6 - length)));
+constexpr std::array<std::uint32_t, 32> make_prefixes_of_branch() {
+  std::array<std::uint32_t, 32> table{};
+  for (unsigned branch = 0; branch < 32; ++branch) {
+    for (unsigned length = 0; length < 5; ++length) {
+      table[branch] |= std::uint32_t{1} << ((1u << length) - 1 + (branch >> (5 - length)));
     }
   }
   return table;
 }
-inline constexpr std::array<std::uint64_t, 64> kPrefixesOfBranch = make_prefixes_of_branch();
+inline constexpr std::array<std::uint32_t, 32> kPrefixesOfBranch = make_prefixes_of_branch();
 
 }  // namespace detail
 
@@ -130,7 +132,7 @@ class PrefixTrie {
     const AddressBits<Address> bits(ip);
     Walk walk(roots_[bits.extract(0, kRootBits)]);
     while (walk.node != kNone) step(bits, walk);
-    return value_of(walk);
+    return value_of(bits, walk);
   }
 
   // As lookup() for each of `count` addresses, at most kBatch, a step of all of them at a time.
@@ -149,50 +151,45 @@ class PrefixTrie {
   void clear();
 
  private:
-  static constexpr unsigned kRootBits = 15;
-  static constexpr unsigned kStride = 6;
+  static constexpr unsigned kRootBits = 16;
+  static constexpr unsigned kStride = 5;
   static constexpr std::size_t kRoots = std::size_t{1} << kRootBits;
   // The nodes on the way to a prefix of full length.
   static constexpr unsigned kMaxDepth = (kWidth - kRootBits) / kStride + 1;
 
-  // Bit (2^l - 1 + n) of `prefixes` stands for the prefix of l bits (0 to 5) with the value n; bit
-  // n of `children` for the branch of six bits with the value n.  Values and children are runs in
+  // Bit (2^l - 1 + n) of `prefixes` stands for the prefix of l bits (0 to 4) with the value n; bit
+  // n of `children` for the branch of five bits with the value n.  Values and children are runs in
   // the order of their bits; a single value stands where the position of its run would.
   struct Node {
-    std::uint64_t prefixes = 0;
-    std::uint64_t children = 0;
+    std::uint32_t prefixes = 0;
+    std::uint32_t children = 0;
     std::uint32_t values_run = 0;
     std::uint32_t children_run = 0;
-  };
-  struct Root {
-    std::uint32_t node = kNone;
-    std::uint32_t value = kNone;  // of the longest prefix shorter than kRootBits
   };
   // A lookup under way: the node to look at and the best prefix seen so far.
   struct Walk {
     Walk() = default;
-    explicit Walk(const Root& root) : node(root.node), root_value(root.value) {}
+    explicit Walk(std::uint32_t root) : node(root) {}
 
     std::uint32_t node = kNone;
     unsigned offset = kRootBits;
-    std::uint32_t root_value = kNone;
     std::uint32_t values_run = 0;
-    std::uint64_t prefixes = 0;  // of the node with the best prefix; 0: root_value is best
+    std::uint32_t prefixes = 0;  // of the node with the best prefix; 0: a short one is best
     unsigned best = 0;           // the bit of that prefix
   };
 
   // How many of the first `bit` bits are set: the index in a run of what stands for `bit`.
-  static unsigned rank(std::uint64_t bits, unsigned bit) {
-    return count_bits(bits & ((std::uint64_t{1} << bit) - 1));
+  static unsigned rank(std::uint32_t bits, unsigned bit) {
+    return count_bits(bits & ((std::uint32_t{1} << bit) - 1));
   }
 
   // Looks at the node of `walk` and leads on to its child, or to kNone.
   void step(const AddressBits<Address>& bits, Walk& walk) const {
     const Node& node = nodes_[walk.node];
     const unsigned branch = bits.extract(walk.offset, kStride);
-    const std::uint64_t holding = node.prefixes & detail::kPrefixesOfBranch[branch];
+    const std::uint32_t holding = node.prefixes & detail::kPrefixesOfBranch[branch];
     if (holding != 0) {  // the highest bit is the longest prefix
-      walk.best = 63 - static_cast<unsigned>(__builtin_clzll(holding));
+      walk.best = 31 - static_cast<unsigned>(__builtin_clz(holding));
       walk.prefixes = node.prefixes;
       walk.values_run = node.values_run;
     }
@@ -204,14 +201,14 @@ class PrefixTrie {
     walk.offset += kStride;
   }
 
-  static bool single(std::uint64_t prefixes) { return (prefixes & (prefixes - 1)) == 0; }
+  static bool single(std::uint32_t prefixes) { return (prefixes & (prefixes - 1)) == 0; }
 
   // The value of the prefix at `bit` of a node.
-  std::uint32_t value_at(std::uint64_t prefixes, std::uint32_t values_run, unsigned bit) const {
+  std::uint32_t value_at(std::uint32_t prefixes, std::uint32_t values_run, unsigned bit) const {
     return single(prefixes) ? values_run : values_[values_run + rank(prefixes, bit)];
   }
-  std::uint32_t value_of(const Walk& walk) const {
-    return walk.prefixes == 0 ? walk.root_value
+  std::uint32_t value_of(const AddressBits<Address>& bits, const Walk& walk) const {
+    return walk.prefixes == 0 ? best_short_[bits.extract(0, kRootBits)]
                               : value_at(walk.prefixes, walk.values_run, walk.best);
   }
 
@@ -222,8 +219,10 @@ class PrefixTrie {
   void set_short(std::uint32_t heap, std::uint32_t value);
   void paint(std::uint32_t heap, std::uint32_t value);
 
-  std::vector<Root> roots_;                  // empty until the first prefix comes
-  std::vector<std::uint32_t> short_values_;  // of prefixes below kRootBits, by 2^length + bits
+  // By the first kRootBits bits of the address; all three are empty until the first prefix comes.
+  std::vector<std::uint32_t> roots_;         // the node behind them
+  std::vector<std::uint32_t> best_short_;    // the value of the longest prefix shorter than them
+  std::vector<std::uint32_t> short_values_;  // of prefixes shorter than them, by 2^length + bits
   RunPool<Node> nodes_;
   RunPool<std::uint32_t> values_;
 };

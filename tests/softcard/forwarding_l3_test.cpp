@@ -243,9 +243,16 @@ TEST_F(L3ForwardingTest, BurstsAreRoutedFrameByFrame) {
   ok(sdk.add_l3_host_ip4(mp(2), false, kC4, mac('c'), s));
   ok(route(3, 0xcb007100, 0xffffff00, 'd'));
   ok(route(3, 0xcb007106, 0xffffffff, 'e'));
-  const char* const kFrames[] = {kPing,  "a r ipv4 src=192.0.2.1 dst=203.0.113.5",
-                                 "a b",  "a r ipv4 src=192.0.2.1 dst=192.0.0.1",
-                                 kPing6, "a r ipv4 src=192.0.2.1 dst=203.0.113.6"};
+  ok(sdk.add_l3_host_ip6(mp(2), false, kC6, mac('f'), s));
+  ok(sdk.add_l3_route_ip6(mp(3), false, kC6, kMask6, mac('g'), s));
+  const char* const kFrames[] = {kPing,
+                                 "a r ipv4 src=192.0.2.1 dst=203.0.113.5",
+                                 "a b",
+                                 "a r ipv4 src=192.0.2.1 dst=192.0.0.1",
+                                 kPing6,
+                                 "a r ipv4 src=192.0.2.1 dst=203.0.113.6",
+                                 "a r ipv6 src=2001:db8:1::1 dst=2001:db8:2::7",
+                                 "a r ipv6 src=2001:db8:1::1 dst=2001:db9::1"};
   std::vector<FramePtr> burst;
   for (const char* text : kFrames) {
     const auto frame = bytes_of(text);
@@ -255,9 +262,11 @@ TEST_F(L3ForwardingTest, BurstsAreRoutedFrameByFrame) {
   out(2, "s c ipv4 dst=198.51.100.1");
   out(3, "s d ipv4 dst=203.0.113.5");
   out({1, 3}, "a b");
+  out(2, "s f ipv6 dst=2001:db8:2::1");
   out(3, "s e ipv4 dst=203.0.113.6");
+  out(3, "s g ipv6 dst=2001:db8:2::7");
   cpu(RX_REASON_NO_ROUTE, kFrames[3]);
-  cpu(RX_REASON_NO_ROUTE, kPing6);
+  cpu(RX_REASON_NO_ROUTE, kFrames[7]);
 }
 
 }  // namespace

@@ -49,9 +49,11 @@ need_native_tools() {
   need cmake=cmake ninja-build=ninja g++=g++
 }
 
-# The packages that a preset's tests need beyond nothing at all.
+# The packages that a preset's tests need beyond nothing at all.  Tests of Linux cables make their
+# networks with ip.
 need_for_preset() {
   need_native_tools
+  need iproute2=ip
   case $1 in
     ppc)
       need g++-powerpc-linux-gnu=powerpc-linux-gnu-g++ qemu-user=qemu-ppc \

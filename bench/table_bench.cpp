@@ -9,7 +9,6 @@
 //
 //   table_bench [part of a row's name]
 
-#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <random>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The way of a frame allocates nothing: counted in a program of its own, whose operator new counts.
+// What allocates nothing: counted in a program of its own, whose operator new counts.
 
 #include <gtest/gtest.h>
 
@@ -104,6 +104,34 @@ TEST(Allocation, NoneOnTheWayOfAFrame) {
   EXPECT_TRUE(before > 0 && allocations == before) << allocations - before;
   for (DrainCable* drain : drains) sent += drain->sent;
   EXPECT_GT(sent, 20u * 40 * 10);
+}
+
+TEST(Allocation, NoneForRoutesAndHostsInTheRoomOfOthers) {
+  L3Table l3;
+  const auto round = [&] {
+    const NextHop hop{Destination::port(1), MacAddress::from_number(2), 3};
+    // Under few short prefixes, so that the nodes of the tries fill up.
+    const auto ip = [&](std::uint32_t i) { return 0x0A000000 | (i * 0x9E3779B1u >> 14); };
+    const auto ip6 = [&](std::uint32_t i) {
+      const std::uint32_t low = ip(i);
+      Ipv6Address address{{0x20, 0x01, 0x0D, 0xB8}};
+      for (unsigned b = 0; b < 4; ++b) address.bytes[4 + b] = low >> (24 - 8 * b) & 0xFF;
+      return address;
+    };
+    for (std::uint32_t i = 0; i < 1024; ++i) {
+      ASSERT_TRUE(succeeded(l3.ipv4_routes.add(ip(i), 18 + i % 15, hop)));
+      ASSERT_TRUE(succeeded(l3.ipv6_routes.add(ip6(i), 40 + i % 25, hop)));
+      ASSERT_TRUE(succeeded(l3.ipv4_hosts.add(ip(i), hop)));
+    }
+    l3.ipv4_routes.remove_by_interface(3);
+    l3.ipv6_routes.remove_by_interface(3);
+    l3.ipv4_hosts.remove_by_interface(3);
+    ASSERT_EQ(l3.ipv4_routes.size() + l3.ipv6_routes.size() + l3.ipv4_hosts.size(), 0u);
+  };
+  round();
+  const std::size_t before = allocations;
+  for (std::uint32_t i = 0; i < 40; ++i) round();
+  EXPECT_TRUE(before > 0 && allocations == before) << allocations - before;
 }
 
 }  // namespace

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Measures what frames and the clock do with the big tables of the software line card, on one core:
-// nanoseconds of processor time an operation.  What the rows show is said in rows.h; what a client
-// does with the same tables is measured by binding_bench.
+// Measures the FDB, the routes, the hosts and the flows of the software line card alone, on one
+// core: nanoseconds of processor time an operation.  What the rows show is said in rows.h.  What a
+// client does with the same tables, through the library, is measured by binding_bench.
 //
-// Addresses are looked up as the pipeline does it, all of a burst together, so that they wait for
-// memory together.
+// A lookup stands for itself in one row and, where the pipeline looks up a burst of frames at a
+// time so that they wait for memory together, in batches in another.
 //
 //   table_bench [part of a row's name]
 
+#include <algorithm>
 #include <cstdint>
 #include <memory>
 #include <random>
@@ -29,6 +30,25 @@ constexpr std::size_t kBatch = 32;
 
 // What lookups found goes here, so that they are not left out.
 volatile std::uint64_t sink;
+
+// Measures work(table, i) for each i below `entries` on tables that prepare(table, entries) made,
+// as many tables as make the time long enough to measure.
+template <class Make, class Prepare, class Work>
+Measure per_entry(Make make, Prepare prepare, Work work) {
+  return [=](std::size_t entries, std::size_t* operations) {
+    double nanoseconds = 0;
+    const std::size_t tables = std::max<std::size_t>(1, 20000 / entries);
+    for (std::size_t t = 0; t < tables; ++t) {
+      auto table = make();
+      prepare(*table, entries);
+      const Stopwatch watch;
+      for (std::size_t i = 0; i < entries; ++i) work(*table, i);
+      nanoseconds += watch.nanoseconds();
+    }
+    *operations = tables * entries;
+    return nanoseconds;
+  };
+}
 
 // Measures lookups in one table: query(i) is what asks for entry i, work(table, queries) looks up
 // kBatch of them and returns something that depends on all.
@@ -61,15 +81,7 @@ auto one_by_one(Lookup lookup) {
   };
 }
 
-// A work for batches() out of a lookup of one entry, which the table can start before.
-template <class Lookup>
-auto prefetched(Lookup lookup) {
-  const auto lookups = one_by_one(lookup);
-  return [=](const auto& table, const auto* queries) {
-    for (std::size_t i = 0; i < kBatch; ++i) table.prefetch(queries[i]);
-    return lookups(table, queries);
-  };
-}
+const auto kNothing = [](auto&, std::size_t) {};
 
 template <class Insert>
 auto filled_by(Insert insert) {
@@ -99,26 +111,25 @@ void add_fdb_rows(std::vector<Row>& rows) {
                 1);
   };
   const auto fill = filled_by(insert);
+  rows.push_back({"fdb learn", per_entry(make, kNothing, insert)});
   const auto key = [](std::size_t i) {
     return fdb_key(FdbData::vlan(i), data.macs[i].to_number());
   };
   const auto unknown_key = [](std::size_t i) { return fdb_key(100, data.macs[i].to_number()); };
-  const auto find = prefetched(
+  const auto find = one_by_one(
       [](const FdbTable& table, std::uint64_t k) { return table.find(k)->destination().number; });
-  const auto find_unknown = prefetched(
+  const auto find_unknown = one_by_one(
       [](const FdbTable& table, std::uint64_t k) { return table.find(k) == nullptr ? 1u : 0u; });
-  rows.push_back({"fdb learn", [=](std::size_t entries, std::size_t* operations) {
-                    double nanoseconds = 0;
-                    for (*operations = 0; *operations < 20000; *operations += entries) {
-                      auto table = make();
-                      const Stopwatch watch;
-                      fill(*table, entries);
-                      nanoseconds += watch.nanoseconds();
-                    }
-                    return nanoseconds;
-                  }});
+  const auto prefetch_and_find = [=](const FdbTable& table, const std::uint64_t* keys) {
+    for (std::size_t i = 0; i < kBatch; ++i) table.prefetch(keys[i]);
+    return find(table, keys);
+  };
   rows.push_back({"fdb lookup", batches(make, fill, key, find)});
+  rows.push_back({"fdb lookup, batches of 32", batches(make, fill, key, prefetch_and_find)});
   rows.push_back({"fdb lookup of an unknown MAC", batches(make, fill, unknown_key, find_unknown)});
+  rows.push_back({"fdb delete", per_entry(make, fill, [](FdbTable& table, std::size_t i) {
+                    table.remove(FdbData::vlan(i), data.macs[i]);
+                  })});
   rows.push_back(
       {"fdb flush by port, each entry", [=](std::size_t entries, std::size_t* operations) {
          auto table = make();
@@ -186,31 +197,41 @@ unsigned RouteData<Ipv6Address>::length(unsigned percent) {
 }
 
 template <class Address>
-void add_route_rows(std::vector<Row>& rows, const char* route_lookup, const char* host_lookup) {
+void add_route_rows(std::vector<Row>& rows, const char* const (&names)[6]) {
   static const RouteData<Address> data;
-  const auto address = [](std::size_t i) { return data.prefixes[i]; };
-
-  using Routes = L3RouteTable<Address>;
-  const auto make_routes = [] { return std::make_unique<Routes>(131072); };
-  const auto fill_routes = filled_by([](Routes& table, std::size_t i) {
+  using Table = L3RouteTable<Address>;
+  const auto make = [] { return std::make_unique<Table>(131072); };
+  const auto insert = [](Table& table, std::size_t i) {
     table.add(data.prefixes[i], data.lengths[i], data.hops[i]);
+  };
+  const auto fill = filled_by(insert);
+  rows.push_back({names[0], per_entry(make, kNothing, insert)});
+  const auto address = [](std::size_t i) { return data.prefixes[i]; };
+  const auto lookup = one_by_one([](const Table& table, const Address& ip) {
+    return table.lookup(ip)->next_hop.interface_id;
   });
-  const auto find_route = [](const Routes& table, const Address* ips) {
+  const auto lookup_batch = [](const Table& table, const Address* ips) {
     const L3Route<Address>* routes[kBatch];
     table.lookup_batch(ips, kBatch, routes);
     std::uint64_t sum = 0;
     for (const auto* route : routes) sum += route->next_hop.interface_id;
     return sum;
   };
-  rows.push_back({route_lookup, batches(make_routes, fill_routes, address, find_route)});
+  rows.push_back({names[1], batches(make, fill, address, lookup)});
+  rows.push_back({names[2], batches(make, fill, address, lookup_batch)});
+  rows.push_back({names[3], per_entry(make, fill, [](Table& table, std::size_t i) {
+                    table.remove(data.prefixes[i], data.lengths[i], data.hops[i].destination);
+                  })});
 
   using Hosts = L3HostTable<Address>;
   const auto make_hosts = [] { return std::make_unique<Hosts>(131072); };
-  const auto fill_hosts =
-      filled_by([](Hosts& table, std::size_t i) { table.add(data.prefixes[i], data.hops[i]); });
-  const auto find_host = prefetched(
+  const auto insert_host = [](Hosts& table, std::size_t i) {
+    table.add(data.prefixes[i], data.hops[i]);
+  };
+  const auto find_host = one_by_one(
       [](const Hosts& table, const Address& ip) { return table.find(ip)->next_hop.interface_id; });
-  rows.push_back({host_lookup, batches(make_hosts, fill_hosts, address, find_host)});
+  rows.push_back({names[4], per_entry(make_hosts, kNothing, insert_host)});
+  rows.push_back({names[5], batches(make_hosts, filled_by(insert_host), address, find_host)});
 }
 
 // ---- Flows -------------------------------------------------------------------------------------
@@ -249,6 +270,7 @@ void add_flow_rows(std::vector<Row>& rows) {
     table.add(data.matches[i], id);
   };
   const auto fill = filled_by(insert);
+  rows.push_back({"flow add, 8 masks", per_entry(make, kNothing, insert)});
   const auto key = [](std::size_t i) { return data.keys[i]; };
   const auto strange_key = [](std::size_t i) {
     FlowKey strange;
@@ -262,6 +284,10 @@ void add_flow_rows(std::vector<Row>& rows) {
   });
   rows.push_back({"flow lookup, 8 masks", batches(make, fill, key, lookup)});
   rows.push_back({"flow lookup, 8 masks, no match", batches(make, fill, strange_key, lookup)});
+  rows.push_back(
+      {"flow delete, 8 masks", per_entry(make, fill, [](FlowTable& table, std::size_t i) {
+         table.remove(static_cast<std::uint32_t>(i + 1));
+       })});
 }
 
 }  // namespace
@@ -269,8 +295,12 @@ void add_flow_rows(std::vector<Row>& rows) {
 int main(int argc, char** argv) {
   std::vector<Row> rows;
   add_fdb_rows(rows);
-  add_route_rows<Ipv4>(rows, "ipv4 route lookup", "ipv4 host lookup");
-  add_route_rows<Ipv6Address>(rows, "ipv6 route lookup", "ipv6 host lookup");
+  add_route_rows<Ipv4>(rows,
+                       {"ipv4 route add", "ipv4 route lookup", "ipv4 route lookup, batches of 32",
+                        "ipv4 route delete", "ipv4 host add", "ipv4 host lookup"});
+  add_route_rows<Ipv6Address>(
+      rows, {"ipv6 route add", "ipv6 route lookup", "ipv6 route lookup, batches of 32",
+             "ipv6 route delete", "ipv6 host add", "ipv6 host lookup"});
   add_flow_rows(rows);
   run(rows, argc, argv);
   return 0;

@@ -154,20 +154,22 @@ void add_fdb_rows(std::vector<Row>& rows) {
 // ---- Routes and hosts --------------------------------------------------------------------------
 
 // Distinct prefixes of 16 to 32 bits (IPv6: 32 to 64), most of them in the middle, and an address
-// in each.
+// in each.  Each leads to one of so many neighbours.
 template <class Address>
 struct RouteData {
   std::vector<Address> prefixes;
   std::vector<unsigned> lengths;
   std::vector<NextHop> hops;
 
-  RouteData() {
+  explicit RouteData(std::size_t neighbours) {
     std::mt19937_64 random(2);
     for (std::size_t i = 0; i < kSizes[2]; ++i) {
       prefixes.push_back(address(random()));
       lengths.push_back(length(static_cast<unsigned>(random() % 100)));
-      hops.push_back({Destination::port(static_cast<PortIndex>(i % 52)),
-                      MacAddress::from_number(random()), static_cast<std::uint32_t>(i % 64)});
+      const std::uint64_t neighbour = random() % neighbours;
+      hops.push_back({Destination::port(static_cast<PortIndex>(neighbour % 52)),
+                      MacAddress::from_number(0x020000000000 + neighbour),
+                      static_cast<std::uint32_t>(neighbour % 64)});
     }
   }
   static Address address(std::uint64_t bits);
@@ -196,42 +198,50 @@ unsigned RouteData<Ipv6Address>::length(unsigned percent) {
   return percent < 50 ? 48 : percent < 80 ? 64 : 32 + percent % 33;
 }
 
+// Most routes share the routers that they lead to; the rows "own next hops" have as good as one for
+// each route.
+constexpr std::size_t kNeighbours = 1000;
+
 template <class Address>
-void add_route_rows(std::vector<Row>& rows, const char* const (&names)[6]) {
-  static const RouteData<Address> data;
+void add_route_rows(std::vector<Row>& rows, const RouteData<Address>& data,
+                    const char* const (&names)[4]) {
   using Table = L3RouteTable<Address>;
   const auto make = [] { return std::make_unique<Table>(131072); };
-  const auto insert = [](Table& table, std::size_t i) {
+  const auto insert = [&data](Table& table, std::size_t i) {
     table.add(data.prefixes[i], data.lengths[i], data.hops[i]);
   };
   const auto fill = filled_by(insert);
   rows.push_back({names[0], per_entry(make, kNothing, insert)});
-  const auto address = [](std::size_t i) { return data.prefixes[i]; };
-  const auto lookup = one_by_one([](const Table& table, const Address& ip) {
-    return table.lookup(ip)->next_hop.interface_id;
-  });
+  const auto address = [&data](std::size_t i) { return data.prefixes[i]; };
+  const auto lookup = one_by_one(
+      [](const Table& table, const Address& ip) { return table.lookup(ip)->interface_id; });
   const auto lookup_batch = [](const Table& table, const Address* ips) {
-    const L3Route<Address>* routes[kBatch];
-    table.lookup_batch(ips, kBatch, routes);
+    const NextHop* next_hops[kBatch];
+    table.lookup_batch(ips, kBatch, next_hops);
     std::uint64_t sum = 0;
-    for (const auto* route : routes) sum += route->next_hop.interface_id;
+    for (const NextHop* next_hop : next_hops) sum += next_hop->interface_id;
     return sum;
   };
   rows.push_back({names[1], batches(make, fill, address, lookup)});
   rows.push_back({names[2], batches(make, fill, address, lookup_batch)});
-  rows.push_back({names[3], per_entry(make, fill, [](Table& table, std::size_t i) {
+  rows.push_back({names[3], per_entry(make, fill, [&data](Table& table, std::size_t i) {
                     table.remove(data.prefixes[i], data.lengths[i], data.hops[i].destination);
                   })});
+}
 
-  using Hosts = L3HostTable<Address>;
-  const auto make_hosts = [] { return std::make_unique<Hosts>(131072); };
-  const auto insert_host = [](Hosts& table, std::size_t i) {
+template <class Address>
+void add_host_rows(std::vector<Row>& rows, const RouteData<Address>& data,
+                   const char* const (&names)[2]) {
+  using Table = L3HostTable<Address>;
+  const auto make = [] { return std::make_unique<Table>(131072); };
+  const auto insert = [&data](Table& table, std::size_t i) {
     table.add(data.prefixes[i], data.hops[i]);
   };
-  const auto find_host = one_by_one(
-      [](const Hosts& table, const Address& ip) { return table.find(ip)->next_hop.interface_id; });
-  rows.push_back({names[4], per_entry(make_hosts, kNothing, insert_host)});
-  rows.push_back({names[5], batches(make_hosts, filled_by(insert_host), address, find_host)});
+  const auto address = [&data](std::size_t i) { return data.prefixes[i]; };
+  const auto find = one_by_one(
+      [](const Table& table, const Address& ip) { return table.find(ip)->next_hop.interface_id; });
+  rows.push_back({names[0], per_entry(make, kNothing, insert)});
+  rows.push_back({names[1], batches(make, filled_by(insert), address, find)});
 }
 
 // ---- Flows -------------------------------------------------------------------------------------
@@ -295,12 +305,20 @@ void add_flow_rows(std::vector<Row>& rows) {
 int main(int argc, char** argv) {
   std::vector<Row> rows;
   add_fdb_rows(rows);
-  add_route_rows<Ipv4>(rows,
-                       {"ipv4 route add", "ipv4 route lookup", "ipv4 route lookup, batches of 32",
-                        "ipv4 route delete", "ipv4 host add", "ipv4 host lookup"});
-  add_route_rows<Ipv6Address>(
-      rows, {"ipv6 route add", "ipv6 route lookup", "ipv6 route lookup, batches of 32",
-             "ipv6 route delete", "ipv6 host add", "ipv6 host lookup"});
+  const RouteData<Ipv4> ipv4(kNeighbours);
+  add_route_rows(rows, ipv4,
+                 {"ipv4 route add", "ipv4 route lookup", "ipv4 route lookup, batches of 32",
+                  "ipv4 route delete"});
+  const RouteData<Ipv4> ipv4_apart(1000 * kNeighbours);
+  add_route_rows(rows, ipv4_apart,
+                 {"ipv4 route add, own next hops", "ipv4 route lookup, own next hops",
+                  "ipv4 route batches, own next hops", "ipv4 route delete, own next hops"});
+  const RouteData<Ipv6Address> ipv6(kNeighbours);
+  add_route_rows(rows, ipv6,
+                 {"ipv6 route add", "ipv6 route lookup", "ipv6 route lookup, batches of 32",
+                  "ipv6 route delete"});
+  add_host_rows(rows, ipv4, {"ipv4 host add", "ipv4 host lookup"});
+  add_host_rows(rows, ipv6, {"ipv6 host add", "ipv6 host lookup"});
   add_flow_rows(rows);
   run(rows, argc, argv);
   return 0;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 namespace softcard {
 
@@ -239,63 +240,95 @@ void L3HostTable<Address>::clear() {
   *this = L3HostTable(capacity_);
 }
 
+// ---- Next hops ---------------------------------------------------------------------------------
+
+namespace {
+
+std::uint32_t next_hop_hash(const NextHop& next_hop) {
+  const auto kind = static_cast<std::uint64_t>(next_hop.destination.kind);
+  const std::uint64_t out = kind << 48 | std::uint64_t{next_hop.destination.number} << 32;
+  return FlatIndex::hash_of(mix64(out | next_hop.interface_id) + next_hop.mac.to_number());
+}
+
+}  // namespace
+
+std::uint32_t NextHopTable::keep(const NextHop& next_hop) {
+  const std::uint32_t hash = next_hop_hash(next_hop);
+  std::uint32_t id =
+      index_.find(hash, [&](std::uint32_t p) { return places_[p].next_hop == next_hop; });
+  if (id == FlatIndex::kNone) {
+    id = places_.take();
+    places_[id].next_hop = next_hop;
+    index_.insert(hash, id);
+  }
+  ++places_[id].users;
+  return id;
+}
+
+void NextHopTable::drop(std::uint32_t id) {
+  if (--places_[id].users != 0) return;
+  index_.erase(next_hop_hash(places_[id].next_hop), id);
+  places_.give(id);
+}
+
 // ---- Routes ------------------------------------------------------------------------------------
 
 template <class Address>
 L3Add L3RouteTable<Address>::add(const Address& ip, unsigned length, const NextHop& next_hop,
                                  std::uint32_t metric) {
   if (length > PrefixTrie<Address>::kWidth) return L3Add::invalid;
-  const std::uint32_t first = trie_.get(ip, length);
-  const std::uint32_t existing = find_by_destination(first, next_hop.destination);
-  if (existing != kNil) {
-    Route& route = places_[existing].route;
-    route.next_hop = next_hop;
-    if (route.metric != metric) {
-      unlink(existing);
-      route.metric = metric;
-      link(existing);
-    }
-    return L3Add::replaced;
+  prefetch(ip);  // for the trie, while the index is asked
+  const Address prefix = masked(ip, length);
+  const std::uint32_t first = first_of(prefix, length);
+  const std::uint32_t existing = by_destination(first, next_hop.destination);
+  if (existing == kNil && size() == capacity_) return L3Add::full;
+  const std::uint32_t id = next_hops_.keep(next_hop);
+  if (existing == kNil) {
+    const std::uint32_t position = places_.take();
+    places_[position] = {prefix, metric, id, kNil, static_cast<std::uint8_t>(length)};
+    link(position, first);
+    return L3Add::added;
   }
-  if (size() == capacity_) return L3Add::full;
-  const std::uint32_t position = places_.take();
-  places_[position].route = {masked(ip, length), length, metric, next_hop};
-  link(position);
-  return L3Add::added;
+  Place& place = places_[existing];
+  next_hops_.drop(std::exchange(place.next_hop, id));
+  if (place.metric != metric) {
+    unlink(existing, first);
+    place.metric = metric;
+    link(existing, first_of(prefix, length));
+  } else if (existing == first) {
+    trie_.set(prefix, length, id);
+  }
+  return L3Add::replaced;
 }
 
 template <class Address>
 void L3RouteTable<Address>::lookup_batch(const Address* ips, std::size_t count,
-                                         const Route** routes) const {
-  std::array<std::uint32_t, kBatch> positions;
-  trie_.lookup_batch(ips, count, positions.data());
+                                         const NextHop** next_hops) const {
+  std::array<std::uint32_t, kBatch> found;
+  trie_.lookup_batch(ips, count, found.data());
   for (std::size_t i = 0; i < count; ++i) {
-    routes[i] = positions[i] == kNil ? nullptr : &places_[positions[i]].route;
-    if (routes[i] != nullptr) softcard::prefetch(routes[i]);
+    next_hops[i] = next_hop_of(found[i]);
+    if (next_hops[i] != nullptr) softcard::prefetch(next_hops[i]);
   }
 }
 
 template <class Address>
-const L3Route<Address>* L3RouteTable<Address>::find(const Address& ip, unsigned length) const {
-  if (length > PrefixTrie<Address>::kWidth) return nullptr;
-  const std::uint32_t position = trie_.get(ip, length);
-  return position == kNil ? nullptr : &places_[position].route;
-}
-
-template <class Address>
-const L3Route<Address>* L3RouteTable<Address>::find(const Address& ip, unsigned length,
-                                                    Destination destination) const {
-  if (length > PrefixTrie<Address>::kWidth) return nullptr;
-  const std::uint32_t position = find_by_destination(trie_.get(ip, length), destination);
-  return position == kNil ? nullptr : &places_[position].route;
+std::optional<L3Route<Address>> L3RouteTable<Address>::find(const Address& ip, unsigned length,
+                                                            Destination destination) const {
+  if (length > PrefixTrie<Address>::kWidth) return std::nullopt;
+  const std::uint32_t position = by_destination(first_of(masked(ip, length), length), destination);
+  if (position == kNil) return std::nullopt;
+  return route_at(position);
 }
 
 template <class Address>
 bool L3RouteTable<Address>::remove(const Address& ip, unsigned length, Destination destination) {
   if (length > PrefixTrie<Address>::kWidth) return false;
-  const std::uint32_t position = find_by_destination(trie_.get(ip, length), destination);
+  prefetch(ip);  // for the trie, while the index is asked
+  const std::uint32_t first = first_of(masked(ip, length), length);
+  const std::uint32_t position = by_destination(first, destination);
   if (position == kNil) return false;
-  erase(position);
+  erase(position, first);
   return true;
 }
 
@@ -303,8 +336,10 @@ template <class Address>
 std::size_t L3RouteTable<Address>::remove_by_interface(std::uint32_t interface_id) {
   return erase_where(
       places_,
-      [&](const Place& place) { return place.route.next_hop.interface_id == interface_id; },
-      [&](std::uint32_t position) { erase(position); });
+      [&](const Place& place) { return next_hops_[place.next_hop].interface_id == interface_id; },
+      [&](std::uint32_t position) {
+        erase(position, first_of(places_[position].prefix, places_[position].length));
+      });
 }
 
 template <class Address>
@@ -312,55 +347,80 @@ void L3RouteTable<Address>::clear() {
   *this = L3RouteTable(capacity_);
 }
 
-// The position of the route by `destination` among the routes of a prefix, the best of which is
+template <class Address>
+L3Route<Address> L3RouteTable<Address>::route_at(std::uint32_t position) const {
+  const Place& place = places_[position];
+  return {place.prefix, place.length, place.metric, next_hops_[place.next_hop]};
+}
+
+// The position of the route in use among those of a prefix, or kNil.
+template <class Address>
+std::uint32_t L3RouteTable<Address>::first_of(const Address& prefix, unsigned length) const {
+  return index_.find(hash_of(prefix, length), [&](std::uint32_t p) {
+    return places_[p].prefix == prefix && places_[p].length == length;
+  });
+}
+
+// The position of the route by `destination` among those of a prefix, the one in use of which is
 // `first` (kNil: there are none).
 template <class Address>
-std::uint32_t L3RouteTable<Address>::find_by_destination(std::uint32_t first,
-                                                         Destination destination) const {
+std::uint32_t L3RouteTable<Address>::by_destination(std::uint32_t first,
+                                                    Destination destination) const {
   std::uint32_t position = first;
-  while (position != kNil && places_[position].route.next_hop.destination != destination) {
+  while (position != kNil && next_hops_[places_[position].next_hop].destination != destination) {
     position = places_[position].next;
   }
   return position;
 }
 
-// Enters a route behind all routes of its prefix that are not worse.
+// Enters a route behind all routes of its prefix, `first` and so on, that are not worse.
 template <class Address>
-void L3RouteTable<Address>::link(std::uint32_t position) {
-  const Route& route = places_[position].route;
+void L3RouteTable<Address>::link(std::uint32_t position, std::uint32_t first) {
+  Place& place = places_[position];
   std::uint32_t previous = kNil;
-  std::uint32_t next = trie_.get(route.prefix, route.length);
-  while (next != kNil && places_[next].route.metric <= route.metric) {
+  std::uint32_t next = first;
+  while (next != kNil && places_[next].metric <= place.metric) {
     previous = next;
     next = places_[next].next;
   }
-  places_[position].next = next;
-  if (previous == kNil) {
-    trie_.set(route.prefix, route.length, position);
-  } else {
+  place.next = next;
+  if (previous != kNil) {
     places_[previous].next = position;
+    return;
   }
-}
-
-// Takes a route out of the routes of its prefix.
-template <class Address>
-void L3RouteTable<Address>::unlink(std::uint32_t position) {
-  const Route& route = places_[position].route;
-  const std::uint32_t next = places_[position].next;
-  std::uint32_t other = trie_.get(route.prefix, route.length);
-  if (other != position) {
-    while (places_[other].next != position) other = places_[other].next;
-    places_[other].next = next;
-  } else if (next != kNil) {
-    trie_.set(route.prefix, route.length, next);
+  const std::uint32_t hash = hash_of(place.prefix, place.length);
+  if (next == kNil) {
+    index_.insert(hash, position);
   } else {
-    trie_.erase(route.prefix, route.length);
+    index_.replace(hash, next, position);
+  }
+  trie_.set(place.prefix, place.length, place.next_hop);
+}
+
+// Takes a route out of the routes of its prefix, `first` and so on.
+template <class Address>
+void L3RouteTable<Address>::unlink(std::uint32_t position, std::uint32_t first) {
+  const Place& place = places_[position];
+  if (first != position) {
+    std::uint32_t previous = first;
+    while (places_[previous].next != position) previous = places_[previous].next;
+    places_[previous].next = place.next;
+    return;
+  }
+  const std::uint32_t hash = hash_of(place.prefix, place.length);
+  if (place.next == kNil) {
+    index_.erase(hash, position);
+    trie_.erase(place.prefix, place.length);
+  } else {
+    index_.replace(hash, position, place.next);
+    trie_.set(place.prefix, place.length, places_[place.next].next_hop);
   }
 }
 
 template <class Address>
-void L3RouteTable<Address>::erase(std::uint32_t position) {
-  unlink(position);
+void L3RouteTable<Address>::erase(std::uint32_t position, std::uint32_t first) {
+  unlink(position, first);
+  next_hops_.drop(places_[position].next_hop);
   places_.give(position);
 }
 

@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -41,6 +42,10 @@ struct NextHop {
   Destination destination;         // the port or LAG it leaves by
   MacAddress mac;                  // its new destination address
   std::uint32_t interface_id = 0;  // the router interface that gives the new source and the VLAN
+
+  friend bool operator==(const NextHop& a, const NextHop& b) {
+    return a.destination == b.destination && a.mac == b.mac && a.interface_id == b.interface_id;
+  }
 };
 
 // The length of a mask, 0 to 32 or 128, or -1 when its ones are not all in front.
@@ -199,6 +204,27 @@ std::size_t L3HostTable<Ipv6Address>::remove_network(const Ipv6Address& ip);
 
 // --- Routes ---------------------------------------------------------------------------------
 
+// The next hops of routes, each kept once for all routes that have it.
+class NextHopTable {
+ public:
+  // Returns the id of `next_hop`, which has one more user by that.
+  std::uint32_t keep(const NextHop& next_hop);
+
+  // Takes one user away; the next hop goes with the last one.
+  void drop(std::uint32_t id);
+
+  const NextHop& operator[](std::uint32_t id) const { return places_[id].next_hop; }
+
+ private:
+  struct Place {
+    NextHop next_hop;
+    std::uint32_t users = 0;
+  };
+
+  Pool<Place> places_;
+  FlatIndex index_;
+};
+
 // A subnet and one way to it.
 template <class Address>
 struct L3Route {
@@ -210,6 +236,9 @@ struct L3Route {
 
 // The routes, keyed by prefix, mask length and destination.  Of the routes of one prefix the one of
 // the lowest metric is used, and of several of those the earliest.
+//
+// A hash index finds the routes of a prefix, for those who set them; forwarding reads a trie alone,
+// which leads to the next hops of the routes in use.
 template <class Address>
 class L3RouteTable {
  public:
@@ -224,22 +253,17 @@ class L3RouteTable {
   // Starts to load what lookup(ip) reads first.
   void prefetch(const Address& ip) const { trie_.prefetch(ip); }
 
-  // Returns the route in use for `ip`: the longest prefix that holds it.  Null when there is none.
-  const Route* lookup(const Address& ip) const {
-    const std::uint32_t position = trie_.lookup(ip);
-    return position == kNil ? nullptr : &places_[position].route;
-  }
+  // Returns the next hop of the route in use for `ip`, that of the longest prefix that holds it.
+  // Null when there is none.
+  const NextHop* lookup(const Address& ip) const { return next_hop_of(trie_.lookup(ip)); }
 
   // As lookup() for each of `count` addresses, a step of all of them at a time, so that they wait
-  // for memory together.  routes[i] is the result for ips[i].  `count` is at most kBatch.
+  // for memory together.  next_hops[i] is the result for ips[i].  `count` is at most kBatch.
   static constexpr std::size_t kBatch = PrefixTrie<Address>::kBatch;
-  void lookup_batch(const Address* ips, std::size_t count, const Route** routes) const;
+  void lookup_batch(const Address* ips, std::size_t count, const NextHop** next_hops) const;
 
-  // Returns the route in use for exactly this subnet, or null.
-  const Route* find(const Address& ip, unsigned length) const;
-
-  // Returns the route to this subnet by `destination`, or null.
-  const Route* find(const Address& ip, unsigned length, Destination destination) const;
+  // Returns the route to this subnet by `destination`, if there is one.
+  std::optional<Route> find(const Address& ip, unsigned length, Destination destination) const;
 
   // Removes the route to this subnet by `destination`; false when there is none.
   bool remove(const Address& ip, unsigned length, Destination destination);
@@ -255,26 +279,48 @@ class L3RouteTable {
   // Calls visit(const Route&) for each route; `visit` must not change the table.
   template <class Visit>
   void for_each(Visit&& visit) const {
-    places_.for_each([&](std::uint32_t position) { visit(places_[position].route); });
+    places_.for_each([&](std::uint32_t position) { visit(route_at(position)); });
   }
 
  private:
-  static constexpr std::uint32_t kNil = PrefixTrie<Address>::kNone;
+  static constexpr std::uint32_t kNil = FlatIndex::kNone;
 
   struct Place {
-    Route route;
-    std::uint32_t next = kNil;  // the next worse route of the same prefix
+    Address prefix{};
+    std::uint32_t metric = 0;
+    std::uint32_t next_hop = 0;  // its id
+    std::uint32_t next = kNil;   // the next worse route of the same prefix
+    std::uint8_t length = 0;
   };
 
-  std::uint32_t find_by_destination(std::uint32_t first, Destination destination) const;
-  void link(std::uint32_t position);
-  void unlink(std::uint32_t position);
-  void erase(std::uint32_t position);
+  static std::uint32_t hash_of(const Address& prefix, unsigned length);
+  const NextHop* next_hop_of(std::uint32_t found) const {
+    return found == PrefixTrie<Address>::kNone ? nullptr : &next_hops_[found];
+  }
+  Route route_at(std::uint32_t position) const;
+  std::uint32_t first_of(const Address& prefix, unsigned length) const;
+  std::uint32_t by_destination(std::uint32_t first, Destination destination) const;
+  void link(std::uint32_t position, std::uint32_t first);
+  void unlink(std::uint32_t position, std::uint32_t first);
+  void erase(std::uint32_t position, std::uint32_t first);
 
   std::size_t capacity_;
   Pool<Place> places_;
-  PrefixTrie<Address> trie_;  // the route in use of each prefix
+  FlatIndex index_;  // the route in use of each prefix
+  NextHopTable next_hops_;
+  PrefixTrie<Address> trie_;  // the next hop of the route in use of each prefix
 };
+
+template <>
+inline std::uint32_t L3RouteTable<Ipv4>::hash_of(const Ipv4& prefix, unsigned length) {
+  return FlatIndex::hash_of(std::uint64_t{length} << 32 | prefix);
+}
+template <>
+inline std::uint32_t L3RouteTable<Ipv6Address>::hash_of(const Ipv6Address& prefix,
+                                                        unsigned length) {
+  const AddressBits<Ipv6Address> bits(prefix);
+  return FlatIndex::hash_of(mix64(bits.high() + length) + bits.low());
+}
 
 // --- All of them ----------------------------------------------------------------------------
 

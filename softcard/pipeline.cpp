@@ -323,7 +323,7 @@ void Pipeline::find_next_hops(std::size_t count, Layer3 protocol,
   static_assert(kBurst <= L3RouteTable<Address>::kBatch, "a burst is looked up at once");
   std::array<Passage*, kBurst> routed;
   std::array<Address, kBurst> addresses;
-  std::array<const L3Route<Address>*, kBurst> routes;
+  std::array<const NextHop*, kBurst> found;
   std::size_t missing = 0;
   for (std::size_t i = 0; i < count; ++i) {
     Passage& passage = passages_[i];
@@ -337,10 +337,8 @@ void Pipeline::find_next_hops(std::size_t count, Layer3 protocol,
     addresses[missing++] = address;
   }
   if (missing == 0) return;
-  all_routes.lookup_batch(addresses.data(), missing, routes.data());
-  for (std::size_t i = 0; i < missing; ++i) {
-    if (routes[i] != nullptr) routed[i]->next_hop = &routes[i]->next_hop;
-  }
+  all_routes.lookup_batch(addresses.data(), missing, found.data());
+  for (std::size_t i = 0; i < missing; ++i) routed[i]->next_hop = found[i];
 }
 
 const L3Interface* Pipeline::router_of(const Passage& passage) const {
@@ -824,8 +822,7 @@ void Pipeline::route(Passage& passage) {
 const NextHop* Pipeline::next_hop_of(const Passage& passage) const {
   const auto find = [](const auto& ip, const auto& hosts, const auto& routes) -> const NextHop* {
     if (const auto* host = hosts.find(ip)) return &host->next_hop;
-    if (const auto* route = routes.lookup(ip)) return &route->next_hop;
-    return nullptr;
+    return routes.lookup(ip);
   };
   const L3Table& l3 = card_.l3();
   const Frame& frame = *passage.frame;

@@ -31,6 +31,13 @@ void RunPool<Value>::erase(std::uint32_t run, unsigned count, unsigned at) {
 }
 
 template <class Value>
+void RunPool<Value>::reserve_front(std::size_t count) {
+  values_.reserve(2 * count);
+  values_.resize(count);
+  room_log2_.resize(count);
+}
+
+template <class Value>
 void RunPool<Value>::clear() {
   *this = RunPool();
 }
@@ -61,15 +68,14 @@ void RunPool<Value>::give(std::uint32_t run) {
 template <class Address>
 void PrefixTrie<Address>::lookup_batch(const Address* ips, std::size_t count,
                                        std::uint32_t* values) const {
-  if (roots_.empty()) {
+  if (empty()) {
     std::fill_n(values, count, kNone);
     return;
   }
   std::array<Walk, kBatch> walks;
   for (std::size_t i = 0; i < count; ++i) prefetch(ips[i]);
   for (std::size_t i = 0; i < count; ++i) {
-    walks[i] = Walk(roots_[AddressBits<Address>(ips[i]).extract(0, kRootBits)]);
-    if (walks[i].node != kNone) softcard::prefetch(&nodes_[walks[i].node]);
+    walks[i] = Walk(root_of(AddressBits<Address>(ips[i])));
   }
   for (bool under_way = true; under_way;) {
     under_way = false;
@@ -90,32 +96,12 @@ void PrefixTrie<Address>::lookup_batch(const Address* ips, std::size_t count,
   }
 }
 
-template <class Address>
-std::uint32_t PrefixTrie<Address>::get(const Address& prefix, unsigned length) const {
-  if (roots_.empty()) return kNone;
-  const AddressBits<Address> bits(prefix);
-  if (length < kRootBits) return short_values_[heap_position(bits, length)];
-  std::uint32_t current = roots_[bits.extract(0, kRootBits)];
-  unsigned offset = kRootBits;
-  for (; current != kNone && length - offset >= kStride; offset += kStride) {
-    const Node& node = nodes_[current];
-    const unsigned branch = bits.extract(offset, kStride);
-    current = (node.children >> branch & 1) == 0 ? kNone
-                                                 : node.children_run + rank(node.children, branch);
-  }
-  if (current == kNone) return kNone;
-  const Node& node = nodes_[current];
-  const unsigned bit = prefix_bit(bits, offset, length);
-  if ((node.prefixes >> bit & 1) == 0) return kNone;
-  return value_at(node.prefixes, node.values_run, bit);
-}
-
 // ---- Changes -----------------------------------------------------------------------------------
 
 template <class Address>
 void PrefixTrie<Address>::set(const Address& prefix, unsigned length, std::uint32_t value) {
-  if (roots_.empty()) {
-    roots_.assign(kRoots, kNone);
+  if (empty()) {
+    nodes_.reserve_front(kRoots);
     best_short_.assign(kRoots, kNone);
     short_values_.assign(kRoots, kNone);
   }
@@ -124,9 +110,7 @@ void PrefixTrie<Address>::set(const Address& prefix, unsigned length, std::uint3
     set_short(heap_position(bits, length), value);
     return;
   }
-  std::uint32_t& root = roots_[bits.extract(0, kRootBits)];
-  if (root == kNone) nodes_.insert(root, 0, 0, Node());
-  std::uint32_t current = root;
+  std::uint32_t current = root_of(bits);
   unsigned offset = kRootBits;
   for (; length - offset >= kStride; offset += kStride) {
     const unsigned branch = bits.extract(offset, kStride);
@@ -176,10 +160,9 @@ void PrefixTrie<Address>::erase(const Address& prefix, unsigned length) {
     set_short(heap_position(bits, length), kNone);
     return;
   }
-  std::uint32_t& root = roots_[bits.extract(0, kRootBits)];
   std::array<std::uint32_t, kMaxDepth> way;  // the nodes passed before the one of the prefix
   unsigned depth = 0;
-  std::uint32_t current = root;
+  std::uint32_t current = root_of(bits);
   unsigned offset = kRootBits;
   for (; length - offset >= kStride; offset += kStride) {
     const Node& node = nodes_[current];
@@ -188,13 +171,8 @@ void PrefixTrie<Address>::erase(const Address& prefix, unsigned length) {
   }
   erase_in(nodes_[current], prefix_bit(bits, offset, length));
 
-  // Nodes that hold nothing any more go, from the last one up.
-  while (nodes_[current].prefixes == 0 && nodes_[current].children == 0) {
-    if (depth == 0) {
-      nodes_.erase(root, 1, 0);
-      root = kNone;
-      return;
-    }
+  // Nodes that hold nothing any more go, from the last one up; a root stays.
+  while (depth != 0 && nodes_[current].prefixes == 0 && nodes_[current].children == 0) {
     current = way[--depth];
     offset -= kStride;
     Node parent = nodes_[current];
@@ -207,7 +185,6 @@ void PrefixTrie<Address>::erase(const Address& prefix, unsigned length) {
 
 template <class Address>
 void PrefixTrie<Address>::clear() {
-  std::vector<std::uint32_t>().swap(roots_);
   std::vector<std::uint32_t>().swap(best_short_);
   std::vector<std::uint32_t>().swap(short_values_);
   nodes_.clear();

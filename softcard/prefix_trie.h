@@ -3,9 +3,10 @@
 // Longest prefix match for IPv4 and IPv6: a trie that takes 16 bits of the address with its first
 // step and five with each further one.  A node keeps two bitmaps, the prefixes that end in it and
 // the children it has, so it costs 16 bytes however many of its 32 branches are there, and adding
-// or removing a prefix touches one node, whatever longer prefixes lie below it.
+// or removing a prefix touches one node, whatever longer prefixes lie below it.  The nodes
+// that the first step leads to, the roots, are all there from the first prefix on: 1 MB.
 //
-// An IPv4 prefix of up to 25 bits takes two nodes, one of up to 30 bits three.
+// An IPv4 prefix of up to 20 bits is in the first node, one of up to 25 bits in the second.
 #ifndef SOFTCARD_PREFIX_TRIE_H_
 #define SOFTCARD_PREFIX_TRIE_H_
 
@@ -83,6 +84,9 @@ class RunPool {
   // Removes the value at index `at` of the run of `count` values at `run`.
   void erase(std::uint32_t run, unsigned count, unsigned at);
 
+  // Sets `count` values aside at the positions from 0 on, which are no runs; to be called first.
+  void reserve_front(std::size_t count);
+
   // Forgets all runs and gives the memory back.
   void clear();
 
@@ -122,24 +126,20 @@ class PrefixTrie {
 
   // Starts to load what lookup(ip) reads first.
   void prefetch(const Address& ip) const {
-    if (!roots_.empty())
-      softcard::prefetch(&roots_[AddressBits<Address>(ip).extract(0, kRootBits)]);
+    if (!empty()) softcard::prefetch(&nodes_[root_of(AddressBits<Address>(ip))]);
   }
 
   // Returns the value of the longest prefix that holds `ip`, or kNone.
   std::uint32_t lookup(const Address& ip) const {
-    if (roots_.empty()) return kNone;
+    if (empty()) return kNone;
     const AddressBits<Address> bits(ip);
-    Walk walk(roots_[bits.extract(0, kRootBits)]);
+    Walk walk(root_of(bits));
     while (walk.node != kNone) step(bits, walk);
     return value_of(bits, walk);
   }
 
   // As lookup() for each of `count` addresses, at most kBatch, a step of all of them at a time.
   void lookup_batch(const Address* ips, std::size_t count, std::uint32_t* values) const;
-
-  // Returns the value of exactly this prefix, or kNone.
-  std::uint32_t get(const Address& prefix, unsigned length) const;
 
   // Gives a prefix a value, which must not be kNone.
   void set(const Address& prefix, unsigned length, std::uint32_t value);
@@ -178,6 +178,14 @@ class PrefixTrie {
     unsigned best = 0;           // the bit of that prefix
   };
 
+  // True until the first prefix comes.
+  bool empty() const { return best_short_.empty(); }
+
+  // The node that the first step leads to.
+  static std::uint32_t root_of(const AddressBits<Address>& bits) {
+    return bits.extract(0, kRootBits);
+  }
+
   // How many of the first `bit` bits are set: the index in a run of what stands for `bit`.
   static unsigned rank(std::uint32_t bits, unsigned bit) {
     return count_bits(bits & ((std::uint32_t{1} << bit) - 1));
@@ -203,13 +211,10 @@ class PrefixTrie {
 
   static bool single(std::uint32_t prefixes) { return (prefixes & (prefixes - 1)) == 0; }
 
-  // The value of the prefix at `bit` of a node.
-  std::uint32_t value_at(std::uint32_t prefixes, std::uint32_t values_run, unsigned bit) const {
-    return single(prefixes) ? values_run : values_[values_run + rank(prefixes, bit)];
-  }
   std::uint32_t value_of(const AddressBits<Address>& bits, const Walk& walk) const {
-    return walk.prefixes == 0 ? best_short_[bits.extract(0, kRootBits)]
-                              : value_at(walk.prefixes, walk.values_run, walk.best);
+    if (walk.prefixes == 0) return best_short_[root_of(bits)];
+    return single(walk.prefixes) ? walk.values_run
+                                 : values_[walk.values_run + rank(walk.prefixes, walk.best)];
   }
 
   void set_in(Node& node, unsigned bit, std::uint32_t value);
@@ -219,11 +224,10 @@ class PrefixTrie {
   void set_short(std::uint32_t heap, std::uint32_t value);
   void paint(std::uint32_t heap, std::uint32_t value);
 
-  // By the first kRootBits bits of the address; all three are empty until the first prefix comes.
-  std::vector<std::uint32_t> roots_;         // the node behind them
-  std::vector<std::uint32_t> best_short_;    // the value of the longest prefix shorter than them
-  std::vector<std::uint32_t> short_values_;  // of prefixes shorter than them, by 2^length + bits
-  RunPool<Node> nodes_;
+  RunPool<Node> nodes_;  // in front the roots
+  // Of prefixes shorter than the first step; both are empty until the first prefix comes.
+  std::vector<std::uint32_t> best_short_;    // the value of the longest, by root
+  std::vector<std::uint32_t> short_values_;  // the value of each, by 2^length + bits
   RunPool<std::uint32_t> values_;
 };
 

@@ -1347,9 +1347,8 @@ bool SoftSdk::get_l3_route_by_subnet_ip4(unsigned int ip, unsigned int mask, con
     const int length = mask_length(mask);
     Destination destination;
     if (length < 0 || !destination_of(card_, mp, trunk, destination)) return false;
-    const auto* const route =
-        card_.l3().ipv4_routes.find(ip, static_cast<unsigned>(length), destination);
-    if (route == nullptr) return false;
+    const auto route = card_.l3().ipv4_routes.find(ip, static_cast<unsigned>(length), destination);
+    if (!route) return false;
     write_mac(route->next_hop.mac, mac);
     interface = route->next_hop.interface_id;
     metric = route->metric;
@@ -1366,9 +1365,9 @@ bool SoftSdk::get_l3_route_by_subnet_ip6(const unsigned char* ip6, const unsigne
     const int length = mask_length(ip6_of(mask6));
     Destination destination;
     if (length < 0 || !destination_of(card_, mp, trunk, destination)) return false;
-    const auto* const route =
+    const auto route =
         card_.l3().ipv6_routes.find(ip6_of(ip6), static_cast<unsigned>(length), destination);
-    if (route == nullptr) return false;
+    if (!route) return false;
     write_mac(route->next_hop.mac, mac);
     interface = route->next_hop.interface_id;
     return true;

@@ -108,10 +108,10 @@ TEST(Allocation, NoneOnTheWayOfAFrame) {
 
 TEST(Allocation, NoneForRoutesAndHostsInTheRoomOfOthers) {
   L3Table l3;
-  const auto round = [&] {
-    const NextHop hop{Destination::port(1), MacAddress::from_number(2), 3};
+  // Other addresses and next hops in each round, so that those of the last one must have gone.
+  const auto round = [&](std::uint32_t n) {
     // Under few short prefixes, so that the nodes of the tries fill up.
-    const auto ip = [&](std::uint32_t i) { return 0x0A000000 | (i * 0x9E3779B1u >> 14); };
+    const auto ip = [&](std::uint32_t i) { return (10 + n) << 24 | (i * 0x9E3779B1u >> 14); };
     const auto ip6 = [&](std::uint32_t i) {
       const std::uint32_t low = ip(i);
       Ipv6Address address{{0x20, 0x01, 0x0D, 0xB8}};
@@ -119,18 +119,23 @@ TEST(Allocation, NoneForRoutesAndHostsInTheRoomOfOthers) {
       return address;
     };
     for (std::uint32_t i = 0; i < 1024; ++i) {
-      ASSERT_TRUE(succeeded(l3.ipv4_routes.add(ip(i), 18 + i % 15, hop)));
-      ASSERT_TRUE(succeeded(l3.ipv6_routes.add(ip6(i), 40 + i % 25, hop)));
-      ASSERT_TRUE(succeeded(l3.ipv4_hosts.add(ip(i), hop)));
+      // Then with other MAC addresses, which replace the first.
+      for (const std::uint64_t again : {0u, 1u}) {
+        const auto mac = MacAddress::from_number((std::uint64_t{n} << 20 | i / 2) << 1 | again);
+        const NextHop hop{Destination::port(1), mac, 3};
+        ASSERT_TRUE(succeeded(l3.ipv4_routes.add(ip(i), 18 + i % 15, hop)));
+        ASSERT_TRUE(succeeded(l3.ipv6_routes.add(ip6(i), 40 + i % 25, hop)));
+        ASSERT_TRUE(succeeded(l3.ipv4_hosts.add(ip(i), hop)));
+      }
     }
     l3.ipv4_routes.remove_by_interface(3);
     l3.ipv6_routes.remove_by_interface(3);
     l3.ipv4_hosts.remove_by_interface(3);
     ASSERT_EQ(l3.ipv4_routes.size() + l3.ipv6_routes.size() + l3.ipv4_hosts.size(), 0u);
   };
-  round();
+  round(0);
   const std::size_t before = allocations;
-  for (std::uint32_t i = 0; i < 40; ++i) round();
+  for (std::uint32_t n = 1; n <= 40; ++n) round(n);
   EXPECT_TRUE(before > 0 && allocations == before) << allocations - before;
 }
 

@@ -198,8 +198,7 @@ unsigned RouteData<Ipv6Address>::length(unsigned percent) {
   return percent < 50 ? 48 : percent < 80 ? 64 : 32 + percent % 33;
 }
 
-// Most routes share the routers that they lead to; the rows "own next hops" have as good as one for
-// each route.
+// Routes share the routers that they lead to; in the rows "own next hops" nearly each has its own.
 constexpr std::size_t kNeighbours = 1000;
 
 template <class Address>

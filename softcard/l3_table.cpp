@@ -162,7 +162,7 @@ L3Add L3HostTable<Address>::add(const Address& ip, const NextHop& next_hop) {
   const std::uint32_t position = places_.take();
   places_[position].host = {ip, next_hop};
   if (last == kNil) {
-    index_.insert(hash_of(ip), position);
+    index_.insert(address_hash(ip), position);
   } else {
     places_[last].next = position;
   }
@@ -191,9 +191,9 @@ bool L3HostTable<Address>::remove(const Address& ip, Destination destination) {
   if (previous != kNil) {
     places_[previous].next = next;
   } else if (next != kNil) {
-    index_.replace(hash_of(ip), position, next);
+    index_.replace(address_hash(ip), position, next);
   } else {
-    index_.erase(hash_of(ip), position);
+    index_.erase(address_hash(ip), position);
   }
   places_.give(position);
   return true;
@@ -356,7 +356,7 @@ L3Route<Address> L3RouteTable<Address>::route_at(std::uint32_t position) const {
 // The position of the route in use among those of a prefix, or kNil.
 template <class Address>
 std::uint32_t L3RouteTable<Address>::first_of(const Address& prefix, unsigned length) const {
-  return index_.find(hash_of(prefix, length), [&](std::uint32_t p) {
+  return index_.find(address_hash(prefix, length), [&](std::uint32_t p) {
     return places_[p].prefix == prefix && places_[p].length == length;
   });
 }
@@ -388,7 +388,7 @@ void L3RouteTable<Address>::link(std::uint32_t position, std::uint32_t first) {
     places_[previous].next = position;
     return;
   }
-  const std::uint32_t hash = hash_of(place.prefix, place.length);
+  const std::uint32_t hash = address_hash(place.prefix, place.length);
   if (next == kNil) {
     index_.insert(hash, position);
   } else {
@@ -407,7 +407,7 @@ void L3RouteTable<Address>::unlink(std::uint32_t position, std::uint32_t first) 
     places_[previous].next = place.next;
     return;
   }
-  const std::uint32_t hash = hash_of(place.prefix, place.length);
+  const std::uint32_t hash = address_hash(place.prefix, place.length);
   if (place.next == kNil) {
     index_.erase(hash, position);
     trie_.erase(place.prefix, place.length);

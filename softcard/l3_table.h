@@ -56,6 +56,15 @@ int mask_length(const Ipv6Address& mask);
 Ipv4 masked(Ipv4 ip, unsigned length);
 Ipv6Address masked(const Ipv6Address& ip, unsigned length);
 
+// The hash of an address, or of a prefix and its length in bits.
+inline std::uint32_t address_hash(Ipv4 ip, unsigned length = 0) {
+  return FlatIndex::hash_of(std::uint64_t{length} << 32 | ip);
+}
+inline std::uint32_t address_hash(const Ipv6Address& ip, unsigned length = 0) {
+  const AddressBits<Ipv6Address> bits(ip);
+  return FlatIndex::hash_of(mix64(bits.high() + length) + bits.low());
+}
+
 // --- Interfaces -----------------------------------------------------------------------------
 
 // A router's own address in a VLAN.
@@ -134,7 +143,7 @@ class L3HostTable {
   L3Add add(const Address& ip, const NextHop& next_hop);
 
   // Starts to load what find(ip) reads first.
-  void prefetch(const Address& ip) const { index_.prefetch(hash_of(ip)); }
+  void prefetch(const Address& ip) const { index_.prefetch(address_hash(ip)); }
 
   // Returns the earliest host of `ip`, or null.
   const Host* find(const Address& ip) const {
@@ -175,9 +184,8 @@ class L3HostTable {
     std::uint32_t next = kNil;  // the next later host of the same address
   };
 
-  static std::uint32_t hash_of(const Address& ip);
   std::uint32_t first_of(const Address& ip) const {
-    return index_.find(hash_of(ip), [&](std::uint32_t p) { return places_[p].host.ip == ip; });
+    return index_.find(address_hash(ip), [&](std::uint32_t p) { return places_[p].host.ip == ip; });
   }
   template <class Matches>
   std::size_t remove_where(Matches&& matches);
@@ -186,16 +194,6 @@ class L3HostTable {
   Pool<Place> places_;
   FlatIndex index_;  // the earliest host of each address
 };
-
-template <>
-inline std::uint32_t L3HostTable<Ipv4>::hash_of(const Ipv4& ip) {
-  return FlatIndex::hash_of(ip);
-}
-template <>
-inline std::uint32_t L3HostTable<Ipv6Address>::hash_of(const Ipv6Address& ip) {
-  const AddressBits<Ipv6Address> bits(ip);
-  return FlatIndex::hash_of(mix64(bits.high()) + bits.low());
-}
 
 template <>
 std::size_t L3HostTable<Ipv4>::remove_network(const Ipv4& ip);
@@ -254,7 +252,7 @@ class L3RouteTable {
   void prefetch(const Address& ip) const { trie_.prefetch(ip); }
 
   // Returns the next hop of the route in use for `ip`, that of the longest prefix that holds it.
-  // Null when there is none.
+  // Null when there is none.  The pointer holds until a route is added or removed.
   const NextHop* lookup(const Address& ip) const { return next_hop_of(trie_.lookup(ip)); }
 
   // As lookup() for each of `count` addresses, a step of all of them at a time, so that they wait
@@ -293,7 +291,6 @@ class L3RouteTable {
     std::uint8_t length = 0;
   };
 
-  static std::uint32_t hash_of(const Address& prefix, unsigned length);
   const NextHop* next_hop_of(std::uint32_t found) const {
     return found == PrefixTrie<Address>::kNone ? nullptr : &next_hops_[found];
   }
@@ -310,17 +307,6 @@ class L3RouteTable {
   NextHopTable next_hops_;
   PrefixTrie<Address> trie_;  // the next hop of the route in use of each prefix
 };
-
-template <>
-inline std::uint32_t L3RouteTable<Ipv4>::hash_of(const Ipv4& prefix, unsigned length) {
-  return FlatIndex::hash_of(std::uint64_t{length} << 32 | prefix);
-}
-template <>
-inline std::uint32_t L3RouteTable<Ipv6Address>::hash_of(const Ipv6Address& prefix,
-                                                        unsigned length) {
-  const AddressBits<Ipv6Address> bits(prefix);
-  return FlatIndex::hash_of(mix64(bits.high() + length) + bits.low());
-}
 
 // --- All of them ----------------------------------------------------------------------------
 

@@ -32,7 +32,7 @@ void RunPool<Value>::erase(std::uint32_t run, unsigned count, unsigned at) {
 
 template <class Value>
 void RunPool<Value>::reserve_front(std::size_t count) {
-  values_.reserve(2 * count);
+  values_.reserve(2 * count);  // so that the first run does not move them
   values_.resize(count);
   room_log2_.resize(count);
 }

@@ -3,8 +3,8 @@
 // Longest prefix match for IPv4 and IPv6: a trie that takes 16 bits of the address with its first
 // step and five with each further one.  A node keeps two bitmaps, the prefixes that end in it and
 // the children it has, so it costs 16 bytes however many of its 32 branches are there, and adding
-// or removing a prefix touches one node, whatever longer prefixes lie below it.  The nodes
-// that the first step leads to, the roots, are all there from the first prefix on: 1 MB.
+// or removing a prefix touches one node, whatever longer prefixes lie below it.  The nodes that the
+// first step leads to, the roots, are all there from the first prefix on: 1 MB.
 //
 // An IPv4 prefix of up to 20 bits is in the first node, one of up to 25 bits in the second.
 #ifndef SOFTCARD_PREFIX_TRIE_H_
@@ -84,7 +84,7 @@ class RunPool {
   // Removes the value at index `at` of the run of `count` values at `run`.
   void erase(std::uint32_t run, unsigned count, unsigned at);
 
-  // Sets `count` values aside at the positions from 0 on, which are no runs; to be called first.
+  // Puts `count` values, which are no runs, at the positions from 0 on of an empty pool.
   void reserve_front(std::size_t count);
 
   // Forgets all runs and gives the memory back.
@@ -181,7 +181,7 @@ class PrefixTrie {
   // True until the first prefix comes.
   bool empty() const { return best_short_.empty(); }
 
-  // The node that the first step leads to.
+  // The root that the first step leads to.
   static std::uint32_t root_of(const AddressBits<Address>& bits) {
     return bits.extract(0, kRootBits);
   }

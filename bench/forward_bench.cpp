@@ -23,10 +23,10 @@
 #include <string>
 #include <vector>
 
-#include "softcard/cable.h"
+#include "softcard/cables/cable.h"
 #include "softcard/card.h"
-#include "softcard/checksum.h"
-#include "softcard/wire.h"
+#include "softcard/frames/checksum.h"
+#include "softcard/frames/wire.h"
 
 namespace {
 

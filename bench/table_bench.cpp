@@ -16,9 +16,9 @@
 #include <vector>
 
 #include "bench/rows.h"
-#include "softcard/fdb_table.h"
-#include "softcard/flow_table.h"
-#include "softcard/l3_table.h"
+#include "softcard/tables/fdb_table.h"
+#include "softcard/tables/flow_table.h"
+#include "softcard/tables/l3_table.h"
 
 namespace {
 

@@ -9,9 +9,9 @@
 #include <vector>
 
 #include "client.h"
-#include "softcard/clock.h"
+#include "softcard/base/clock.h"
+#include "softcard/cables/memory_cable.h"
 #include "softcard/host.h"
-#include "softcard/memory_cable.h"
 
 namespace {
 

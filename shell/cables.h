@@ -5,8 +5,8 @@
 #define SHELL_CABLES_H_
 
 #include "command.h"
+#include "softcard/cables/memory_cable.h"
 #include "softcard/card.h"
-#include "softcard/memory_cable.h"
 
 namespace shell {
 

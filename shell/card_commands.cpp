@@ -9,10 +9,10 @@
 #include "codec.h"
 #include "expect.h"
 #include "shell.h"
-#include "softcard/frame_text.h"
+#include "softcard/cables/memory_cable.h"
+#include "softcard/frames/frame_text.h"
 #include "softcard/host.h"
-#include "softcard/memory_cable.h"
-#include "softcard/trace.h"
+#include "softcard/pipeline/trace.h"
 
 namespace shell {
 

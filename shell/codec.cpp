@@ -8,8 +8,8 @@
 #include <cstring>
 #include <limits>
 
-#include "softcard/address_plan.h"
-#include "softcard/frame_text.h"
+#include "softcard/base/address_plan.h"
+#include "softcard/frames/frame_text.h"
 
 namespace shell {
 

@@ -5,7 +5,7 @@
 
 #include "codec.h"
 #include "shell.h"
-#include "softcard/frame_text.h"
+#include "softcard/frames/frame_text.h"
 
 namespace shell {
 

@@ -6,8 +6,8 @@
 
 #include "codec.h"
 #include "libxorp/eventloop.hh"
+#include "softcard/cables/memory_cable.h"
 #include "softcard/host.h"
-#include "softcard/memory_cable.h"
 
 namespace shell {
 

@@ -8,7 +8,7 @@
 #include "card_text.h"
 #include "codec.h"
 #include "shell.h"
-#include "softcard/trace.h"
+#include "softcard/pipeline/trace.h"
 
 namespace shell {
 

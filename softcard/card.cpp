@@ -4,7 +4,7 @@
 
 #include <utility>
 
-#include "softcard/memory_cable.h"
+#include "softcard/cables/memory_cable.h"
 
 namespace softcard {
 namespace {

@@ -5,8 +5,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "softcard/parse_number.h"
-#include "softcard/port_set.h"
+#include "softcard/base/parse_number.h"
+#include "softcard/base/port_set.h"
 
 namespace softcard {
 namespace {

@@ -23,7 +23,7 @@
 #include <string>
 #include <vector>
 
-#include "softcard/net_types.h"
+#include "softcard/base/net_types.h"
 
 namespace softcard {
 

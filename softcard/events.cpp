@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "softcard/address_plan.h"
-#include "softcard/clock.h"
+#include "softcard/base/address_plan.h"
+#include "softcard/base/clock.h"
 
 namespace softcard {
 

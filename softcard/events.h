@@ -21,9 +21,9 @@
 #include <unordered_map>
 #include <vector>
 
-#include "softcard/fdb_table.h"
-#include "softcard/frame.h"
-#include "softcard/net_types.h"
+#include "softcard/base/net_types.h"
+#include "softcard/frames/frame.h"
+#include "softcard/tables/fdb_table.h"
 #include "vornlcapi/types.h"
 
 namespace softcard {

@@ -10,7 +10,7 @@
 #include <utility>
 #include <vector>
 
-#include "softcard/sdk.h"
+#include "softcard/sdk/sdk.h"
 #include "vorn_lag_list.h"
 #include "vorn_port_mapping.h"
 #include "vorn_sdk.h"

@@ -16,8 +16,8 @@
 #include <memory>
 #include <string>
 
-#include "softcard/call_watch.h"
 #include "softcard/card.h"
+#include "softcard/sdk/call_watch.h"
 
 namespace softcard::host {
 

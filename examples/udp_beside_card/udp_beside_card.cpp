@@ -15,8 +15,8 @@
 #include <cstring>
 
 #include "libxorp/eventloop.hh"
+#include "softcard/cables/memory_cable.h"
 #include "softcard/host.h"
-#include "softcard/memory_cable.h"
 #include "vornlcapi/api.h"
 #include "vornlcapi/socket.h"
 

@@ -16,7 +16,7 @@
 #include <atomic>
 #include <utility>
 
-#include "softcard/wire.h"
+#include "softcard/frames/wire.h"
 
 // Younger than some of the kernel headers that this compiles with.
 #ifndef PACKET_IGNORE_OUTGOING

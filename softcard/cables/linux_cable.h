@@ -10,7 +10,7 @@
 #include <string>
 
 #include "libxorp/eventloop.hh"
-#include "softcard/cable.h"
+#include "softcard/cables/cable.h"
 #include "softcard/cables/descriptor.h"
 
 namespace softcard {

@@ -9,9 +9,9 @@
 #include <memory>
 #include <string>
 
-#include "softcard/cable.h"
+#include "softcard/base/clock.h"
+#include "softcard/cables/cable.h"
 #include "softcard/cables/pcap_file.h"
-#include "softcard/clock.h"
 
 namespace softcard {
 

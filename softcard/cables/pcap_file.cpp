@@ -7,7 +7,7 @@
 #include <cerrno>
 
 #include "softcard/cables/descriptor.h"
-#include "softcard/frame.h"
+#include "softcard/frames/frame.h"
 
 namespace softcard {
 

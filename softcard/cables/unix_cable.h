@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "libxorp/eventloop.hh"
-#include "softcard/cable.h"
+#include "softcard/cables/cable.h"
 #include "softcard/cables/descriptor.h"
 
 namespace softcard {

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "softcard/cables/memory_cable.h"
 #include "softcard/host.h"
-#include "softcard/memory_cable.h"
 
 namespace {
 

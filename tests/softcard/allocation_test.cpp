@@ -8,7 +8,7 @@
 #include <new>
 
 #include "softcard/card.h"
-#include "softcard/frame_text.h"
+#include "softcard/frames/frame_text.h"
 
 namespace {
 std::size_t allocations = 0;

@@ -6,7 +6,7 @@
 
 #include <sstream>
 
-#include "softcard/address_plan.h"
+#include "softcard/base/address_plan.h"
 
 namespace softcard {
 namespace {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "softcard/fdb_table.h"
+#include "softcard/tables/fdb_table.h"
 
 #include <gtest/gtest.h>
 

@@ -10,7 +10,7 @@
 
 #include <cstring>
 
-#include "softcard/wire.h"
+#include "softcard/frames/wire.h"
 #include "tests/softcard/switch_fixture.h"
 
 namespace softcard {

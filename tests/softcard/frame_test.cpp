@@ -3,19 +3,19 @@
 // The parts that frames pass through, each alone: pool, parser, rewriting with checksums, offloads,
 // storm meter.
 
-#include "softcard/frame.h"
+#include "softcard/frames/frame.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
-#include "softcard/checksum.h"
-#include "softcard/frame_text.h"
-#include "softcard/offload.h"
-#include "softcard/parser.h"
-#include "softcard/rewrite.h"
-#include "softcard/storm_meter.h"
-#include "softcard/wire.h"
+#include "softcard/frames/checksum.h"
+#include "softcard/frames/frame_text.h"
+#include "softcard/frames/offload.h"
+#include "softcard/frames/parser.h"
+#include "softcard/frames/rewrite.h"
+#include "softcard/frames/wire.h"
+#include "softcard/tables/storm_meter.h"
 
 namespace softcard {
 namespace {

@@ -3,7 +3,7 @@
 // Frames as text: what lines mean byte by byte, that printing and reading are inverse, and what is
 // said about lines that are wrong.
 
-#include "softcard/frame_text.h"
+#include "softcard/frames/frame_text.h"
 
 #include <gtest/gtest.h>
 

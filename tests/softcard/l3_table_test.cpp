@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 
-#include "softcard/l3_table.h"
+#include "softcard/tables/l3_table.h"
 
 #include <gtest/gtest.h>
 

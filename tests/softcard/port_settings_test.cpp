@@ -6,7 +6,7 @@
 #include <functional>
 #include <utility>
 
-#include "softcard/memory_cable.h"
+#include "softcard/cables/memory_cable.h"
 #include "tests/softcard/host_fixture.h"
 
 namespace softcard {

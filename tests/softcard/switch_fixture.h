@@ -23,10 +23,10 @@
 #include <string>
 #include <vector>
 
+#include "softcard/cables/memory_cable.h"
 #include "softcard/card.h"
-#include "softcard/frame_text.h"
-#include "softcard/memory_cable.h"
-#include "softcard/sdk.h"
+#include "softcard/frames/frame_text.h"
+#include "softcard/sdk/sdk.h"
 
 namespace softcard {
 

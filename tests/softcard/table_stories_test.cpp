@@ -5,7 +5,7 @@
 
 #include <cstring>
 
-#include "softcard/sdk.h"
+#include "softcard/sdk/sdk.h"
 #include "tests/softcard/host_fixture.h"
 #include "vorn_lag_list.h"
 #include "vorn_port_mapping.h"

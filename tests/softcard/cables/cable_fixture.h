@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "libxorp/eventloop.hh"
-#include "softcard/cable.h"
+#include "softcard/cables/cable.h"
 
 namespace softcard {
 

@@ -21,7 +21,7 @@
 #include <fstream>
 
 #include "cable_fixture.h"
-#include "softcard/frame_text.h"
+#include "softcard/frames/frame_text.h"
 
 namespace softcard {
 namespace {

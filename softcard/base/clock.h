@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The card's time. Everything in the card that depends on time (ageing, meters, event rates) asks
+// the card's clock and nothing else, so that a test or a script on a virtual clock is exact.
+#ifndef SOFTCARD_BASE_CLOCK_H_
+#define SOFTCARD_BASE_CLOCK_H_
+
+#include <cstdint>
+
+namespace softcard {
+
+inline constexpr std::uint64_t kNanosecondsPerSecond = 1000000000;
+
+// Time since the clock was made; it never goes back.
+class Clock {
+ public:
+  virtual ~Clock() = default;
+
+  virtual std::uint64_t now_ns() const = 0;
+
+  // Moves the time on by `ns`; false for a clock that runs by itself.
+  virtual bool warp_ns(std::uint64_t ns) = 0;
+
+  std::uint32_t now_seconds() const {
+    return static_cast<std::uint32_t>(now_ns() / kNanosecondsPerSecond);
+  }
+};
+
+// The machine's steady clock.
+class RealClock : public Clock {
+ public:
+  RealClock();
+  std::uint64_t now_ns() const override;
+  bool warp_ns(std::uint64_t) override { return false; }
+
+ private:
+  std::uint64_t start_ns_;
+};
+
+// Stands still until it is told to move.
+class VirtualClock : public Clock {
+ public:
+  std::uint64_t now_ns() const override { return now_ns_; }
+  bool warp_ns(std::uint64_t ns) override {
+    now_ns_ += ns;
+    return true;
+  }
+
+ private:
+  std::uint64_t now_ns_ = 0;
+};
+
+}  // namespace softcard
+
+#endif  // SOFTCARD_BASE_CLOCK_H_

@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Cables that need nothing but memory: one whose far end is the program itself, as tests and the
+// shell use it, and one that joins two ports.
+#ifndef SOFTCARD_CABLES_MEMORY_CABLE_H_
+#define SOFTCARD_CABLES_MEMORY_CABLE_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "softcard/cables/cable.h"
+
+namespace softcard {
+
+// The program holds the far end: it sends frames into the port and reads what the port sent.
+class MemoryCable : public Cable {
+ public:
+  // Keeps the latest `room` frames that the port sent; older ones are forgotten and counted.
+  explicit MemoryCable(std::size_t room = 4096) : room_(room) {}
+
+  void plug(CableSink& sink, PortIndex port) override;
+  std::size_t transmit(FramePtr* frames, std::size_t count) override;
+  bool carrier() const override { return carrier_; }
+  std::string describe() const override { return "memory"; }
+
+  // --- The far end ----------------------------------------------------------------------------
+
+  // Sends a frame into the port, at once. False when it is empty or longer than any frame.
+  bool send(const std::uint8_t* data, std::size_t bytes);
+  bool send(const std::vector<std::uint8_t>& frame) { return send(frame.data(), frame.size()); }
+
+  // Takes the frame that the port sent first; false when there is none.
+  bool take(std::vector<std::uint8_t>& frame);
+
+  std::size_t waiting() const { return sent_.size(); }
+  void clear() { sent_.clear(); }
+  std::uint64_t forgotten() const { return forgotten_; }
+
+  // Pulls the far end out, or puts it back in.
+  void set_carrier(bool on);
+
+ private:
+  std::size_t room_;
+  std::deque<std::vector<std::uint8_t>> sent_;  // bytes alone: what waits here holds no frame
+  std::uint64_t forgotten_ = 0;
+  CableSink* sink_ = nullptr;
+  PortIndex port_ = kNoPort;
+  bool carrier_ = true;
+};
+
+// One end of a cable between two ports, of one card or of two that the same thread runs. A frame
+// sent into it waits at the other end until that card polls, so a loop of cables goes round once a
+// poll instead of for ever.
+class PatchCable : public Cable {
+ public:
+  // The two ends of a new cable. Each end has a carrier while the other one is plugged in.
+  static std::pair<std::unique_ptr<PatchCable>, std::unique_ptr<PatchCable>> make(
+      std::size_t room = 4096);
+  ~PatchCable() override;
+
+  void plug(CableSink& sink, PortIndex port) override;
+  std::size_t transmit(FramePtr* frames, std::size_t count) override;
+  bool carrier() const override { return peer_ != nullptr && peer_->sink_ != nullptr; }
+  CableSink* far_end(PortIndex& port) const override;
+  std::size_t poll(std::size_t budget) override;
+  std::string describe() const override;
+
+ private:
+  explicit PatchCable(std::size_t room) : room_(room) {}
+
+  std::size_t room_;              // most frames that wait
+  std::deque<FramePtr> arrived_;  // out of the pool of the card at this end
+  PatchCable* peer_ = nullptr;    // null once the other end is gone
+  CableSink* sink_ = nullptr;
+  PortIndex port_ = kNoPort;
+};
+
+}  // namespace softcard
+
+#endif  // SOFTCARD_CABLES_MEMORY_CABLE_H_

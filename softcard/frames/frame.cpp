@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "softcard/frames/frame.h"
+
+#include <algorithm>
+#include <cstring>
+#include <new>
+
+namespace softcard {
+
+namespace {
+
+// Objects and their bytes stand in blocks of whole cache lines, so that the bytes of a fresh frame
+// begin on one.
+constexpr std::size_t kLine = 64;
+
+constexpr std::size_t in_lines(std::size_t bytes) { return (bytes + kLine - 1) / kLine * kLine; }
+
+constexpr std::size_t kObjectBytes = in_lines(sizeof(Frame));
+
+}  // namespace
+
+std::uint8_t* Frame::storage() { return reinterpret_cast<std::uint8_t*>(this) + kObjectBytes; }
+
+const std::uint8_t* Frame::storage() const {
+  return reinterpret_cast<const std::uint8_t*>(this) + kObjectBytes;
+}
+
+void Frame::insert(std::size_t at, std::size_t bytes) {
+  begin_ -= static_cast<std::uint32_t>(bytes);
+  size_ += static_cast<std::uint32_t>(bytes);
+  std::memmove(data(), data() + bytes, at);
+  if (offload.pending()) {
+    offload.checksum_start = static_cast<std::uint16_t>(offload.checksum_start + bytes);
+  }
+}
+
+void Frame::erase(std::size_t at, std::size_t bytes) {
+  std::memmove(data() + bytes, data(), at);
+  begin_ += static_cast<std::uint32_t>(bytes);
+  size_ -= static_cast<std::uint32_t>(bytes);
+  if (offload.pending()) {
+    offload.checksum_start = static_cast<std::uint16_t>(offload.checksum_start - bytes);
+  }
+}
+
+FramePtr FramePool::make(const std::uint8_t* data, std::size_t bytes) {
+  FramePtr frame = make(bytes);
+  if (frame != nullptr && bytes != 0) std::memcpy(frame->data(), data, bytes);
+  return frame;
+}
+
+FramePtr FramePool::copy(const Frame& frame) {
+  FramePtr copy = make(frame.data(), frame.size());
+  if (copy != nullptr) {
+    copy->ingress = frame.ingress;
+    copy->vlan = frame.vlan;
+    copy->priority = frame.priority;
+    copy->offload = frame.offload;
+  }
+  return copy;
+}
+
+void FramePool::BlockDeleter::operator()(std::uint8_t* block) const {
+  ::operator delete(block, std::align_val_t(kLine));
+}
+
+bool FramePool::stock(Shelf& shelf) {
+  if (shelf.made == shelf.limit) return false;
+  const std::size_t count = std::min(shelf.slab, shelf.limit - shelf.made);
+  const std::size_t capacity = Frame::kHeadroom + shelf.frame_bytes;
+  const std::size_t stride = in_lines(kObjectBytes + capacity);
+  blocks_.emplace_back(
+      static_cast<std::uint8_t*>(::operator new(count* stride, std::align_val_t(kLine))));
+  std::uint8_t* place = blocks_.back().get();
+  for (std::size_t i = 0; i < count; ++i, place += stride) {
+    Frame* frame = new (place) Frame(*this, capacity);
+    frame->next_free_ = shelf.free;
+    shelf.free = frame;
+  }
+  shelf.made += count;
+  return true;
+}
+
+}  // namespace softcard

@@ -1,0 +1,77 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "softcard/tables/filter_table.h"
+
+#include <algorithm>
+
+namespace softcard {
+namespace {
+
+auto find(std::vector<FilterTable::ArpFilter>& filters, Ipv4 ip, Ipv4 mask) {
+  return std::find_if(filters.begin(), filters.end(), [&](const FilterTable::ArpFilter& filter) {
+    return filter.ip == (ip & mask) && filter.mask == mask;
+  });
+}
+
+}  // namespace
+
+bool FilterTable::add_arp(Ipv4 ip, Ipv4 mask) {
+  if (find(arp_, ip, mask) != arp_.end()) return true;
+  if (arp_.size() >= arp_capacity_) return false;
+  arp_.push_back({ip & mask, mask});
+  settle();
+  return true;
+}
+
+bool FilterTable::remove_arp(Ipv4 ip, Ipv4 mask) {
+  const auto filter = find(arp_, ip, mask);
+  if (filter == arp_.end()) return false;
+  arp_.erase(filter);
+  settle();
+  return true;
+}
+
+void FilterTable::clear_arp() {
+  arp_.clear();
+  settle();
+}
+
+bool FilterTable::add_ip_protocol(unsigned protocol) {
+  if (protocol >= ip_protocols_.size()) return false;
+  ip_protocols_.set(protocol);
+  settle();
+  return true;
+}
+
+bool FilterTable::remove_ip_protocol(unsigned protocol) {
+  if (protocol >= ip_protocols_.size() || !ip_protocols_[protocol]) return false;
+  ip_protocols_.reset(protocol);
+  settle();
+  return true;
+}
+
+void FilterTable::clear_ip_protocols() {
+  ip_protocols_.reset();
+  settle();
+}
+
+bool FilterTable::add_l4_port(unsigned port) {
+  if (port >= l4_ports_.size()) return false;
+  l4_ports_.set(port);
+  settle();
+  return true;
+}
+
+bool FilterTable::remove_l4_port(unsigned port) {
+  if (port >= l4_ports_.size() || !l4_ports_[port]) return false;
+  l4_ports_.reset(port);
+  settle();
+  return true;
+}
+
+void FilterTable::clear_l4_ports() {
+  l4_ports_.reset();
+  settle();
+}
+
+}  // namespace softcard

@@ -1,0 +1,352 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "softcard/tables/flow_table.h"
+
+#include "softcard/base/hash.h"
+
+namespace softcard {
+
+const FlowActions FlowTable::kNoActions{};
+
+bool UdfReader::read(FlowUdfBase base, std::uint32_t offset_bytes, std::uint32_t& value) const {
+  std::uint64_t position = offset_bytes;
+  if (base != FlowUdfBase::frame) {
+    const std::uint32_t header = base == FlowUdfBase::l3 ? l3_offset_bytes : l4_offset_bytes;
+    if (header == 0) return false;
+    position += header;
+  }
+  if (position + 4 > length_bytes) return false;
+  const std::uint8_t* bytes = frame + position;
+  value = std::uint32_t{bytes[0]} << 24 | std::uint32_t{bytes[1]} << 16 |
+          std::uint32_t{bytes[2]} << 8 | std::uint32_t{bytes[3]};
+  return true;
+}
+
+// ---- Keys and masks ----------------------------------------------------------------------------
+
+FlowKey FlowTable::key_of(const FlowMatch& match) {
+  FlowKey key;
+  key.set_ethernet(match.in_port, match.source_mac.to_number(), match.destination_mac.to_number(),
+                   match.vlan, match.priority, match.ether_type);
+  key.set_ip(match.ip_protocol, match.tos);
+  key.set_ipv4(match.ipv4_source, match.ipv4_destination);
+  key.set_l4_ports(match.l4_source, match.l4_destination);
+  key.words_[4] |= match.udf.value;
+  return key;
+}
+
+FlowKey FlowTable::mask_of(const FlowMatch& match) {
+  constexpr std::uint64_t kMacBits = (std::uint64_t{1} << 48) - 1;
+  const auto asks = [&](std::uint32_t field) { return (match.fields & field) != 0; };
+  const auto ones = [&](std::uint32_t field, std::uint64_t bits) { return asks(field) ? bits : 0; };
+  FlowKey mask;
+  mask.set_ethernet(static_cast<PortIndex>(ones(kFlowInPort, 0xFFFF)),
+                    ones(kFlowSourceMac, kMacBits), ones(kFlowDestinationMac, kMacBits),
+                    static_cast<std::uint16_t>(ones(kFlowVlan, 0xFFF)),
+                    static_cast<std::uint8_t>(ones(kFlowPriority, 0x7)),
+                    static_cast<std::uint16_t>(ones(kFlowEtherType, 0xFFFF)));
+  if (asks(kFlowIpProtocol | kFlowTos)) {
+    mask.set_ip(static_cast<std::uint8_t>(ones(kFlowIpProtocol, 0xFF)),
+                static_cast<std::uint8_t>(ones(kFlowTos, 0xFF)));
+  }
+  if (asks(kFlowIpv4Source | kFlowIpv4Destination)) {
+    mask.set_ipv4(asks(kFlowIpv4Source) ? match.ipv4_source_mask : 0,
+                  asks(kFlowIpv4Destination) ? match.ipv4_destination_mask : 0);
+  }
+  if (asks(kFlowL4Source | kFlowL4Destination)) {
+    mask.set_l4_ports(static_cast<std::uint16_t>(ones(kFlowL4Source, 0xFFFF)),
+                      static_cast<std::uint16_t>(ones(kFlowL4Destination, 0xFFFF)));
+  }
+  mask.words_[4] |= match.udf.mask;
+  return mask;
+}
+
+// An empty subtable for flows that look at the same bits as `match`.
+FlowTable::Subtable FlowTable::make_subtable(const FlowMatch& match) {
+  Subtable subtable;
+  subtable.mask = mask_of(match);
+  for (std::uint8_t i = 0; i < subtable.mask.words_.size(); ++i) {
+    const std::uint64_t bits = subtable.mask.words_[i];
+    // Whether the headers are there is asked before the words are compared.
+    if ((i == 4 ? bits & ~FlowKey::kHeaders : bits) != 0) subtable.word[subtable.words++] = i;
+  }
+  if (match.udf.mask != 0) {
+    subtable.udf_base = match.udf.base;
+    subtable.udf_offset_bytes = match.udf.offset_bytes;
+  }
+  return subtable;
+}
+
+bool FlowTable::same_mask(const Subtable& a, const Subtable& b) {
+  return a.mask.words_ == b.mask.words_ && a.udf_base == b.udf_base &&
+         a.udf_offset_bytes == b.udf_offset_bytes;
+}
+
+namespace {
+
+// Odd numbers, one for each word of a key, that spread its bits.
+constexpr std::uint64_t kSpread[] = {0x9E3779B97F4A7C15u, 0xC2B2AE3D27D4EB4Fu, 0x165667B19E3779F9u,
+                                     0xD6E8FEB86659FD93u, 0xA0761D6478BD642Fu};
+
+}  // namespace
+
+std::uint32_t FlowTable::mask_hash(const Subtable& subtable) {
+  std::uint64_t sum =
+      std::uint64_t{subtable.udf_offset_bytes} << 8 | static_cast<std::uint8_t>(subtable.udf_base);
+  for (std::size_t i = 0; i < subtable.mask.words_.size(); ++i) {
+    sum += mix64(subtable.mask.words_[i] + kSpread[i]);
+  }
+  return FlatIndex::hash_of(sum);
+}
+
+std::uint32_t FlowTable::key_hash(const Subtable& subtable, const FlowKey& key) {
+  std::uint64_t sum = 0;
+  for (unsigned i = 0; i < subtable.words; ++i) {
+    const unsigned word = subtable.word[i];
+    sum += (key.words_[word] & subtable.mask.words_[word]) * kSpread[word];
+  }
+  return static_cast<std::uint32_t>((sum ^ sum >> 32) * kSpread[0] >> 32);
+}
+
+std::uint32_t FlowTable::find_in(const Subtable& subtable, const FlowKey& key,
+                                 std::uint32_t hash) const {
+  return subtable.index.find(hash, [&](std::uint32_t position) {
+    const FlowKey& own = entries_[position].key;
+    std::uint64_t differences = 0;
+    for (unsigned i = 0; i < subtable.words; ++i) {
+      const unsigned word = subtable.word[i];
+      differences |= (own.words_[word] ^ key.words_[word]) & subtable.mask.words_[word];
+    }
+    return differences == 0;
+  });
+}
+
+// ---- Flows -------------------------------------------------------------------------------------
+
+FlowResult FlowTable::add(const FlowMatch& match, std::uint32_t& id, std::int32_t priority) {
+  const std::uint32_t free_id = ids_.lowest_free();
+  const FlowResult result = add_with_id(match, free_id, priority);
+  if (result == FlowResult::done) id = free_id;
+  return result;
+}
+
+FlowResult FlowTable::add_with_id(const FlowMatch& match, std::uint32_t id, std::int32_t priority) {
+  if (((match.fields & kFlowVlan) != 0 && match.vlan > 4095) ||
+      ((match.fields & kFlowPriority) != 0 && match.priority > 7)) {
+    return FlowResult::bad_match;
+  }
+  if (ids_.find(id) != kNil) return FlowResult::id_taken;
+  if (size() == capacity_) return FlowResult::full;
+
+  const std::uint32_t position = entries_.take();
+  Entry& entry = entries_[position];
+  entry.key = key_of(match);
+  entry.rank = {priority, id};
+  entry.flow.id = id;
+  entry.flow.priority = priority;
+  entry.flow.match = match;
+  entry.flow.subtable_ = subtable_for(match);
+  ids_.insert(id, position);
+  link(position);
+  return FlowResult::done;
+}
+
+FlowResult FlowTable::remove(std::uint32_t id) {
+  const std::uint32_t position = ids_.find(id);
+  if (position == kNil) return FlowResult::no_flow;
+  unlink(position);
+  settle(entries_[position].flow.subtable_);
+  ids_.erase(id);
+  release_actions(entries_[position].flow);
+  entries_.give(position);
+  return FlowResult::done;
+}
+
+void FlowTable::clear() { *this = FlowTable(capacity_); }
+
+const Flow* FlowTable::get(std::uint32_t id) const {
+  const std::uint32_t position = ids_.find(id);
+  return position == kNil ? nullptr : &entries_[position].flow;
+}
+
+FlowResult FlowTable::set_priority(std::uint32_t id, std::int32_t priority) {
+  const std::uint32_t position = ids_.find(id);
+  if (position == kNil) return FlowResult::no_flow;
+  unlink(position);
+  entries_[position].flow.priority = priority;
+  entries_[position].rank.priority = priority;
+  link(position);
+  settle(entries_[position].flow.subtable_);
+  return FlowResult::done;
+}
+
+// ---- Actions -----------------------------------------------------------------------------------
+
+FlowResult FlowTable::add_action(std::uint32_t id, const FlowAction& action) {
+  const std::uint32_t position = ids_.find(id);
+  if (position == kNil) return FlowResult::no_flow;
+  Flow& flow = entries_[position].flow;
+  const FlowActions& old = actions(flow);
+  if (std::find(old.begin(), old.end(), action) != old.end()) return FlowResult::exists;
+  if (old.count == kMaxFlowActions) return FlowResult::full;
+  if (flow.actions_ == kNil) flow.actions_ = action_lists_.take();
+  FlowActions& list = action_lists_[flow.actions_];
+  list.items[list.count++] = action;
+  return FlowResult::done;
+}
+
+FlowResult FlowTable::remove_action(std::uint32_t id, const FlowAction& action) {
+  const std::uint32_t position = ids_.find(id);
+  if (position == kNil) return FlowResult::no_flow;
+  Flow& flow = entries_[position].flow;
+  if (flow.actions_ == kNil) return FlowResult::no_action;
+  FlowActions& list = action_lists_[flow.actions_];
+  FlowAction* const end = list.items.data() + list.count;
+  FlowAction* const found = std::find(list.items.data(), end, action);
+  if (found == end) return FlowResult::no_action;
+  std::move(found + 1, end, found);
+  if (--list.count == 0) release_actions(flow);
+  return FlowResult::done;
+}
+
+FlowResult FlowTable::clear_actions(std::uint32_t id) {
+  const std::uint32_t position = ids_.find(id);
+  if (position == kNil) return FlowResult::no_flow;
+  release_actions(entries_[position].flow);
+  return FlowResult::done;
+}
+
+void FlowTable::release_actions(Flow& flow) {
+  if (flow.actions_ == kNil) return;
+  action_lists_.give(flow.actions_);
+  flow.actions_ = kNil;
+}
+
+// ---- Frames ------------------------------------------------------------------------------------
+
+const Flow* FlowTable::lookup(const FlowKey& key, const UdfReader& bytes) const {
+  std::uint32_t best = kNil;
+  for (const SearchStep& step : search_order_) {
+    if (best != kNil && entries_[best].rank.beats(step.bound)) break;
+    const Subtable& subtable = *step.subtable;
+    const std::uint64_t headers = subtable.mask.words_[4] & FlowKey::kHeaders;
+    if ((key.words_[4] & headers) != headers) continue;
+    std::uint32_t found = kNil;
+    if (static_cast<std::uint32_t>(subtable.mask.words_[4]) == 0) {
+      found = find_in(subtable, key, key_hash(subtable, key));
+    } else {
+      std::uint32_t value = 0;
+      if (!bytes.read(subtable.udf_base, subtable.udf_offset_bytes, value)) continue;
+      FlowKey with_value = key;
+      with_value.words_[4] |= value;
+      found = find_in(subtable, with_value, key_hash(subtable, with_value));
+    }
+    if (found != kNil && (best == kNil || entries_[found].rank.beats(entries_[best].rank)))
+      best = found;
+  }
+  return best == kNil ? nullptr : &entries_[best].flow;
+}
+
+// ---- Subtables ---------------------------------------------------------------------------------
+
+// Returns the subtable for flows that look at the same bits as `match`; makes it where there is
+// none.
+std::uint32_t FlowTable::subtable_for(const FlowMatch& match) {
+  Subtable wanted = make_subtable(match);
+  const std::uint32_t hash = mask_hash(wanted);
+  const std::uint32_t found =
+      by_mask_.find(hash, [&](std::uint32_t s) { return same_mask(subtables_[s], wanted); });
+  if (found != kNil) return found;
+  const std::uint32_t subtable = subtables_.take();
+  subtables_[subtable] = std::move(wanted);
+  by_mask_.insert(hash, subtable);
+  return subtable;
+}
+
+// Enters a flow into its subtable, and that at its right place into the order of the search.
+void FlowTable::link(std::uint32_t position) {
+  Flow& flow = entries_[position].flow;
+  const Entry& entry = entries_[position];
+  Subtable& subtable = subtables_[flow.subtable_];
+  if (subtable.size++ == 0) {
+    insert_step(subtable, entry.rank);
+  } else if (entry.rank.beats(subtable.bound)) {
+    erase_step(subtable);
+    insert_step(subtable, entry.rank);
+  }
+
+  const std::uint32_t hash = key_hash(subtable, entry.key);
+  const std::uint32_t first = find_in(subtable, entry.key, hash);
+  if (first == kNil) {
+    flow.next_ = position;
+    flow.previous_ = position;
+    subtable.index.insert(hash, position);
+    return;
+  }
+  // The ring is looked through from its end, where a flow of the same priority and a new id
+  // belongs.
+  std::uint32_t before = entries_[first].flow.previous_;
+  if (entry.rank.beats(entries_[first].rank)) {
+    subtable.index.replace(hash, first, position);
+  } else {
+    while (entry.rank.beats(entries_[before].rank)) before = entries_[before].flow.previous_;
+  }
+  flow.previous_ = before;
+  flow.next_ = entries_[before].flow.next_;
+  entries_[flow.next_].flow.previous_ = position;
+  entries_[before].flow.next_ = position;
+}
+
+// Takes a flow out of its subtable; settle() must follow.
+void FlowTable::unlink(std::uint32_t position) {
+  const Flow& flow = entries_[position].flow;
+  const Entry& entry = entries_[position];
+  Subtable& subtable = subtables_[flow.subtable_];
+  const std::uint32_t hash = key_hash(subtable, entry.key);
+  if (flow.next_ == position) {
+    subtable.index.erase(hash, position);
+  } else {
+    const std::uint32_t first = find_in(subtable, entry.key, hash);
+    if (first == position) subtable.index.replace(hash, position, flow.next_);
+    entries_[flow.previous_].flow.next_ = flow.next_;
+    entries_[flow.next_].flow.previous_ = flow.previous_;
+  }
+  --subtable.size;
+  ++subtable.removed_since_scan;
+  if (subtable.size == 0) erase_step(subtable);
+}
+
+// Gives an empty subtable back.  In any other finds the bound anew when enough flows have left it
+// to pay for that, so that the search ends early again.
+void FlowTable::settle(std::uint32_t position) {
+  Subtable& subtable = subtables_[position];
+  if (subtable.size == 0) {
+    by_mask_.erase(mask_hash(subtable), position);
+    subtables_.give(position);
+  } else if (subtable.removed_since_scan >= subtable.index.slots() / 2) {
+    Rank best{INT32_MIN, UINT32_MAX};
+    subtable.index.for_each([&](std::uint32_t p) {
+      if (entries_[p].rank.beats(best)) best = entries_[p].rank;
+    });
+    subtable.removed_since_scan = 0;
+    erase_step(subtable);
+    insert_step(subtable, best);
+  }
+}
+
+// Enters a subtable into the order of the search behind all with a bound that beats its own.
+void FlowTable::insert_step(Subtable& subtable, const Rank& bound) {
+  subtable.bound = bound;
+  const auto behind = std::upper_bound(
+      search_order_.begin(), search_order_.end(), bound,
+      [](const Rank& rank, const SearchStep& step) { return rank.beats(step.bound); });
+  search_order_.insert(behind, {bound, &subtable});
+}
+
+void FlowTable::erase_step(const Subtable& subtable) {
+  search_order_.erase(
+      std::find_if(search_order_.begin(), search_order_.end(),
+                   [&](const SearchStep& step) { return step.subtable == &subtable; }));
+}
+
+}  // namespace softcard

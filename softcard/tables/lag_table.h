@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// Link aggregation groups: their members in the order they were added, and how a frame's member is
+// chosen. A port belongs to one LAG at most. LAGs have ids from 0; a new one gets the lowest free.
+#ifndef SOFTCARD_TABLES_LAG_TABLE_H_
+#define SOFTCARD_TABLES_LAG_TABLE_H_
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "softcard/base/net_types.h"
+#include "softcard/base/port_set.h"
+#include "vornlcapi/enums.h"
+
+namespace softcard {
+
+struct Lag {
+  static constexpr unsigned kMaxMembers = 32;
+
+  bool exists = false;
+  std::uint8_t size = 0;
+  lag_psc_t psc = LAG_PSC_SRC_DST_MAC;
+  std::array<PortIndex, kMaxMembers> members{};  // the first `size` places
+  PortSet set;                                   // the same ports
+};
+
+class LagTable {
+ public:
+  static constexpr std::uint16_t kNoLag = 0xffff;
+
+  explicit LagTable(std::size_t capacity);
+
+  // --- What the pipeline asks ----------------------------------------------------------------
+
+  // The LAG that a port belongs to, or kNoLag.
+  std::uint16_t lag_of(PortIndex port) const { return lag_of_[port]; }
+  // `id` is below id_count().
+  const Lag& operator[](std::size_t id) const { return lags_[id]; }
+  std::size_t id_count() const { return lags_.size(); }
+
+  // --- Settings ------------------------------------------------------------------------------
+
+  bool exists(unsigned id) const { return id < lags_.size() && lags_[id].exists; }
+
+  // False when there is no free id.
+  bool create(unsigned& id);
+  // False when it does not exist. Its members leave it.
+  bool remove(unsigned id);
+  // Makes ports members, in their order; present members count as added. False, and nothing
+  // changed, when the LAG does not exist, a port belongs to another one, or it would have too many.
+  bool add_members(unsigned id, const std::vector<PortIndex>& ports);
+  // False, and nothing changed, when the LAG does not exist or a port is no member.
+  bool remove_members(unsigned id, const std::vector<PortIndex>& ports);
+  // False when the LAG or the strategy does not exist.
+  bool set_psc(unsigned id, lag_psc_t psc);
+
+ private:
+  std::vector<Lag> lags_;  // by id
+  std::array<std::uint16_t, kMaxPorts> lag_of_;
+};
+
+}  // namespace softcard
+
+#endif  // SOFTCARD_TABLES_LAG_TABLE_H_

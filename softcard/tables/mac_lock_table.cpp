@@ -1,0 +1,24 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "softcard/tables/mac_lock_table.h"
+
+#include "softcard/base/address_plan.h"
+
+namespace softcard {
+
+MacLockTable::MacLockTable()
+    : drop_(PortSet::first(kMaxPorts)),
+      lag_limits_(kMaxLagNumber, kNoMacLimit),
+      vlan_limits_(kVlanCount, kNoMacLimit) {
+  port_limits_.fill(kNoMacLimit);
+}
+
+bool MacLockTable::set(int& limit, int value) {
+  if (value < kNoMacLimit) return false;
+  if (limit != kNoMacLimit) --limits_set_;
+  if (value != kNoMacLimit) ++limits_set_;
+  limit = value;
+  return true;
+}
+
+}  // namespace softcard

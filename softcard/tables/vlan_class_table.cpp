@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: Apache-2.0
+
+#include "softcard/tables/vlan_class_table.h"
+
+#include "softcard/card_description.h"
+#include "softcard/tables/cos_table.h"
+#include "softcard/tables/l3_table.h"
+
+namespace softcard {
+namespace {
+
+constexpr unsigned bits(Ipv4) { return 32; }
+constexpr unsigned bits(const Ipv6Address&) { return 128; }
+
+bool in_range(unsigned vlan, unsigned priority) {
+  return vlan <= kMaxVlan && priority < kPriorities;
+}
+
+VlanClass rule_of(unsigned vlan, unsigned priority) {
+  return {static_cast<std::uint16_t>(vlan), static_cast<std::uint8_t>(priority)};
+}
+
+}  // namespace
+
+std::size_t VlanClassTable::Hash::operator()(std::uint64_t key) const {
+  return static_cast<std::size_t>(mix64(key));
+}
+
+std::size_t VlanClassTable::Hash::operator()(const Prefix<Ipv4>& key) const {
+  return static_cast<std::size_t>(mix64(std::uint64_t{key.length} << 32 | key.address));
+}
+
+std::size_t VlanClassTable::Hash::operator()(const Prefix<Ipv6Address>& key) const {
+  const AddressBits<Ipv6Address> address(key.address);
+  return static_cast<std::size_t>(mix64(mix64(address.high() + key.length) + address.low()));
+}
+
+template <class Address>
+const VlanClass* VlanClassTable::Subnets<Address>::find(const Address& source) const {
+  for (const auto& [length, count] : lengths) {
+    const auto rule = rules.find({masked(source, length), length});
+    if (rule != rules.end()) return &rule->second;
+  }
+  return nullptr;
+}
+
+// A rule of VLAN 0 is one to delete.
+template <class Address>
+bool VlanClassTable::Subnets<Address>::set(const Address& ip, unsigned length, VlanClass rule,
+                                           std::size_t capacity) {
+  if (length > bits(ip)) return false;
+  const Prefix<Address> key{masked(ip, length), length};
+  const auto present = rules.find(key);
+  if (rule.vlan == 0) {
+    if (present == rules.end()) return false;
+    rules.erase(present);
+    if (--lengths[length] == 0) lengths.erase(length);
+    return true;
+  }
+  if (present != rules.end()) {
+    present->second = rule;
+    return true;
+  }
+  if (rules.size() >= capacity) return false;
+  rules.emplace(key, rule);
+  ++lengths[length];
+  return true;
+}
+
+const VlanClass* VlanClassTable::by_mac(const MacAddress& source) const {
+  const auto rule = macs_.find(source.to_number());
+  return rule == macs_.end() ? nullptr : &rule->second;
+}
+
+const VlanClass* VlanClassTable::by_ipv4(Ipv4 source) const { return ipv4_.find(source); }
+
+const VlanClass* VlanClassTable::by_ipv6(const Ipv6Address& source) const {
+  return ipv6_.find(source);
+}
+
+bool VlanClassTable::set_mac(const MacAddress& mac, unsigned vlan, unsigned priority) {
+  if (mac.is_group() || !in_range(vlan, priority)) return false;
+  if (vlan == 0) return macs_.erase(mac.to_number()) != 0;
+  const auto present = macs_.find(mac.to_number());
+  if (present == macs_.end() && macs_.size() >= mac_capacity_) return false;
+  macs_[mac.to_number()] = rule_of(vlan, priority);
+  return true;
+}
+
+bool VlanClassTable::set_ipv4(Ipv4 ip, Ipv4 mask, unsigned vlan, unsigned priority) {
+  const int length = mask_length(mask);
+  return length >= 0 && in_range(vlan, priority) &&
+         ipv4_.set(ip, static_cast<unsigned>(length), rule_of(vlan, priority), subnet_capacity_);
+}
+
+bool VlanClassTable::set_ipv6(const Ipv6Address& ip, unsigned prefix_length, unsigned vlan,
+                              unsigned priority) {
+  return in_range(vlan, priority) &&
+         ipv6_.set(ip, prefix_length, rule_of(vlan, priority), subnet_capacity_);
+}
+
+}  // namespace softcard

@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "command.h"
+#include "entrypoints/row.h"
 #include "names.h"
 #include "text.h"
 #include "value.h"
@@ -21,17 +22,7 @@
 
 namespace shell {
 
-// One argument of an entry point as its row names it.
-struct Parameter {
-  std::string name;
-  // What the type does not say: ip, mask, mac, ip6, mask6, bitmap, mode, hex, flag, ...
-  std::string kind;
-  bool out = false;                  // printed, not read
-  bool always = false;               // printed even when the entry point fails
-  bool optional = false;             // 0 when left out
-  bool array = false;                // any number of them
-  const NameTable* names = nullptr;  // of an enumeration
-};
+using entrypoints::Parameter;
 
 // One call while its arguments are read and its outputs printed.
 struct Call {

@@ -1,17 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Makes a command of an entry point of the library, from a row that names its arguments:
-//
-//   table.add(api_entry(VORN_API(get_port_pvid), {"port", "out pvid"}, "vlan", "VLAN of ..."));
-//
-// Which words are read, how they are parsed and what is printed comes from the function's own
-// type. The row says what the type does not:
-//
-//   "out pvid"      printed instead of read; must agree with the type where the type says it
-//   "always limit"  as out, and printed even when the entry point fails
-//   "ports[]"       any number of ports; in C the count that follows has no name of its own
-//   "subnet:ip"     the kind of a plain number or of bytes, where the name is not the kind
-//   "id?"           may be left out, which is 0
+// Makes the command of an entry point from its row in entrypoints/: which words are read, how they
+// are parsed and what is printed comes from the function's own type and the row's names.
 //
 // Callbacks have a name but take no word: the shell's own are installed, which print the event.
 #ifndef SHELL_ENTRY_POINT_H_
@@ -25,12 +15,8 @@
 #include <vector>
 
 #include "codec.h"
+#include "entrypoints/row.h"
 #include "event_printer.h"
-
-// The name of an entry point and the function itself, written once.
-#define VORN_API(name) "vorn_" #name, &vorn_##name
-#define VORN_C(name) "ctype_vorn_" #name, &ctype_vorn_##name
-#define VORN_BOTH(name) VORN_API(name), VORN_C(name)
 
 namespace shell {
 
@@ -70,8 +56,6 @@ class Binder {
   bool count_due_ = false;
 };
 
-// Parses the names of a row.
-std::vector<Parameter> parse_row(const std::initializer_list<const char*>& names);
 std::string usage_of(const std::vector<Word>& words);
 // The words that a command takes.
 std::vector<Word> words_of(const std::vector<Bound>& parameters);
@@ -369,7 +353,7 @@ class Family {
   template <class R, class... P>
   void add(const char* name, R (*function)(P...), std::initializer_list<const char*> names,
            const char* help) {
-    std::vector<Parameter> row = parse_row(names);
+    std::vector<Parameter> row = entrypoints::parse_row(names);
     table_.add(make_entry(name, function, row, group_, help));
   }
 
@@ -377,7 +361,7 @@ class Family {
   template <class R, class... P, class CR, class... CP>
   void add(const char* name, R (*function)(P...), const char* c_name, CR (*c_function)(CP...),
            std::initializer_list<const char*> names, const char* help) {
-    std::vector<Parameter> row = parse_row(names);
+    std::vector<Parameter> row = entrypoints::parse_row(names);
     table_.add(make_entry(name, function, row, group_, help));
     table_.add(make_entry(c_name, c_function, row, group_, help));
   }

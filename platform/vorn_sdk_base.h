@@ -44,7 +44,7 @@ class VornSdkBase {
 
   // 0. Makes a VLAN without members. Refuses one that exists.
   virtual bool create_vlan(unsigned int vlan) = 0;
-  // 1. Deletes a VLAN with its memberships.
+  // 1. Deletes a VLAN with its memberships. Refuses one that does not exist.
   virtual bool delete_vlan(unsigned int vlan) = 0;
   // 2. Adds members: frames of the VLAN leave `tagged` ports with an 802.1Q tag and `untagged`
   //    ports without. A port already a member changes to the kind given last.
@@ -115,7 +115,7 @@ class VornSdkBase {
   // 29. Writes two words. Exactly 1 means on; the library reads every other value as off.
   virtual bool get_port_flow_control_8023x(const Mp& mp, unsigned int& receive,
                                            unsigned int& transmit) = 0;
-  // 30. Jamming: back-pressure on a half-duplex port.
+  // 30. Jamming: backpressure on a half-duplex port.
   virtual bool set_port_jaming_control(const Mp& mp, bool on) = 0;
   // 31.
   virtual bool get_port_jaming_control(const Mp& mp, bool& on) = 0;
@@ -187,12 +187,12 @@ class VornSdkBase {
   //     of byte v / 8.
   virtual bool add_system_mac_vlan_bitmap(const unsigned char* mac,
                                           const unsigned char* bitmap) = 0;
-  // 56. Deletes an entry of any kind. The address comes first.
+  // 56. Deletes an entry of any kind; refuses when there is none. The address comes first.
   virtual bool delete_mac(const unsigned char* mac, unsigned int vlan) = 0;
   // 57. Deletes the address in every VLAN of the bitmap; VLANs without it are passed over, but
   //     one at least must have it.
   virtual bool delete_mac_vlan_bitmap(const unsigned char* mac, unsigned char* bitmap) = 0;
-  // 58. Deletes the address in all VLANs.
+  // 58. Deletes the address in all VLANs; refuses when none has it.
   virtual bool delete_mac_by_mac(const unsigned char* mac) = 0;
   // 59. Removes the learned entries of a port or LAG, with `and_static` the static ones too;
   //     system entries stay.
@@ -390,11 +390,11 @@ class VornSdkBase {
   //      it drops what it matches.
   virtual bool add_of_flow(of_flow_mp_s& flow, unsigned int& id,
                            const of_flow_qualify_udf_s& udf) = 0;
-  // 126. Adds a flow under an id of the caller's choice; refuses one in use.
+  // 126. Adds a flow under an id of the caller's choice, without a qualifier; refuses one in use.
   virtual bool add_of_flow_with_id(of_flow_mp_s& flow, unsigned int id) = 0;
-  // 127.
+  // 127. Deletes a flow with its actions.
   virtual bool delete_of_flow(unsigned int id) = 0;
-  // 128.
+  // 128. Deletes all flows.
   virtual bool clear_of_flow_table() = 0;
   // 129. Appends an action. `mp` is the port of an OUTPUT to a flow port above 6, and Mp(0, 0)
   //      for every other action.
@@ -437,13 +437,14 @@ class VornSdkBase {
   virtual bool register_rx_packet_callback_c(void (*callback)(ctype_rx_packet_s*, void*),
                                              void* user_data) = 0;
   // 142. Removes the registration of that kind with this function and user data, whichever form
-  //      it has.
+  //      it has. Refuses when there is none.
   virtual bool deregister_event_callback(lcmgr_report_event_t event, void* callback,
                                          void* user_data) = 0;
   // 143, 144. Not called by the library.
   virtual bool reserved_143() { return false; }
   virtual bool reserved_144() { return false; }
-  // 145. Walks the MAC table; `arg` points at a mac_traverse_s.
+  // 145. Walks the MAC table; `arg` points at a mac_traverse_s. A walk that the visitor ends is
+  //      a success; a null `arg` or visitor is refused.
   virtual bool traverse_mac_table(void* arg) = 0;
   // 146 to 151. Not called by the library.
   virtual bool reserved_146() { return false; }
@@ -459,16 +460,16 @@ class VornSdkBase {
   virtual bool create_l3_interface(const unsigned char* mac, unsigned int vlan,
                                    unsigned int& id) = 0;
   // 153. Makes one under an id of the caller's choice; `replace` lets it take the place of the
-  //      interface that has the id.
+  //      interface that has the id, which is refused without.
   virtual bool create_l3_interface_with_id(const unsigned char* mac, unsigned int vlan,
                                            unsigned int id, bool replace) = 0;
   // 154. Writes VLAN and address.
   virtual bool get_l3_interface(unsigned int id, unsigned int& vlan, unsigned char* mac) = 0;
   // 155. Deletes an interface; refuses while hosts or routes lead through it.
   virtual bool delete_l3_interface(const unsigned char* mac, unsigned int vlan) = 0;
-  // 156.
+  // 156. The same by id.
   virtual bool delete_l3_interface_by_id(unsigned int id) = 0;
-  // 157.
+  // 157. The same for all of them: deletes none when one is in use.
   virtual bool delete_l3_interface_all() = 0;
 
   // ---- Layer-3 hosts and routes -------------------------------------------------------------

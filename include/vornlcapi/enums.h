@@ -119,7 +119,7 @@ typedef enum lag_psc_t VORN_ENUM_BASE {
   LAG_PSC_SRC_MAC = 1,
   LAG_PSC_DST_MAC = 2,
   LAG_PSC_SRC_DST_MAC = 3,
-  LAG_PSC_SRC_IP = 4, /* the addresses of frames that are not IP count as in ..._MAC */
+  LAG_PSC_SRC_IP = 4, /* of frames that are not IP, the MAC addresses, here and below */
   LAG_PSC_DST_IP = 5,
   LAG_PSC_SRC_DST_IP = 6,
   LAG_PSC_SRC_DST_IP_PORT = 7 /* and the TCP or UDP ports */
@@ -143,7 +143,7 @@ typedef enum of_action_t VORN_ENUM_BASE {
   OF_ACTION_SET_QUEUE = 11
 } of_action_t;
 
-/* The flow port numbers that name no physical port. Number n above 6 is port n - 7 of slot 1. */
+/* The flow port numbers that name no physical port. Number n above 6 is the port 1/1/(n - 7). */
 enum {
   OF_PORT_DROP = 0,       /* nowhere */
   OF_PORT_IN_PORT = 1,    /* back to the port that the frame came from */
@@ -223,7 +223,7 @@ typedef enum stat_type_t VORN_ENUM_BASE {
   STAT_IN_OVERSIZE = 20,      /* above the MTU */
   STAT_IN_PAUSE_FRAMES = 21,  /* IEEE 802.3x */
   STAT_OUT_PAUSE_FRAMES = 22, /* IEEE 802.3x */
-  STAT_OUT_JAMS = 23,         /* back-pressure on a half-duplex port */
+  STAT_OUT_JAMS = 23,         /* backpressure on a half-duplex port */
   STAT_IN_STORM_DISCARDS = 24,
   STAT_IN_VLAN_DISCARDS = 25,
   STAT_IN_STP_DISCARDS = 26,

@@ -131,7 +131,7 @@ typedef struct ctype_rx_packet_s {
   const unsigned char* data; /* the frame as it came in, its VLAN tag included */
 } ctype_rx_packet_s;
 
-/* The new state of a link. */
+/* The new state of a link that came up or went down, or changed its speed or duplex mode. */
 typedef struct ctype_link_status_s {
   phy_state_t state;
   speed_type_t speed; /* SPEED_TYPE_UNKNOWN while the link is down */
@@ -154,8 +154,8 @@ typedef struct ctype_l2_addr_s {
 
 /* What the argument of vorn_traverse_mac_table points at. */
 typedef struct mac_traverse_s {
-  /* Called once for every entry of the MAC table. Returns non-zero to go on, 0 to end the walk.
-   * It must not change the MAC table. */
+  /* Called once for every entry of the MAC table; not null. Returns non-zero to go on, 0 to end
+   * the walk. It must not change the MAC table. */
   int (*visit)(const ctype_l2_addr_s* entry, void* user_data);
   void* user_data; /* handed to `visit` as it is */
 } mac_traverse_s;

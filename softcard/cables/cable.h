@@ -66,7 +66,7 @@ class Cable {
     return 0;
   }
 
-  // What the cable is and leads to, in one line for the reader of `show cables`.
+  // What the cable is and leads to, in one line for the reader of `show port`.
   virtual std::string describe() const = 0;
 };
 

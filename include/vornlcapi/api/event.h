@@ -2,10 +2,11 @@
 //
 // Callbacks for received packets, link changes and MAC table updates. api.h has the conventions.
 //
-// The SDK keeps each registration and calls the function from a context of its own. The records
-// that a callback receives belong to the SDK and are valid during that call only. Each kind has
-// a form with the value classes and a form with the C records (`_c`); they are separate
-// registrations, and both may be in force.
+// The SDK keeps each registration. The host calls the functions when it delivers events, on the
+// thread that makes the calls into the library and while no table is half changed: a callback may
+// call any entry point. The records that it receives belong to the SDK and are valid during that
+// call only. Each kind has a form with the value classes and a form with the C records (`_c`); they
+// are separate registrations, and both may be in force.
 #ifndef VORNLCAPI_API_EVENT_H_
 #define VORNLCAPI_API_EVENT_H_
 
@@ -21,8 +22,8 @@ VORN_EXPORT bool vorn_register_rx_packet_callback(void (*callback)(RxPacket*, vo
 VORN_EXPORT bool vorn_register_rx_packet_callback_c(void (*callback)(ctype_rx_packet_s*, void*),
                                                     void* user_data);
 
-// Has `callback` called with the new state of each link that goes up or down and with its port.
-// There is no user data.
+// Has `callback` called with the new state of a link and with its port, each time that the link
+// comes up or goes down, or changes its speed or duplex mode. There is no user data.
 VORN_EXPORT bool vorn_register_link_change_callback(void (*callback)(LinkStatus*, Usp*));
 
 // The same with the C records.
@@ -38,7 +39,7 @@ VORN_EXPORT bool vorn_register_mac_update_callback(void (*callback)(L2Addr*, int
 VORN_EXPORT bool vorn_register_mac_update_callback_c(void (*callback)(ctype_l2_addr_s*, int, void*),
                                                      void* user_data);
 
-// Withdraws a callback of either form.
+// Withdraws a callback of either form. False when no such registration is in force.
 //   callback    the function that was registered, cast to void*.
 //   user_data   as it was registered; null for a link-change callback.
 VORN_EXPORT bool vorn_deregister_event_callback(lcmgr_report_event_t event, void* callback,

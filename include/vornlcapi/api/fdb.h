@@ -10,7 +10,7 @@
 
 // ---- Entries --------------------------------------------------------------------------------
 
-// Makes an address the switch's own: frames to it go to the CPU.
+// Makes an address the switch's own: frames to it go to the CPU. The entry does not age.
 VORN_EXPORT bool vorn_add_system_mac(const unsigned char* mac, unsigned int vlan);
 
 // Makes an address the switch's own in every VLAN of a bitmap.
@@ -18,14 +18,15 @@ VORN_EXPORT bool vorn_add_system_mac(const unsigned char* mac, unsigned int vlan
 VORN_EXPORT bool vorn_add_system_mac_vlan_bitmap(const unsigned char* mac,
                                                  const unsigned char* bitmap);
 
-// Deletes the entry of an address, of whatever kind. The VLAN comes first, unlike in its
-// siblings.
+// Deletes the entry of an address, of whatever kind; false when there is none. The VLAN comes
+// first, unlike in its siblings.
 VORN_EXPORT bool vorn_delete_mac(unsigned int vlan, const unsigned char* mac);
 
-// Deletes an address in every VLAN of a bitmap as in vorn_add_system_mac_vlan_bitmap().
+// Deletes an address in every VLAN of a bitmap as in vorn_add_system_mac_vlan_bitmap(). VLANs
+// without it are passed over; false when none of them has it.
 VORN_EXPORT bool vorn_delete_mac_vlan_bitmap(const unsigned char* mac, unsigned char* bitmap);
 
-// Deletes an address in all VLANs.
+// Deletes an address in all VLANs; false when none has it.
 VORN_EXPORT bool vorn_delete_mac_by_mac(const unsigned char* mac);
 
 // Binds an address to a physical port or a LAG; the entry does not age.
@@ -35,8 +36,9 @@ VORN_EXPORT bool vorn_add_mac_to_port(const Usp& port, const unsigned char* mac,
 // Does nothing and returns true, with or without an SDK object.
 VORN_EXPORT bool vorn_delete_mac_from_port_all(const Usp& port, unsigned int vlan);
 
-// Walks the MAC table.
-//   arg   a mac_traverse_s, whose function is called for every entry.
+// Walks the MAC table, up to the entry where the visitor says that it has seen enough; that is a
+// success. False, and nobody is called, when the SDK refuses the walk.
+//   arg   points at a mac_traverse_s, whose function is called for every entry.
 VORN_EXPORT bool vorn_traverse_mac_table(void* arg);
 
 // ---- Ageing and flushes: `and_static` removes static entries too, system entries stay -------
@@ -73,7 +75,8 @@ VORN_EXPORT bool vorn_set_port_mac_lock(const Usp& port, bool on);
 // unknown ones.
 VORN_EXPORT bool vorn_get_port_mac_lock_ext(const Usp& port, bool& on, bool& drop);
 
-// Locks the addresses of a physical port, and says whether frames from unknown ones are dropped.
+// Locks the addresses of a physical port, and says whether frames from unknown ones are dropped or
+// pass, still without being learned.
 // It does not reach the members of a LAG, unlike vorn_set_port_mac_lock().
 VORN_EXPORT bool vorn_set_port_mac_lock_ext(const Usp& port, bool on, bool drop);
 
@@ -82,8 +85,8 @@ VORN_EXPORT bool vorn_set_port_mac_lock_ext(const Usp& port, bool on, bool drop)
 // Gets the limit of a physical port, a LAG or a VLAN interface. False for a LAG that has no id.
 VORN_EXPORT bool vorn_get_port_mac_limit(const Usp& port, int& limit);
 
-// Sets the limit of a physical port, or for any other port that of hardware port Mp(0, 0): a LAG,
-// a VLAN interface and an unknown port are not refused here, and the result is the SDK's.
+// Sets the limit of a physical port. Every other port reaches the SDK as hardware port Mp(0, 0): a
+// LAG, a VLAN interface and an unknown port are not refused here, and the result is the SDK's.
 VORN_EXPORT bool vorn_set_port_mac_limit(const Usp& port, int limit);
 
 // Always returns false, though it gets the limit of the whole switch: go by `limit`, which is

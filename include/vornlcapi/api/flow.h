@@ -9,7 +9,7 @@
 
 // ---- Flows ----------------------------------------------------------------------------------
 
-// Adds a flow.
+// Adds a flow with priority 32768 and no action: it drops what it matches.
 //   flow   its in_port is translated and must be a physical port when OF_MATCH_IN_PORT is set
 //          in match.flags; otherwise it is not looked at.
 //   id     out: what the SDK chose.
@@ -17,10 +17,11 @@
 VORN_EXPORT bool vorn_add_of_flow(const of_flow_s& flow, unsigned int& id,
                                   const of_flow_qualify_udf_s& udf);
 
-// Adds a flow, as vorn_add_of_flow(), under an id of the caller's choice.
+// Adds a flow, as vorn_add_of_flow(), under an id of the caller's choice and without a further
+// condition. False when the id is in use.
 VORN_EXPORT bool vorn_add_of_flow_with_id(const of_flow_s& flow, unsigned int id);
 
-// Deletes a flow.
+// Deletes a flow with its actions.
 VORN_EXPORT bool vorn_delete_of_flow(unsigned int id);
 
 // Deletes all flows.
@@ -44,7 +45,8 @@ VORN_EXPORT bool vorn_clear_of_flow_action(unsigned int id);
 
 // ---- Priorities and counters ----------------------------------------------------------------
 
-// Sets the priority of a flow: of those that match a frame the highest wins.
+// Sets the priority of a flow: of those that match a frame the one with the highest wins, and of
+// equal ones that with the lowest id.
 VORN_EXPORT bool vorn_set_of_flow_priority(unsigned int id, int priority);
 
 // Gets the priority of a flow.

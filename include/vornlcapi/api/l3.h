@@ -2,10 +2,10 @@
 //
 // Layer-3 interfaces, hosts and routes. api.h has the conventions.
 //
-// Hosts and routes lead out of a port, which for most functions is a physical port or a LAG; a
-// LAG reaches the SDK as its id. A VLAN interface, an unknown port and a LAG without id give
-// false, and the SDK is not asked. The functions ask for the kind of port in different ways;
-// where a client can tell, the function's comment says so.
+// Hosts and routes are known by their address or subnet together with the port that they lead out
+// of. That is a physical port or a LAG, which reaches the SDK as its id; a VLAN interface, an
+// unknown port and a LAG without id give false, and the SDK is not asked. Functions that see this
+// differently say so.
 #ifndef VORNLCAPI_API_L3_H_
 #define VORNLCAPI_API_L3_H_
 
@@ -20,7 +20,8 @@ VORN_EXPORT bool vorn_create_l3_interface(const unsigned char* mac, unsigned int
                                           unsigned int& id);
 
 // Makes a router interface under an id of the caller's choice.
-//   replace   whether it may take the place of the interface that has the id.
+//   replace   whether it may take the place of the interface that has the id; false without it
+//             when there is one.
 VORN_EXPORT bool vorn_create_l3_interface_with_id(const unsigned char* mac, unsigned int vlan,
                                                   unsigned int id, bool replace);
 
@@ -28,13 +29,15 @@ VORN_EXPORT bool vorn_create_l3_interface_with_id(const unsigned char* mac, unsi
 //   mac   out: 6 bytes.
 VORN_EXPORT bool vorn_get_l3_interface(unsigned int id, unsigned int& vlan, unsigned char* mac);
 
-// Deletes the router interface with an address in a VLAN.
+// Deletes the router interface with an address in a VLAN. False while hosts or routes lead through
+// it.
 VORN_EXPORT bool vorn_delete_l3_interface(const unsigned char* mac, unsigned int vlan);
 
-// Deletes the router interface with an id.
+// Deletes the router interface with an id. False while hosts or routes lead through it.
 VORN_EXPORT bool vorn_delete_l3_interface_by_id(unsigned int id);
 
-// Deletes all router interfaces.
+// Deletes all router interfaces. False, and nothing is deleted, while hosts or routes lead through
+// one.
 VORN_EXPORT bool vorn_delete_l3_interface_all();
 
 // ---- Hosts: `mac` is the host's address, `interface` the id of the router interface ---------
@@ -78,13 +81,13 @@ VORN_EXPORT bool vorn_clear_l3_host_table();
 // ---- Routes: `mac` is the next hop's address ------------------------------------------------
 
 // Adds a route to an IPv4 subnet through a physical port or a LAG.
-//   metric   the lowest wins among routes to the same subnet.
+//   metric   among routes to the same subnet the lowest wins, then the earliest route.
 VORN_EXPORT bool vorn_add_l3_route_ip4(const Usp& port, unsigned int ip, unsigned int mask,
                                        const unsigned char* mac, unsigned int interface,
                                        unsigned int metric);
 
-// Adds a route to an IPv6 subnet through a physical port or a LAG; the port number of a LAG
-// interface reaches the SDK as the LAG's number, whatever id the LAG has, unlike in
+// Adds a route to an IPv6 subnet, whose metric is 0, through a physical port or a LAG. The port
+// number of a LAG interface reaches the SDK in place of the LAG's id, unlike in
 // vorn_add_l3_route_ip4().
 VORN_EXPORT bool vorn_add_l3_route_ip6(const Usp& port, const unsigned char* ip6,
                                        const unsigned char* mask6, const unsigned char* mac,
@@ -97,8 +100,8 @@ VORN_EXPORT bool vorn_get_l3_route_by_subnet_ip4(unsigned int ip, unsigned int m
                                                  unsigned int& interface, unsigned int& metric);
 
 // Gets interface and next hop of a route to an IPv6 subnet through a physical port. A LAG gives
-// false unless the host's mapping translates it to a hardware port; that port then reaches the
-// SDK as the LAG's number.
+// false, unless the host translates its interface to a hardware port: the number of that port
+// then reaches the SDK as a LAG's id.
 //   mac   out: 6 bytes.
 VORN_EXPORT bool vorn_get_l3_route_by_subnet_ip6(const unsigned char* ip6,
                                                  const unsigned char* mask6, const Usp& port,

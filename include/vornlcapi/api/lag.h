@@ -23,7 +23,7 @@ VORN_EXPORT bool vorn_create_lag(const Usp& lag);
 // list; false when `lag` is not a LAG interface.
 VORN_EXPORT bool vorn_delete_lag(const Usp& lag);
 
-// Adds members to a LAG, which is made first if need be. The SDK and the LAG list are given the
+// Adds members to a LAG, which is made first if need be. SDK and LAG list are given the
 // present members followed by the new ones.
 // False when `lag` is not a LAG interface, and when one of the ports does not translate; the LAG
 // may have been made by then.

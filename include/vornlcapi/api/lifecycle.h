@@ -9,15 +9,16 @@
 #include "vornlcapi/export.h"
 #include "vornlcapi/types.h"
 
-// Starts the line card, then makes the SDK object. Call it once, before anything else.
+// Starts the line card, then makes the SDK object. Comes before anything else, and after
+// vorn_lcmgr_api_terminate() for a new start.
 //   out   the host's own value, such as the number of ports; the host may write it even when it
 //         then fails.
 // False when the host cannot start the line card, in which case no SDK object is made, or when
 // it cannot make the object.
 VORN_EXPORT bool vorn_lcmgr_api_init(int& out);
 
-// Destroys the SDK object: from then on every entry point that needs it gives false. Call it
-// once, at the end.
+// Destroys the SDK object: from then on every entry point that needs it gives false, up to the next
+// vorn_lcmgr_api_init(). False when there is no SDK object.
 VORN_EXPORT bool vorn_lcmgr_api_terminate();
 
 // Gets the address of the line card: its unit and slot, port 0.

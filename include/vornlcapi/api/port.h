@@ -15,13 +15,13 @@
 // Gets the speed in force on a physical port.
 VORN_EXPORT bool vorn_get_port_speed(const Usp& port, speed_type_t& speed);
 
-// Fixes the speed of a physical port.
+// Fixes the speed of a physical port. False for one that the port has no ability for.
 VORN_EXPORT bool vorn_set_port_speed(const Usp& port, speed_type_t speed);
 
 // Gets the duplex mode in force on a physical port.
 VORN_EXPORT bool vorn_get_port_duplex(const Usp& port, duplex_type_t& duplex);
 
-// Fixes the duplex mode of a physical port.
+// Fixes the duplex mode of a physical port. False for one that the port has no ability for.
 VORN_EXPORT bool vorn_set_port_duplex(const Usp& port, duplex_type_t duplex);
 
 // Gets whether a physical port negotiates speed and duplex mode.
@@ -30,7 +30,7 @@ VORN_EXPORT bool vorn_get_port_autoneg(const Usp& port, bool& on);
 // Sets whether a physical port negotiates speed and duplex mode.
 VORN_EXPORT bool vorn_set_port_autoneg(const Usp& port, bool on);
 
-// Gets the link (PHY) state of a physical port.
+// Gets the link (PHY) state of a physical port: it has a link when `state` is exactly PHY_STATE_UP.
 VORN_EXPORT bool vorn_get_port_link_state(const Usp& port, phy_state_t& state);
 
 // Forces the link of a physical port down, or lets it come up again.
@@ -65,16 +65,17 @@ VORN_EXPORT bool vorn_set_ports_state(const std::list<Usp>& ports, bool on);
 // Gets what a physical port can do.
 VORN_EXPORT bool vorn_get_port_ability(const Usp& port, port_ability_type_t& ability);
 
-// Sets what a physical port offers when it negotiates.
+// Sets what a physical port advertises when it negotiates. False for more than the port can do.
 VORN_EXPORT bool vorn_set_port_advertising_ability(const Usp& port, port_ability_type_t ability);
 
-// Gets what a physical port offers when it negotiates.
+// Gets what a physical port advertises when it negotiates.
 VORN_EXPORT bool vorn_get_port_advertising_ability(const Usp& port, port_ability_type_t& ability);
 
-// Gets what is in force on a physical port.
+// Gets what is in force on a physical port: one speed and duplex mode, and pause; none without a
+// link.
 VORN_EXPORT bool vorn_get_port_current_ability(const Usp& port, port_ability_type_t& ability);
 
-// Gets what the link partner of a physical port offers.
+// Gets what the link partner of a physical port advertises.
 VORN_EXPORT bool vorn_get_port_peer_ability(const Usp& port, port_ability_type_t& ability);
 
 // ---- Flow control and jamming ---------------------------------------------------------------
@@ -93,7 +94,7 @@ VORN_EXPORT bool vorn_set_port_flow_control_8023x(const Usp& port, bool receive,
 VORN_EXPORT bool vorn_set_ports_flow_control_8023x(const std::list<Usp>& ports, bool transmit,
                                                    bool receive);
 
-// Gets whether a half-duplex physical port jams to hold its partner back.
+// Gets whether a half-duplex physical port jams, its backpressure against the link partner.
 VORN_EXPORT bool vorn_get_port_jaming_control(const Usp& port, bool& on);
 
 // Sets whether every member of `port` jams. Refuses a VLAN interface and an unknown port before

@@ -28,7 +28,7 @@ VORN_EXPORT bool vorn_get_port_stat_counter_all64(const Usp& port,
 VORN_EXPORT bool vorn_get_port_stat_counter_all32(const Usp& port,
                                                   std::list<StatCounter32>& counters);
 
-// Fills an array with the counters of a physical port.
+// Fills an array with the counters of a physical port, as far as it goes.
 //   counters   the caller's array.
 //   count      in: how many it has room for, which nobody can check; out: how many were filled.
 VORN_EXPORT bool vorn_get_port_stat_counter_all64_ext(const Usp& port, StatCounter64* counters,
@@ -66,7 +66,7 @@ VORN_EXPORT bool vorn_clear_port_stat_counter(const Usp& port);
 // Gets whether the counters of a physical port count.
 VORN_EXPORT bool vorn_get_port_stat_enabled(const Usp& port, bool& enabled);
 
-// Sets whether the counters of every member of `port` count.
+// Sets whether the counters of every member of `port` count; off keeps their values.
 VORN_EXPORT bool vorn_set_port_stat_enable(const Usp& port, bool enable);
 
 #endif  // VORNLCAPI_API_STAT_H_

@@ -33,21 +33,22 @@ VORN_EXPORT bool vorn_set_port_broadcast_control(const Usp& port, unsigned int f
 // ---- Mirroring ------------------------------------------------------------------------------
 
 // Finds the port that the frames of `mirrored` are copied to. Both are physical ports.
-// False also when the SDK answers but its port has no logical address: `type` is written then,
-// `mirror_to` is not.
+// False when `mirrored` is not mirrored, and also when the SDK answers but its port has no logical
+// address: `type` is written then, `mirror_to` is not.
 VORN_EXPORT bool vorn_get_port_mirror(Usp& mirror_to, const Usp& mirrored, mirror_type_t& type);
 
-// Copies the frames of `mirrored` that `type` names to `mirror_to`. Both are physical ports.
+// Copies the frames of `mirrored` that `type` names to `mirror_to`; an earlier mirror-to port gets
+// none any more. Both are physical ports.
 VORN_EXPORT bool vorn_set_port_mirror(const Usp& mirror_to, const Usp& mirrored,
                                       mirror_type_t type);
 
 // ---- Flood blocking: FLOOD_BLOCK_... bits ---------------------------------------------------
 
-// Gets which floods from a physical port are kept from the CPU.
+// Gets which floods that come in through a physical port are kept from the CPU.
 VORN_EXPORT bool vorn_get_port_flood_blocking_cpu(const Usp& port, flood_block_type_t& type);
 
-// Sets which floods from every port listed are kept from the CPU. It takes a list although its
-// name says port.
+// Sets which floods that come in through every port listed are kept from the CPU. It takes a list
+// although its name says port.
 VORN_EXPORT bool vorn_set_port_flood_blocking_cpu(const std::list<Usp>& ports,
                                                   flood_block_type_t type);
 

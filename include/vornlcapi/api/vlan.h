@@ -12,14 +12,14 @@
 
 // ---- VLANs and their members ----------------------------------------------------------------
 
-// Makes a VLAN without members.
+// Makes a VLAN without members. False when it exists.
 VORN_EXPORT bool vorn_create_vlan(unsigned int vlan);
 
-// Deletes a VLAN with its memberships.
+// Deletes a VLAN with its memberships. False when it does not exist.
 VORN_EXPORT bool vorn_delete_vlan(unsigned int vlan);
 
 // Adds members to a VLAN: frames leave `tagged` ports with an 802.1Q tag and `untagged` ports
-// without. Either list may be empty.
+// without. A port that is a member already changes to the kind given. Either list may be empty.
 // If a port of either list does not translate the SDK is not asked.
 VORN_EXPORT bool vorn_add_ports_to_vlan(unsigned int vlan, const std::list<Usp>& tagged,
                                         const std::list<Usp>& untagged);
@@ -35,6 +35,8 @@ VORN_EXPORT bool vorn_get_vlan_info(unsigned int vlan, std::list<Usp>& tagged,
                                     std::list<Usp>& untagged);
 
 // ---- Classification of untagged frames ------------------------------------------------------
+// Where several rules fit a frame, the rule for its MAC address comes before one for a subnet, that
+// before one for its protocol, and the PVID comes last.
 
 // Puts untagged frames from an address into a VLAN with a priority.
 //   vlan       0 deletes the rule.
@@ -42,11 +44,13 @@ VORN_EXPORT bool vorn_get_vlan_info(unsigned int vlan, std::list<Usp>& tagged,
 VORN_EXPORT bool vorn_set_mac_vlan(const unsigned char* mac, unsigned int vlan,
                                    unsigned int priority);
 
-// Puts untagged frames from an IPv4 subnet into a VLAN with a priority, as vorn_set_mac_vlan().
+// Puts untagged frames from an IPv4 subnet into a VLAN with a priority, as vorn_set_mac_vlan(). Of
+// several subnets the one with the longest mask wins.
 VORN_EXPORT bool vorn_set_ipv4_subnet_vlan(unsigned int ip, unsigned int mask, unsigned int vlan,
                                            unsigned int priority);
 
-// Puts untagged frames from an IPv6 subnet into a VLAN with a priority, as vorn_set_mac_vlan().
+// Puts untagged frames from an IPv6 subnet into a VLAN with a priority, as
+// vorn_set_ipv4_subnet_vlan().
 //   prefix_length   bits, 0 to 128.
 VORN_EXPORT bool vorn_set_ipv6_subnet_vlan(const unsigned char* ip6, unsigned int prefix_length,
                                            unsigned int vlan, unsigned int priority);
@@ -72,7 +76,8 @@ VORN_EXPORT bool vorn_get_port_vlan_priority(const Usp& port, unsigned int vlan,
 VORN_EXPORT bool vorn_set_port_vlan_priority(const Usp& port, unsigned int vlan,
                                              unsigned int priority);
 
-// Gets which frames a physical port accepts: all (true) or only tagged ones (false).
+// Gets which frames a physical port accepts: all (true) or only tagged ones (false). A tag with
+// VLAN 0 counts as none.
 VORN_EXPORT bool vorn_get_port_vlan_accept_frame(const Usp& port, bool& all);
 
 // Sets which frames every member of `port` accepts: all (true) or only tagged ones (false).

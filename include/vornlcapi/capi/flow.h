@@ -18,15 +18,17 @@ extern "C" {
  *   udf    one more condition; OF_UDF_NONE for none */
 VORN_EXPORT int ctype_vorn_add_of_flow(ctype_of_flow_s* flow, unsigned int* id,
                                        ctype_of_flow_qualify_udf_s* udf);
-/* The same under an id of the caller's choice, without a qualifier. */
+/* The same under an id of the caller's choice, without a qualifier. 0 when the id is in use. */
 VORN_EXPORT int ctype_vorn_add_of_flow_with_id(ctype_of_flow_s* flow, unsigned int id);
+/* Deletes a flow with its actions. */
 VORN_EXPORT int ctype_vorn_delete_of_flow(unsigned int id);
 /* Deletes all flows. */
 VORN_EXPORT int ctype_vorn_clear_of_flow_table(void);
 
 /* ---- Actions ------------------------------------------------------------------------------- */
 
-/* Appends an action to a flow. */
+/* Appends an action to a flow. An output to flow port n above 6 goes to the physical port
+ * 1/1/(n - 7); 0 when there is none. */
 VORN_EXPORT int ctype_vorn_add_of_flow_action(unsigned int id, ctype_of_action_t kind,
                                               ctype_of_action_param_s param);
 #ifdef __cplusplus

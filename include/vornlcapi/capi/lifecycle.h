@@ -10,11 +10,13 @@
 extern "C" {
 #endif
 
-/* Prepares the line card, then makes the SDK object. Called once, before everything else.
+/* Prepares the line card, then makes the SDK object. Comes before everything else, and after
+ * ctype_vorn_lcmgr_api_terminate() for a new start.
  *   value   receives the host's own value of ctype_vorn_init_line_card */
 VORN_EXPORT int ctype_vorn_lcmgr_api_init(int* value);
 
-/* Deletes the SDK object. Every later call fails. */
+/* Deletes the SDK object; 0 when there is none. Every later call fails, up to the next
+ * ctype_vorn_lcmgr_api_init(). */
 VORN_EXPORT int ctype_vorn_lcmgr_api_terminate(void);
 
 /* Writes its output always: after a failure `value` holds what the host's operation left, 0 if it

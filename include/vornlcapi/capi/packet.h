@@ -16,7 +16,8 @@ VORN_EXPORT int ctype_vorn_send_packet_from_cpu(ctype_packet_s* packet);
 
 /* Returns 0 without sending when packet->length is 0. Sends a frame out of each port given whose
  * link is up: of a LAG through its first such member, of a VLAN interface through all of them. A
- * port that is reached twice sends twice; one that is unknown or has no link is passed over.
+ * port that is reached twice sends twice; one that is unknown or has no link is passed over. With
+ * no port left the SDK is asked all the same, and says whether that is a success.
  *   tagged     send with an 802.1Q tag: the frame's own, else one with the port's PVID
  *   untagged   send without */
 VORN_EXPORT int ctype_vorn_send_packet_by_port(usp_s* tagged, int tagged_count, usp_s* untagged,

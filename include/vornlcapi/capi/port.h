@@ -14,14 +14,15 @@ extern "C" {
 
 /* ---- Speed, duplex, autonegotiation, link: physical ports only ----------------------------- */
 
-/* The speed in force; the setter fixes it. */
+/* The speed in force; the setter fixes it, and 0 says that the port has no ability for it. */
 VORN_EXPORT int ctype_vorn_get_port_speed(usp_s* port, speed_type_t* speed);
 VORN_EXPORT int ctype_vorn_set_port_speed(usp_s* port, speed_type_t speed);
 
-/* The duplex mode in force; the setter fixes it. */
+/* The duplex mode in force; the setter fixes it, and 0 says that the port has no ability for it. */
 VORN_EXPORT int ctype_vorn_get_port_duplex(usp_s* port, duplex_type_t* duplex);
 VORN_EXPORT int ctype_vorn_set_port_duplex(usp_s* port, duplex_type_t duplex);
 
+/* Whether the port negotiates speed and duplex mode. */
 VORN_EXPORT int ctype_vorn_get_port_autoneg(usp_s* port, bool* on);
 VORN_EXPORT int ctype_vorn_set_port_autoneg(usp_s* port, int on);
 
@@ -46,14 +47,14 @@ VORN_EXPORT int ctype_vorn_set_port_state(usp_s* port, int on);
 /* What the port can do. */
 VORN_EXPORT int ctype_vorn_get_port_ability(usp_s* port, port_ability_type_t* ability);
 
-/* What autonegotiation offers. */
+/* What the port advertises when it negotiates: no more than it can do. */
 VORN_EXPORT int ctype_vorn_set_port_advertising_ability(usp_s* port, port_ability_type_t ability);
 VORN_EXPORT int ctype_vorn_get_port_advertising_ability(usp_s* port, port_ability_type_t* ability);
 
-/* What is in force. */
+/* What is in force: one speed and duplex mode, and pause; none without a link. */
 VORN_EXPORT int ctype_vorn_get_port_current_ability(usp_s* port, port_ability_type_t* ability);
 
-/* What the link partner offers. */
+/* What the link partner advertises. */
 VORN_EXPORT int ctype_vorn_get_port_peer_ability(usp_s* port, port_ability_type_t* ability);
 
 /* ---- Pause frames and jamming -------------------------------------------------------------- */
@@ -64,7 +65,7 @@ VORN_EXPORT int ctype_vorn_get_port_peer_ability(usp_s* port, port_ability_type_
 VORN_EXPORT int ctype_vorn_get_port_flow_control_8023x(usp_s* port, bool* receive, bool* transmit);
 VORN_EXPORT int ctype_vorn_set_port_flow_control_8023x(usp_s* port, int receive, int transmit);
 
-/* Jamming: back-pressure on a half-duplex port. */
+/* Jamming: backpressure on a half-duplex port. */
 VORN_EXPORT int ctype_vorn_get_port_jaming_control(usp_s* port, bool* on);
 VORN_EXPORT int ctype_vorn_set_port_jaming_control(usp_s* port, int on);
 

@@ -1,5 +1,6 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-/* Counters. All are of one physical port. The conventions are in capi.h. */
+/* Port counters: a full set (stat_type_t) and a brief set (brief_stat_type_t). All but the last
+ * function act on one physical port. The conventions are in capi.h. */
 #ifndef VORNLCAPI_CAPI_STAT_H_
 #define VORNLCAPI_CAPI_STAT_H_
 
@@ -49,7 +50,8 @@ VORN_EXPORT int ctype_vorn_get_port_brief_stat_counter_all32(usp_s* port, void* 
 /* Sets all counters of the port to 0. */
 VORN_EXPORT int ctype_vorn_clear_port_stat_counter(usp_s* port);
 
-/* Counters of physical ports. The conventions are in capi.h. */
+/* Whether the counters of a port count; off keeps their values. The getter reads a physical port,
+ * the setter acts on every member of a port. */
 VORN_EXPORT int ctype_vorn_get_port_stat_enabled(usp_s* port, bool* on);
 VORN_EXPORT int ctype_vorn_set_port_stat_enable(usp_s* port, int on);
 

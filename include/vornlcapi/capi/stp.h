@@ -12,7 +12,7 @@
 extern "C" {
 #endif
 
-/* The state of a physical port in the single spanning tree. */
+/* Gets the state of a physical port in the single spanning tree. */
 VORN_EXPORT int ctype_vorn_get_port_stp_state(usp_s* port, stp_state_t* state);
 /* Sets the state of every member of a port. STP_STATE_BLOCKING then flushes the addresses learned
  * there and the result is the flush's: 0 for a VLAN interface, although the states were set. */
@@ -25,7 +25,8 @@ VORN_EXPORT int ctype_vorn_get_port_mstp_state(usp_s* port, mstp_state_t* state,
 VORN_EXPORT int ctype_vorn_set_port_mstp_state(usp_s* port, mstp_state_t state,
                                                unsigned int instance);
 
-/* Whether BPDUs that come in through a physical port are handed to the CPU. */
+/* Whether BPDUs that come in through a physical port are handed to the CPU; off treats them as
+ * ordinary multicast. */
 VORN_EXPORT int ctype_vorn_get_port_bpdu_processing(usp_s* port, bool* on);
 VORN_EXPORT int ctype_vorn_set_port_bpdu_processing(usp_s* port, int on);
 

@@ -1,6 +1,6 @@
 /* SPDX-License-Identifier: Apache-2.0 */
-/* How traffic is treated: storm control, mirroring, flood blocking, what goes to the CPU. The
- * conventions are in capi.h. */
+/* How ports and switch treat traffic: storm control, mirroring, flood blocking, unknown unicast,
+ * class of service, what a port lets in and out, forward mode. The conventions are in capi.h. */
 #ifndef VORNLCAPI_CAPI_TRAFFIC_H_
 #define VORNLCAPI_CAPI_TRAFFIC_H_
 
@@ -20,24 +20,27 @@ extern "C" {
 VORN_EXPORT int ctype_vorn_get_port_unicast_control(usp_s* port, unsigned int* frames_per_second);
 VORN_EXPORT int ctype_vorn_set_port_unicast_control(usp_s* port, unsigned int frames_per_second);
 
+/* Multicast frames. */
 VORN_EXPORT int ctype_vorn_get_port_multicast_control(usp_s* port, unsigned int* frames_per_second);
 VORN_EXPORT int ctype_vorn_set_port_multicast_control(usp_s* port, unsigned int frames_per_second);
 
-/* The result after success is left open: only 0 is certain, and means failure. */
+/* Broadcast frames. The getter's result after success is left open: only 0 is certain, and means
+ * failure. */
 VORN_EXPORT int ctype_vorn_get_port_broadcast_control(usp_s* port, unsigned int* frames_per_second);
 VORN_EXPORT int ctype_vorn_set_port_broadcast_control(usp_s* port, unsigned int frames_per_second);
 
 /* ---- Mirroring: physical ports only -------------------------------------------------------- */
 
-/* Receives the port that the frames of `mirrored` are copied to, and which frames those are. */
+/* Receives the port that the frames of `mirrored` are copied to, and which frames those are. 0
+ * when it is not mirrored. */
 VORN_EXPORT int ctype_vorn_get_port_mirror(usp_s* mirror_to, usp_s* mirrored, mirror_type_t* type);
 /* Copies the frames of `mirrored` that `type` names to `mirror_to`. */
 VORN_EXPORT int ctype_vorn_set_port_mirror(usp_s* mirror_to, usp_s* mirrored, mirror_type_t type);
 
 /* ---- Flood blocking: FLOOD_BLOCK_... bits -------------------------------------------------- */
 
-/* Which floods from a port are kept from the CPU. The setter takes several ports, although its
- * name is singular; those before one that fails keep the new setting. */
+/* Which floods that come in through a port are kept from the CPU. The setter takes several ports,
+ * although its name is singular; those before one that fails keep the new setting. */
 VORN_EXPORT int ctype_vorn_get_port_flood_blocking_cpu(usp_s* port, flood_block_type_t* type);
 VORN_EXPORT int ctype_vorn_set_port_flood_blocking_cpu(usp_s* ports, int count,
                                                        flood_block_type_t type);
@@ -81,9 +84,9 @@ VORN_EXPORT int ctype_vorn_set_port_egress_admin_state(usp_s* port, int on);
 /* Sets whether the port forwards by the MAC table. There is no getter. */
 VORN_EXPORT int ctype_vorn_set_port_l2_enable(usp_s* port, int on);
 
-/* How ports and switch treat traffic: storm control, mirroring, flood blocking, unknown unicast,
- * class of service, what a port lets in and out, forward mode. The conventions are in capi.h. */
+/* ---- Forward mode of the switch ------------------------------------------------------------- */
 
+/* The part that the flow table has in forwarding: SWITCH_FORWARD_MODE_... */
 VORN_EXPORT int ctype_vorn_get_switch_forward_mode(unsigned int* mode);
 VORN_EXPORT int ctype_vorn_set_switch_forward_mode(unsigned int mode);
 

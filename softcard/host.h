@@ -4,12 +4,32 @@
 // an example) chooses the card before vorn_lcmgr_api_init() makes it, and gets at it afterwards.
 // Everything that platform/vorn_*.h asks of a host is defined in host.cpp.
 //
-//   softcard::host::use_clock(std::make_shared<softcard::VirtualClock>());
-//   softcard::host::use_description_file("eight-ports.card");
-//   int ports = 0;
-//   if (!vorn_lcmgr_api_init(ports)) fail(softcard::host::error());
-//   softcard::host::card()->run_once();
-//   vorn_lcmgr_api_terminate();
+//   #include <cstdio>
+//   #include "softcard/cables/memory_cable.h"
+//   #include "softcard/host.h"
+//   #include "vornlcapi/api.h"
+//
+//   int main() {
+//     softcard::host::use_clock(std::make_shared<softcard::VirtualClock>());
+//     int ports = 0;
+//     softcard::host::use_description_file("missing.card");
+//     if (!vorn_lcmgr_api_init(ports)) std::puts(softcard::host::error().c_str());
+//     softcard::host::use_description_file("");  // the card of 48 ports and 4 uplinks after all
+//     if (!vorn_lcmgr_api_init(ports)) return 1;
+//
+//     const std::list<Usp> both = {Usp(1, 1, 0), Usp(1, 1, 1)};
+//     if (!vorn_create_vlan(10) || !vorn_add_ports_to_vlan(10, {}, both)) return 1;
+//     if (!vorn_set_ports_pvid(both, 10)) return 1;
+//     softcard::Card& card = *softcard::host::card();
+//     auto& station0 = dynamic_cast<softcard::MemoryCable&>(*card.cable(0));
+//     auto& station1 = dynamic_cast<softcard::MemoryCable&>(*card.cable(1));
+//     std::vector<std::uint8_t> broadcast(60, 0xff);
+//     broadcast[6] = 0x02;  // from an address of its own
+//     station0.send(broadcast);
+//     card.run_once();
+//     std::printf("%zu frame(s) came out of 1/1/1\n", station1.waiting());
+//     return vorn_lcmgr_api_terminate() ? 0 : 1;
+//   }
 #ifndef SOFTCARD_HOST_H_
 #define SOFTCARD_HOST_H_
 

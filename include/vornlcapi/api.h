@@ -2,6 +2,30 @@
 //
 // All API entry points of libvornlcapi, one header a family. Valid from C++11 on.
 //
+// A process on the line card, from its start to its end:
+//
+//   #include <cstdio>
+//   #include "vornlcapi/api.h"
+//
+//   int main() {
+//     int ports = 0;
+//     if (!vorn_lcmgr_api_init(ports)) return 1;  // the host could not start the line card
+//
+//     const Usp port(1, 1, 3);  // unit, slot, port
+//     if (!vorn_create_vlan(10) || !vorn_add_ports_to_vlan(10, {}, {port}) ||
+//         !vorn_set_port_pvid(port, 10)) {
+//       return 1;  // false: what was done before the refusal stays
+//     }
+//     unsigned int pvid = 0;
+//     if (vorn_get_port_pvid(port, pvid)) std::printf("%d ports, PVID %u\n", ports, pvid);
+//     if (!vorn_set_port_pvid(port, 4095)) std::puts("refused: there is no VLAN 4095");
+//     if (!vorn_get_port_pvid(Usp(1, 9, 3), pvid)) std::puts("refused: there is no port 1/9/3");
+//     return vorn_lcmgr_api_terminate() ? 0 : 1;  // the end: from here on everything is refused
+//   }
+//
+// It prints "52 ports, PVID 10" on the software line card, and the two refusals. Programs in
+// examples/ go on from here.
+//
 // These conventions hold for every entry point; a function's own comment names what departs.
 //
 // Results

@@ -2,6 +2,31 @@
 /*
  * The C interface of libvornlcapi, for C99 and for C++11 and later: every C entry point.
  *
+ * A process on the line card, from its start to its end:
+ *
+ *   #include <stdio.h>
+ *   #include "vornlcapi/capi.h"
+ *
+ *   int main(void) {
+ *     usp_s port = {1, 1, 3}; // unit, slot, port
+ *     unsigned int pvid = 0;
+ *     int ports = 0;
+ *     if (!ctype_vorn_lcmgr_api_init(&ports)) return 1; // the host could not start the line card
+ *
+ *     if (!ctype_vorn_create_vlan(10) || !ctype_vorn_add_ports_to_vlan(10, NULL, 0, &port, 1) ||
+ *         !ctype_vorn_set_port_pvid(&port, 10)) {
+ *       return 1; // 0: what was done before the refusal stays
+ *     }
+ *     if (ctype_vorn_get_port_pvid(&port, &pvid)) printf("%d ports, PVID %u\n", ports, pvid);
+ *     if (!ctype_vorn_set_port_pvid(&port, 4095)) puts("refused: there is no VLAN 4095");
+ *     port.slot = 9;
+ *     if (!ctype_vorn_get_port_pvid(&port, &pvid)) puts("refused: there is no port 1/9/3");
+ *     return ctype_vorn_lcmgr_api_terminate() ? 0 : 1; // the end: from here on all is refused
+ *   }
+ *
+ * It prints "52 ports, PVID 10" on the software line card, and the two refusals. Programs in
+ * examples/ go on from here.
+ *
  * Each entry point calls the C++ entry point of the same name without ctype_ (see api.h), and
  * does what that one does. Where it does something else, its comment says so first.
  *
@@ -21,8 +46,8 @@
  *    refused, the SDK refuses.
  *  - All memory is the caller's, and is used during the call only. What a callback receives
  *    belongs to the SDK and is valid during the callback.
- *  - Nothing is kept and no lock is taken: callers serialise their calls. Callbacks come on the
- *    SDK's thread.
+ *  - Nothing is kept and no lock is taken: callers serialise their calls. When callbacks come,
+ *    capi/event.h says.
  *  - An exception of the host process passes through to the caller.
  */
 #ifndef VORNLCAPI_CAPI_H_

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstring>
 
+#include "vorn_sdk_refusing.h"
 #include "vornlcapi/types.h"
 
 namespace {
@@ -45,6 +46,21 @@ TEST(Layout, ListAndVectorStandBehindTheWords) {
             8);
   packet.set_data({});
   EXPECT_EQ(packet.length(), 0U);
+}
+
+// Operations of the refusing SDK have the positions that the library calls.
+TEST(Layout, TheRefusingSdkMovesNoSlot) {
+  static_assert(sizeof(VornSdkRefusing) == sizeof(VornSdkBase), "no data member");
+  const auto same = [](const auto base, const auto derived) {
+    static_assert(sizeof base == sizeof derived, "");
+    return std::memcmp(&base, &derived, sizeof base) == 0;
+  };
+  EXPECT_TRUE(same(&VornSdkBase::create_vlan, &VornSdkRefusing::create_vlan));
+  EXPECT_TRUE(same(&VornSdkBase::get_port_mtu, &VornSdkRefusing::get_port_mtu));
+  EXPECT_TRUE(same(&VornSdkBase::set_port_pvid, &VornSdkRefusing::set_port_pvid));
+  EXPECT_TRUE(same(&VornSdkBase::traverse_mac_table, &VornSdkRefusing::traverse_mac_table));
+  EXPECT_TRUE(same(&VornSdkBase::set_lcmgr_trace, &VornSdkRefusing::set_lcmgr_trace));
+  EXPECT_FALSE(same(&VornSdkBase::create_vlan, &VornSdkRefusing::delete_vlan));
 }
 
 TEST(ValueClasses, CopiesAreIndependent) {

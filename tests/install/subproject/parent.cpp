@@ -2,10 +2,6 @@
 //
 // Links the library that was built as a subproject, and hosts it with the minimal host.
 
-#define main minimal_host_main
-#include "minimal_host.cpp"
-#undef main
-
 #include "vornlcapi/api.h"
 
 #ifdef __OPTIMIZE__

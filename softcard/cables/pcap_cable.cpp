@@ -76,7 +76,6 @@ std::size_t PcapCable::transmit(FramePtr* frames, std::size_t count) {
 
 std::size_t PcapCable::poll(std::size_t budget) {
   constexpr std::size_t kBurst = 32;
-  const bool sound = carrier();
   std::size_t handed = 0;
   while (input_ != nullptr && handed < budget) {
     FramePtr burst[kBurst];
@@ -93,7 +92,8 @@ std::size_t PcapCable::poll(std::size_t budget) {
     handed += count;
   }
   if (output_ != nullptr) output_->flush();
-  if (sound && !carrier()) sink_->carrier_changed(port_);
+  // A file may have failed here or in transmit(), which must not call the card.
+  if (!carrier() && !std::exchange(failure_told_, true)) sink_->carrier_changed(port_);
   return handed;
 }
 

@@ -47,6 +47,7 @@ class PcapCable final : public Cable {
   std::uint64_t clock_start_ns_;  // the clock's 0 since 1970
   PcapRecord next_;
   bool has_next_ = false;
+  bool failure_told_ = false;
   CableSink* sink_ = nullptr;
   PortIndex port_ = kNoPort;
 };

@@ -3,7 +3,9 @@
 #include "softcard/cables/pcap_cable.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -232,6 +234,33 @@ TEST_F(PcapTest, WritesWhatThePortSendsWithTheCardsTime) {
                        .record(some_frame(2049, 1), 0, 0)
                        .record(some_frame(65600, 2), 3, 7)
                        .done());
+}
+
+TEST_F(PcapTest, FullDiskTakesTheCarrier) {
+  const std::string out = path("out");
+  const auto cable = PcapCable::open("", out, clock_, error_);
+  ASSERT_NE(cable, nullptr) << error_;
+  cable->plug(sink_, 0);
+  EXPECT_EQ(sink_.send(*cable, {some_frame(60)}), 1u);
+  cable->poll(1);
+  EXPECT_EQ(sink_.carrier_changes, 0);
+  // No file may grow beyond this.
+  rlimit limit;
+  ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &limit), 0);
+  const rlimit small{10000, limit.rlim_max};
+  signal(SIGXFSZ, SIG_IGN);
+  ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+  const std::size_t sent = sink_.send(*cable, {some_frame(60), some_frame(60000), some_frame(60)});
+  setrlimit(RLIMIT_FSIZE, &limit);
+  signal(SIGXFSZ, SIG_DFL);
+  EXPECT_EQ(sent, 1u);
+  cable->poll(1);
+  cable->poll(1);
+  EXPECT_FALSE(cable->carrier());
+  EXPECT_EQ(sink_.carrier_changes, 1);
+  EXPECT_EQ(cable->describe(),
+            "pcap to " + out + "; " + out + ": cannot be written after record 2: File too large");
+  EXPECT_EQ(sink_.send(*cable, {some_frame(60)}), 0u);
 }
 
 TEST_F(PcapTest, WithoutFilesFramesLeaveForNowhere) {

@@ -34,8 +34,12 @@ void plug_opened(softcard::Card& card, softcard::PortIndex port, Open&& open) {
 
 }  // namespace
 
+softcard::MemoryCable* find_memory_cable(softcard::Card& card, softcard::PortIndex port) {
+  return dynamic_cast<softcard::MemoryCable*>(card.cable(port));
+}
+
 softcard::MemoryCable& memory_cable(softcard::Card& card, softcard::PortIndex port) {
-  auto* const cable = dynamic_cast<softcard::MemoryCable*>(card.cable(port));
+  softcard::MemoryCable* const cable = find_memory_cable(card, port);
   if (cable == nullptr) {
     throw Error(port_text(port) + " is not plugged into memory, where the shell could reach it");
   }

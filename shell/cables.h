@@ -10,7 +10,9 @@
 
 namespace shell {
 
-// The memory that a port is plugged into; Error when it is plugged into anything else.
+// The memory that a port is plugged into; null when it is plugged into anything else.
+softcard::MemoryCable* find_memory_cable(softcard::Card& card, softcard::PortIndex port);
+// The same, with an Error instead of null.
 softcard::MemoryCable& memory_cable(softcard::Card& card, softcard::PortIndex port);
 
 void cable(Shell& shell, Arguments& arguments, Reply& reply);

@@ -136,7 +136,7 @@ void drain(Shell& shell, Arguments& arguments, Reply&) {
   arguments.finish();
   softcard::Card& card = shell.card();
   for (softcard::PortIndex port = 0; port < card.ports().count(); ++port) {
-    shell.frames(port).clear();
+    if (softcard::MemoryCable* const cable = find_memory_cable(card, port)) cable->clear();
   }
   shell.cpu_packets().clear();
   shell.events().clear();

@@ -69,15 +69,9 @@ void expect_frames(const Waiting& waiting, Arguments& arguments) {
 void expect_port(Shell& shell, Arguments& arguments) {
   softcard::Card& card = shell.card();
   const softcard::PortIndex port = take_physical_port(card, arguments);
-  memory_cable(card, port);
-  auto& frames = shell.frames(port);
-  expect_frames({port_text(port), frames.size(),
-                 [&frames](std::vector<unsigned char>& frame) {
-                   if (frames.empty()) return false;
-                   frame = std::move(frames.front());
-                   frames.pop_front();
-                   return true;
-                 }},
+  softcard::MemoryCable& cable = memory_cable(card, port);
+  expect_frames({port_text(port), cable.waiting(),
+                 [&cable](std::vector<unsigned char>& frame) { return cable.take(frame); }},
                 arguments);
 }
 
@@ -109,10 +103,9 @@ void expect_cpu(Shell& shell, Arguments& arguments) {
 void expect_no_frame(Shell& shell) {
   softcard::Card& card = shell.card();
   for (softcard::PortIndex port = 0; port < card.ports().count(); ++port) {
-    auto& frames = shell.frames(port);
-    if (frames.empty()) continue;
-    const std::vector<unsigned char> frame = std::move(frames.front());
-    frames.pop_front();
+    softcard::MemoryCable* const cable = find_memory_cable(card, port);
+    std::vector<unsigned char> frame;
+    if (cable == nullptr || !cable->take(frame)) continue;
     throw Failure(port_text(port) + ": expected no frame, came " + frame_text(frame));
   }
 }

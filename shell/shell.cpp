@@ -6,7 +6,6 @@
 
 #include "codec.h"
 #include "libxorp/eventloop.hh"
-#include "softcard/cables/memory_cable.h"
 #include "softcard/host.h"
 
 namespace shell {
@@ -17,7 +16,7 @@ namespace {
 constexpr unsigned kMostScriptsWithinScripts = 16;
 // Frames that go round in a loop of cables would not either.
 constexpr unsigned kMostRounds = 1000;
-// Of frames at each port, packets for the CPU, and events: the latest are kept.
+// Of packets for the CPU, and of events: the latest are kept.
 constexpr std::size_t kMostWaiting = 65536;
 
 Shell* the_shell = nullptr;
@@ -312,18 +311,6 @@ void Shell::settle() {
   if (card == nullptr) return;
   for (unsigned round = 0; round < kMostRounds && card->run_once() != 0; ++round) {
   }
-  collect_frames(*card);
-}
-
-void Shell::collect_frames(softcard::Card& card) {
-  for (softcard::PortIndex port = 0; port < card.ports().count(); ++port) {
-    auto* const cable = dynamic_cast<softcard::MemoryCable*>(card.cable(port));
-    std::vector<unsigned char> frame;
-    while (cable != nullptr && cable->take(frame)) {
-      if (frames_[port].size() == kMostWaiting) frames_[port].pop_front();
-      frames_[port].push_back(std::move(frame));
-    }
-  }
 }
 
 EventLoop& Shell::loop() {
@@ -336,7 +323,6 @@ void Shell::listen_to_card() {
   if (card == heard_card_) return;
   heard_card_ = card;
   cpu_packets_.clear();
-  for (auto& frames : frames_) frames.clear();
   if (card != nullptr) card->events().add(&take_cpu_packet, this);
 }
 

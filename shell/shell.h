@@ -107,10 +107,6 @@ class Shell {
   // Prints a call of the SDK that is traced.
   void traced_call(const std::string& call);
 
-  // The frames that came out of a port plugged into memory and no `expect` has taken yet, oldest
-  // first. `port` is a port of the card.
-  std::deque<std::vector<unsigned char>>& frames(softcard::PortIndex port) { return frames_[port]; }
-
   // The packets that the card handed to the CPU and no `expect` has taken yet, oldest first.
   std::deque<CpuPacket>& cpu_packets() { return cpu_packets_; }
 
@@ -136,8 +132,6 @@ class Shell {
   void complain(const Place& place, const std::string& message);
   void write_record(const Command& command, const std::vector<std::string>& words,
                     const Reply& reply);
-  // Takes the frames out of the cables, so that the card has its buffers back.
-  void collect_frames(softcard::Card& card);
   // Keeps the shell's own registration for packets on the present card.
   void listen_to_card();
 
@@ -149,7 +143,6 @@ class Shell {
   unsigned script_depth_ = 0;
   Reply last_call_;
   std::map<std::string, std::string> outputs_;  // the latest of each name, for $name
-  std::array<std::deque<std::vector<unsigned char>>, softcard::kMaxPorts> frames_;
   std::deque<CpuPacket> cpu_packets_;
   std::deque<Event> events_;
   const softcard::Card* heard_card_ = nullptr;

@@ -240,6 +240,15 @@ void Card::frames_arrived(PortIndex port, FramePtr* frames, std::size_t count) {
   pipeline_.receive(port, frames, count);
 }
 
+void Card::frames_lost(PortIndex port, std::uint64_t count) {
+  counters_.add(port, STAT_IN_ERRORS, count);
+  pipeline_.add_drops(port, DropReason::cable_lost, count);
+}
+
+void Card::frames_forgotten(PortIndex port, std::uint64_t count) {
+  pipeline_.add_drops(port, DropReason::cable_forgot, count);
+}
+
 void Card::carrier_changed(PortIndex port) { settle_signal(port); }
 
 unsigned Card::offered_ability(PortIndex port) const {
@@ -261,9 +270,7 @@ void Card::settle_signal(PortIndex port) {
 }
 
 void Card::tell_far_end(PortIndex port) {
-  PortIndex far_port = 0;
-  CableSink* const far_card = cables_[port] == nullptr ? nullptr : cables_[port]->far_end(far_port);
-  if (far_card != nullptr) far_card->carrier_changed(far_port);
+  if (cables_[port] != nullptr) cables_[port]->offer_changed();
 }
 
 void Card::report_link(PortIndex port) {

@@ -138,6 +138,8 @@ class Card final : public CableSink {
   bool signal_cut(PortIndex port) const { return cut_.contains(port); }
 
   void frames_arrived(PortIndex port, FramePtr* frames, std::size_t count) override;
+  void frames_lost(PortIndex port, std::uint64_t count) override;
+  void frames_forgotten(PortIndex port, std::uint64_t count) override;
   void carrier_changed(PortIndex port) override;
   unsigned offered_ability(PortIndex port) const override;
   FramePool& frame_pool() override { return frame_pool_; }

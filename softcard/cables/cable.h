@@ -7,6 +7,7 @@
 #define SOFTCARD_CABLES_CABLE_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 
 #include "softcard/base/net_types.h"
@@ -22,10 +23,17 @@ class CableSink {
   // from transmit().
   virtual void frames_arrived(PortIndex port, FramePtr* frames, std::size_t count) = 0;
 
+  // Counts frames that came to the cable at `port` and were lost before the card could take them.
+  virtual void frames_lost(PortIndex port, std::uint64_t count) = 0;
+
+  // Counts frames that the port sent and that the cable kept until it had no more room for them.
+  virtual void frames_forgotten(PortIndex port, std::uint64_t count) = 0;
+
   // The cable's carrier has changed: the card asks for it again.
   virtual void carrier_changed(PortIndex port) = 0;
 
-  // What a port offers to its link partner: bits of port_ability_type_t, none while it is off.
+  // What a port offers to its link partner: bits of port_ability_type_t, none while it is off and
+  // sends no signal.
   virtual unsigned offered_ability(PortIndex port) const = 0;
 
   // Where frames for frames_arrived() are made.
@@ -48,6 +56,10 @@ class Cable {
 
   // Whether there is a carrier.
   virtual bool carrier() const = 0;
+
+  // What the port offers has changed: the cable tells the other end. Comes while the port changes,
+  // so the cable may call the sink of its other end, not its own one, but for offered_ability().
+  virtual void offer_changed() {}
 
   // The card at the other end and, in `port`, its port there; null when the cable leads elsewhere.
   virtual CableSink* far_end(PortIndex& port) const {

@@ -8,20 +8,25 @@ namespace softcard {
 
 // ---- MemoryCable --------------------------------------------------------------------------------
 
+std::atomic<std::size_t> MemoryCable::room_bytes_{MemoryCable::kDefaultRoomBytes};
+std::atomic<std::size_t> MemoryCable::kept_bytes_{0};
+
 void MemoryCable::plug(CableSink& sink, PortIndex port) {
   sink_ = &sink;
   port_ = port;
 }
 
 std::size_t MemoryCable::transmit(FramePtr* frames, std::size_t count) {
+  std::uint64_t forgotten = 0;
   for (std::size_t i = 0; i < count; ++i) {
-    if (sent_.size() == room_) {
-      sent_.pop_front();
-      ++forgotten_;
-    }
     const FramePtr frame = std::move(frames[i]);
+    const std::size_t bytes = frame->size() + kOverheadBytes;
+    for (; !sent_.empty() && kept_bytes_ + bytes > room_bytes_; ++forgotten) drop_first();
     sent_.emplace_back(frame->data(), frame->data() + frame->size());
+    kept_bytes_ += bytes;
   }
+  if (forgotten != 0 && sink_ != nullptr) sink_->frames_forgotten(port_, forgotten);
+  forgotten_ += forgotten;
   return count;
 }
 
@@ -35,9 +40,22 @@ bool MemoryCable::send(const std::uint8_t* data, std::size_t bytes) {
 
 bool MemoryCable::take(std::vector<std::uint8_t>& frame) {
   if (sent_.empty()) return false;
-  frame = std::move(sent_.front());
-  sent_.pop_front();
+  frame = sent_.front();
+  drop_first();
   return true;
+}
+
+void MemoryCable::clear() {
+  while (!sent_.empty()) drop_first();
+}
+
+void MemoryCable::drop_first() {
+  kept_bytes_ -= sent_.front().size() + kOverheadBytes;
+  sent_.pop_front();
+}
+
+std::string MemoryCable::describe() const {
+  return forgotten_ == 0 ? "memory" : "memory, " + std::to_string(forgotten_) + " frames forgotten";
 }
 
 void MemoryCable::set_carrier(bool on) {
@@ -67,6 +85,10 @@ void PatchCable::plug(CableSink& sink, PortIndex port) {
   sink_ = &sink;
   port_ = port;
   if (peer_ != nullptr && peer_->sink_ != nullptr) peer_->sink_->carrier_changed(peer_->port_);
+}
+
+void PatchCable::offer_changed() {
+  if (carrier()) peer_->sink_->carrier_changed(peer_->port_);
 }
 
 CableSink* PatchCable::far_end(PortIndex& port) const {

@@ -5,11 +5,13 @@
 #ifndef SOFTCARD_CABLES_MEMORY_CABLE_H_
 #define SOFTCARD_CABLES_MEMORY_CABLE_H_
 
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <deque>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "softcard/cables/cable.h"
@@ -19,13 +21,23 @@ namespace softcard {
 // The program holds the far end: it sends frames into the port and reads what the port sent.
 class MemoryCable : public Cable {
  public:
-  // Keeps the latest `room` frames that the port sent; older ones are forgotten and counted.
-  explicit MemoryCable(std::size_t room = 4096) : room_(room) {}
+  // Most bytes that the memory cables of the process keep together unless keep_at_most() says
+  // otherwise.
+  static constexpr std::size_t kDefaultRoomBytes = std::size_t{128} << 20;
+  // What a frame takes besides its own bytes.
+  static constexpr std::size_t kOverheadBytes = 48;
+
+  ~MemoryCable() override { clear(); }
+
+  // Bounds what the memory cables of the process keep together. A cable that has no room for a
+  // frame forgets the oldest of its own; the latest one it always keeps. What is forgotten is
+  // counted, here and by the card.
+  static void keep_at_most(std::size_t bytes) { room_bytes_ = bytes; }
 
   void plug(CableSink& sink, PortIndex port) override;
   std::size_t transmit(FramePtr* frames, std::size_t count) override;
   bool carrier() const override { return carrier_; }
-  std::string describe() const override { return "memory"; }
+  std::string describe() const override;
 
   // --- The far end ----------------------------------------------------------------------------
 
@@ -37,14 +49,19 @@ class MemoryCable : public Cable {
   bool take(std::vector<std::uint8_t>& frame);
 
   std::size_t waiting() const { return sent_.size(); }
-  void clear() { sent_.clear(); }
+  void clear();
+  // Frames that were forgotten since the cable was plugged.
   std::uint64_t forgotten() const { return forgotten_; }
 
   // Pulls the far end out, or puts it back in.
   void set_carrier(bool on);
 
  private:
-  std::size_t room_;
+  void drop_first();
+
+  static std::atomic<std::size_t> room_bytes_;
+  static std::atomic<std::size_t> kept_bytes_;  // by all memory cables
+
   std::deque<std::vector<std::uint8_t>> sent_;  // bytes alone: what waits here holds no frame
   std::uint64_t forgotten_ = 0;
   CableSink* sink_ = nullptr;
@@ -65,6 +82,7 @@ class PatchCable : public Cable {
   void plug(CableSink& sink, PortIndex port) override;
   std::size_t transmit(FramePtr* frames, std::size_t count) override;
   bool carrier() const override { return peer_ != nullptr && peer_->sink_ != nullptr; }
+  void offer_changed() override;
   CableSink* far_end(PortIndex& port) const override;
   std::size_t poll(std::size_t budget) override;
   std::string describe() const override;

@@ -18,22 +18,29 @@ namespace {
 constexpr std::size_t kOverflowBytes = FramePool::kLargeBytes - FramePool::kSmallBytes;
 // Frames that may be on their way before the other end counts as not keeping up.
 constexpr int kSendBufferBytes = 4 << 20;
+constexpr int kRetryMs = 100;
+constexpr std::size_t kSignalBytes = 1;  // of the message that is no frame
 
 // Keeps the ends that meet in a folder apart while it lives, so that neither takes a socket for
-// abandoned that the other one is just making. Leaves no file behind.
+// abandoned that the other one is just making. Leaves no file behind. Whoever may read the folder
+// can hold the lock, for as long as he likes: nobody waits for it.
 class FolderLock {
  public:
   explicit FolderLock(const std::string& path) {
     const std::size_t slash = path.rfind('/');
     const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
     folder_ = Descriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (folder_) locked_ = flock(folder_.get(), LOCK_EX) == 0;
+    if (folder_) locked_ = flock(folder_.get(), LOCK_EX | LOCK_NB) == 0;
+    busy_ = folder_ && !locked_ && errno == EWOULDBLOCK;
   }
   bool locked() const { return locked_; }
+  // Somebody else has it.
+  bool busy() const { return busy_; }
 
  private:
   Descriptor folder_;
   bool locked_ = false;
+  bool busy_ = false;
 };
 
 sockaddr_un name_of(const std::string& path) {
@@ -73,6 +80,7 @@ void UnixCable::plug(CableSink& sink, PortIndex port) {
   // Only now is there somebody to take what the other end has sent.
   if (peer_) {
     loop_.add_ioevent_cb(peer_.get(), IOT_READ, callback(this, &UnixCable::peer_sent));
+    offer_changed();
   }
 }
 
@@ -82,7 +90,10 @@ bool UnixCable::meet(std::string& error) {
   const FolderLock lock(path_);
   if (!lock.locked()) {
     error = system_error(path_, "its folder cannot be locked");
-    return false;
+    if (!lock.busy()) return false;
+    failure_ = error;
+    try_again_later();
+    return true;
   }
   struct stat status {};
   if (lstat(path_.c_str(), &status) == 0) {
@@ -115,8 +126,21 @@ bool UnixCable::wait_for_peer(std::string& error) {
     listener_.reset();
     return false;
   }
+  failure_.clear();
   loop_.add_ioevent_cb(listener_.get(), IOT_ACCEPT, callback(this, &UnixCable::peer_came));
   return true;
+}
+
+void UnixCable::try_again_later() {
+  retry_ = loop_.new_oneoff_after_ms(kRetryMs, callback(this, &UnixCable::try_again));
+}
+
+void UnixCable::try_again() {
+  if (listener_) {
+    loop_.add_ioevent_cb(listener_.get(), IOT_ACCEPT, callback(this, &UnixCable::peer_came));
+  } else if (!peer_ && !meet(failure_)) {
+    try_again_later();
+  }
 }
 
 void UnixCable::stop_waiting() {
@@ -129,7 +153,14 @@ void UnixCable::stop_waiting() {
 
 void UnixCable::peer_came(XorpFd fd, IoEventType /*type*/) {
   Descriptor peer(accept4(fd, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC));
-  if (!peer) return;
+  if (!peer) {
+    if (errno == EAGAIN || errno == EINTR || errno == ECONNABORTED) return;
+    // The listener stays ready and would wake the loop again and again.
+    failure_ = system_error(path_, "the other end cannot be let in");
+    loop_.remove_ioevent_cb(fd);
+    try_again_later();
+    return;
+  }
   stop_waiting();
   set_peer(std::move(peer));
 }
@@ -138,8 +169,11 @@ void UnixCable::set_peer(Descriptor peer) {
   peer_ = std::move(peer);
   setsockopt(peer_.get(), SOL_SOCKET, SO_SNDBUF, &kSendBufferBytes, sizeof kSendBufferBytes);
   failure_.clear();
+  told_signal_ = true;
+  peer_signal_ = true;
   if (sink_ == nullptr) return;
   loop_.add_ioevent_cb(peer_.get(), IOT_READ, callback(this, &UnixCable::peer_sent));
+  offer_changed();
   sink_->carrier_changed(port_);
 }
 
@@ -147,14 +181,38 @@ void UnixCable::drop_peer() {
   loop_.remove_ioevent_cb(peer_.get());
   peer_.reset();
   sink_->carrier_changed(port_);
-  meet(failure_);
+  if (!meet(failure_)) try_again_later();
+}
+
+// ---- Signals ------------------------------------------------------------------------------------
+
+void UnixCable::offer_changed() {
+  const bool signal = sink_->offered_ability(port_) != 0;
+  if (!peer_ || signal == told_signal_) return;
+  const std::uint8_t message = signal ? 1 : 0;
+  if (send(peer_.get(), &message, kSignalBytes, MSG_DONTWAIT | MSG_NOSIGNAL) > 0) {
+    told_signal_ = signal;
+  } else if (errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM) {
+    loop_.add_ioevent_cb(peer_.get(), IOT_WRITE, callback(this, &UnixCable::peer_has_room));
+  }
+}
+
+void UnixCable::peer_has_room(XorpFd fd, IoEventType /*type*/) {
+  loop_.remove_ioevent_cb(fd, IOT_WRITE);
+  offer_changed();
+}
+
+void UnixCable::set_peer_signal(bool signal) {
+  if (signal == peer_signal_) return;
+  peer_signal_ = signal;
+  sink_->carrier_changed(port_);
 }
 
 // ---- Frames -------------------------------------------------------------------------------------
 
 std::size_t UnixCable::transmit(FramePtr* frames, std::size_t count) {
   std::size_t sent = 0;
-  for (std::size_t first = 0; first < count && peer_;) {
+  for (std::size_t first = 0; first < count && carrier();) {
     mmsghdr messages[kBatch] = {};
     iovec pieces[kBatch];
     const std::size_t batch = std::min(count - first, kBatch);
@@ -196,31 +254,51 @@ void UnixCable::peer_sent(XorpFd fd, IoEventType /*type*/) {
 
   FramePtr arrived[kBatch];
   std::size_t count = 0;
+  std::uint64_t lost = 0;
+  const auto hand_over = [&] {
+    if (count != 0) sink_->frames_arrived(port_, arrived, std::exchange(count, 0));
+  };
   bool open = done > 0;
   for (int i = 0; i < done; ++i) {
     const std::size_t bytes = messages[i].msg_len;
-    if (bytes == 0) open = false;  // nobody sends empty frames: this is the end
-    if (bytes == 0 || (messages[i].msg_hdr.msg_flags & MSG_TRUNC) != 0) continue;
-    FramePtr frame = std::move(arriving_[i]);
-    if (bytes <= FramePool::kSmallBytes) {
-      frame->set_size(bytes);
+    if (bytes == 0) {
+      open = false;  // nobody sends empty frames: this is the end
+    } else if (bytes == kSignalBytes) {
+      hand_over();
+      set_peer_signal(arriving_[i]->data()[0] != 0);
+    } else if (FramePtr frame = whole(messages[i], arriving_[i])) {
+      arrived[count++] = std::move(frame);
     } else {
-      FramePtr large = sink_->frame_pool().make(bytes);
-      if (large == nullptr) continue;
-      std::memcpy(large->data(), frame->data(), FramePool::kSmallBytes);
-      std::memcpy(large->data() + FramePool::kSmallBytes, pieces[i][1].iov_base,
-                  bytes - FramePool::kSmallBytes);
-      frame = std::move(large);
+      ++lost;
     }
-    arrived[count++] = std::move(frame);
   }
-  if (count != 0) sink_->frames_arrived(port_, arrived, count);
+  hand_over();
+  if (lost != 0) sink_->frames_lost(port_, lost);
   if (!open) drop_peer();
 }
 
+// A small frame that fits is moved out of `first`. Null when it is longer than any frame, or the
+// pool has none of that size.
+FramePtr UnixCable::whole(const mmsghdr& message, FramePtr& first) {
+  const std::size_t bytes = message.msg_len;
+  if ((message.msg_hdr.msg_flags & MSG_TRUNC) != 0) return nullptr;
+  if (bytes <= FramePool::kSmallBytes) {
+    first->set_size(bytes);
+    return std::move(first);
+  }
+  FramePtr large = sink_->frame_pool().make(bytes);
+  if (large == nullptr) return nullptr;
+  std::memcpy(large->data(), first->data(), FramePool::kSmallBytes);
+  std::memcpy(large->data() + FramePool::kSmallBytes, message.msg_hdr.msg_iov[1].iov_base,
+              bytes - FramePool::kSmallBytes);
+  return large;
+}
+
 std::string UnixCable::describe() const {
-  if (peer_) return "unix " + path_;
-  return "unix " + path_ + (listener_ ? ", waiting for the other end" : ", " + failure_);
+  std::string text = "unix " + path_;
+  if (peer_) return text + (peer_signal_ ? "" : ", the other end is off");
+  if (listener_) text += ", waiting for the other end";
+  return failure_.empty() ? text : text + ", " + failure_;
 }
 
 }  // namespace softcard

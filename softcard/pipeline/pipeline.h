@@ -58,6 +58,10 @@ class Pipeline {
   std::uint64_t drops(PortIndex port, DropReason reason) const;
   // The sum over all ports and the CPU.
   std::uint64_t drops(DropReason reason) const;
+  // Counts frames that the port's cable lost.
+  void add_drops(PortIndex port, DropReason reason, std::uint64_t frames) {
+    states_[port].drops[static_cast<std::size_t>(reason)] += frames;
+  }
   void clear_drops();
   void clear_drops(PortIndex port);
 

@@ -16,6 +16,7 @@ struct ReasonRow {
 
 // In the order of DropReason.
 constexpr ReasonRow kReasons[] = {
+    {DropReason::cable_lost, "cable-lost", "came faster than the card took it from its cable"},
     {DropReason::runt, "runt", "shorter than an Ethernet header"},
     {DropReason::oversize, "oversize", "longer than the port's MTU"},
     {DropReason::malformed, "malformed", "cut off within a VLAN tag or an 802.3 length"},
@@ -53,6 +54,7 @@ constexpr ReasonRow kReasons[] = {
     {DropReason::flood_blocked, "flood-blocked", "kept from the egress port by flood blocking"},
     {DropReason::unplugged, "unplugged", "nothing is plugged into the egress port"},
     {DropReason::cable_refused, "cable-refused", "the cable could not send"},
+    {DropReason::cable_forgot, "cable-forgot", "sent, and kept in memory until there was no room"},
     {DropReason::cpu_queue, "cpu-queue",
      "nobody takes packets for the CPU, or their queue is full"},
     {DropReason::no_buffer, "no-buffer", "no frame is left for a copy"},

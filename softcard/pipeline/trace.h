@@ -17,6 +17,7 @@ namespace softcard {
 // Why a frame, or one copy of it, went no further.
 enum class DropReason : std::uint8_t {
   // On the way in; counted at the ingress port.
+  cable_lost,
   runt,
   oversize,
   malformed,
@@ -54,6 +55,7 @@ enum class DropReason : std::uint8_t {
   flood_blocked,
   unplugged,
   cable_refused,
+  cable_forgot,
   // Want of room: for a packet to the CPU at the ingress port, for a copy at the egress port.
   cpu_queue,
   no_buffer,

@@ -38,8 +38,10 @@ class KeepingSink final : public CableSink {
     for (std::size_t i = 0; i < count; ++i) arrived.push_back(std::move(frames[i]));
     ++bursts;
   }
+  void frames_lost(PortIndex, std::uint64_t count) override { lost += count; }
+  void frames_forgotten(PortIndex, std::uint64_t count) override { forgotten += count; }
   void carrier_changed(PortIndex) override { ++carrier_changes; }
-  unsigned offered_ability(PortIndex) const override { return 0; }
+  unsigned offered_ability(PortIndex) const override { return on ? 1 : 0; }
   FramePool& frame_pool() override { return pool_; }
 
   // Has `cable` send the frames in one call; the result of that.
@@ -68,6 +70,9 @@ class KeepingSink final : public CableSink {
   std::vector<FramePtr> arrived;
   int bursts = 0;
   int carrier_changes = 0;
+  std::uint64_t lost = 0;
+  std::uint64_t forgotten = 0;
+  bool on = true;  // the port
 };
 
 class CableTest : public testing::Test {

@@ -11,9 +11,15 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <linux/capability.h>
+#include <linux/if_ether.h>
+#include <linux/if_packet.h>
+#include <net/if.h>
 #include <netinet/in.h>
 #include <sched.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -39,8 +45,10 @@ class Bridge final : public CableSink {
     arrived += count;
     refused += count - cables[1 - port]->transmit(frames, count);
   }
+  void frames_lost(PortIndex port, std::uint64_t count) override { lost[port] += count; }
+  void frames_forgotten(PortIndex, std::uint64_t) override {}
   void carrier_changed(PortIndex) override { ++carrier_changes; }
-  unsigned offered_ability(PortIndex) const override { return 0; }
+  unsigned offered_ability(PortIndex port) const override { return on[port] ? 1 : 0; }
   FramePool& frame_pool() override { return pool_; }
 
  private:
@@ -52,6 +60,8 @@ class Bridge final : public CableSink {
   std::size_t arrived = 0;
   std::size_t partial_checksums = 0;
   std::size_t refused = 0;
+  std::uint64_t lost[2] = {0, 0};
+  bool on[2] = {true, true};
   int carrier_changes = 0;
 };
 
@@ -80,11 +90,7 @@ class LinuxCableTest : public CableTest {
       ip("link set h" + n + " up");
     }
     enter(card_space_);
-    for (int side : {0, 1}) {
-      bridge_.cables[side] = LinuxCable::open(loop_, "c" + std::to_string(side), error_);
-      ASSERT_NE(bridge_.cables[side], nullptr) << error_;
-      bridge_.cables[side]->plug(bridge_, static_cast<PortIndex>(side));
-    }
+    for (int side : {0, 1}) open_cable(side);
     run_until([&] { return bridge_.cables[0]->carrier() && bridge_.cables[1]->carrier(); });
   }
   void TearDown() override {
@@ -106,6 +112,30 @@ class LinuxCableTest : public CableTest {
     enter(spaces_[side]);
     ip(arguments);
     enter(card_space_);
+  }
+
+  void open_cable(int side) {
+    bridge_.cables[side] = LinuxCable::open(loop_, "c" + std::to_string(side), error_);
+    ASSERT_NE(bridge_.cables[side], nullptr) << error_;
+    bridge_.cables[side]->plug(bridge_, static_cast<PortIndex>(side));
+  }
+  bool is_up(const char* interface) {
+    ifreq request{};
+    std::strcpy(request.ifr_name, interface);
+    const Descriptor any(socket(AF_INET, SOCK_DGRAM, 0));
+    EXPECT_EQ(ioctl(any.get(), SIOCGIFFLAGS, &request), 0);
+    return (request.ifr_flags & IFF_UP) != 0;
+  }
+  // Does something without a capability.
+  static void without(unsigned capability, const std::function<void()>& act) {
+    __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
+    __user_cap_data_struct all[2], fewer[2];
+    ASSERT_EQ(syscall(SYS_capget, &header, all), 0);
+    std::memcpy(fewer, all, sizeof all);
+    fewer[0].effective &= ~(1u << capability);
+    ASSERT_EQ(syscall(SYS_capset, &header, fewer), 0);
+    act();
+    ASSERT_EQ(syscall(SYS_capset, &header, all), 0);
   }
 
   // A socket of host `side`, bound to `address`.
@@ -259,6 +289,7 @@ TEST_F(LinuxCableTest, BurstsOfSmallFramesArriveInOrder) {
 }
 
 TEST_F(LinuxCableTest, CarrierFollowsTheInterface) {
+  bridge_.carrier_changes = 0;  // the interfaces may have come up while the cables were there
   for (const char* down : {"link set h0 down", "link set h0 up"}) {
     const bool before = bridge_.cables[0]->carrier();
     ip_at(0, down);
@@ -273,8 +304,204 @@ TEST_F(LinuxCableTest, CarrierFollowsTheInterface) {
   ip("link set c1 up");
   run_until([&] { return bridge_.cables[1]->carrier(); });
   EXPECT_EQ(bridge_.carrier_changes, 4);
+}
+
+TEST_F(LinuxCableTest, InterfaceIsDownWhileThePortIsOff) {
+  LinuxCable& cable = *bridge_.cables[0];
+  const auto switch_port = [&](bool on) {
+    bridge_.on[0] = on;
+    cable.offer_changed();
+  };
+  switch_port(false);
+  EXPECT_FALSE(is_up("c0"));
+  run_until([&] { return !cable.carrier(); });
+  switch_port(true);
+  EXPECT_TRUE(is_up("c0"));
+  run_until([&] { return cable.carrier(); });
+
+  // Somebody else takes it up or down.
+  switch_port(false);
+  ip("link set c0 up");
+  run_until([&] { return !is_up("c0"); });
+  switch_port(true);
+  ip("link set c0 down");
+  run_until([&] { return !cable.carrier(); });
+  switch_port(false);
+  switch_port(true);
+  EXPECT_FALSE(is_up("c0")) << "not this cable's doing";
+  ip("link set c0 up");
+  run_until([&] { return cable.carrier(); });
+
+  // The cable goes, and another one comes to a port that is off.
+  switch_port(false);
+  bridge_.cables[0].reset();
+  EXPECT_TRUE(is_up("c0")) << "as it was found";
+  open_cable(0);
+  EXPECT_FALSE(is_up("c0"));
+  bridge_.cables[0].reset();
+  EXPECT_TRUE(is_up("c0"));
+}
+
+TEST_F(LinuxCableTest, InterfaceStaysUpWhereItMayNotBeTakenDown) {
+  without(CAP_NET_ADMIN, [&] {
+    bridge_.on[0] = false;
+    bridge_.cables[0]->offer_changed();
+  });
+  EXPECT_TRUE(is_up("c0"));
+  EXPECT_EQ(bridge_.cables[0]->describe(),
+            "linux c0, up while the port is off: cannot be changed: Operation not permitted");
+  bridge_.on[0] = true;
+  bridge_.cables[0]->offer_changed();
+  EXPECT_EQ(bridge_.cables[0]->describe(), "linux c0");
+}
+
+TEST_F(LinuxCableTest, OneCableLeadsToAnInterface) {
+  EXPECT_EQ(LinuxCable::open(loop_, "c0", error_), nullptr);
+  EXPECT_EQ(error_, "c0: another cable leads there already");
+  enter(spaces_[0]);
+  ip("link add c0 type veth peer name other");
+  EXPECT_NE(LinuxCable::open(loop_, "c0", error_), nullptr) << "the name counts in its namespace";
+  enter(card_space_);
+  bridge_.cables[0].reset();
+  open_cable(0);
+}
+
+TEST_F(LinuxCableTest, InterfaceThatComesBackIsPickedUp) {
+  const Bytes frame = some_frame(60);
+  for (const char* index : {"", "index 77", "index 77"}) {
+    SCOPED_TRACE(index);
+    bridge_.carrier_changes = 0;
+    ip("link del c1");
+    run_until([&] { return !bridge_.cables[1]->carrier(); });
+    EXPECT_EQ(bridge_.cables[1]->describe(),
+              "linux c1, no carrier, c1: there is no such interface");
+    KeepingSink out;
+    EXPECT_EQ(out.send(*bridge_.cables[1], {frame}), 0u);
+    ip(std::string("link add c1 ") + index + " type veth peer name h1");
+    ip("link set h1 up");
+    ip("link set c1 up");
+    run_until([&] { return bridge_.cables[1]->carrier(); });
+    EXPECT_EQ(bridge_.carrier_changes, 2);
+    EXPECT_EQ(bridge_.cables[1]->describe(), "linux c1");
+
+    KeepingSink sink;
+    const auto end = LinuxCable::open(loop_, "h1", error_);
+    ASSERT_NE(end, nullptr) << error_;
+    end->plug(sink, 0);
+    bridge_.arrived = 0;
+    EXPECT_EQ(sink.send(*end, {frame}), 1u);
+    run_until([&] { return bridge_.arrived == 1; });
+    EXPECT_EQ(out.send(*bridge_.cables[1], {frame}), 1u);
+    run_until([&] { return sink.take() == std::vector<Bytes>{frame}; });
+  }
+  // One that was there in between, under the same number, before the cable heard of it.
   ip("link del c1");
-  run_until([&] { return !bridge_.cables[1]->carrier(); });
+  ip("link add c1 index 77 type veth peer name h1");
+  ip("link set h1 up");
+  ip("link set c1 up");
+  bridge_.carrier_changes = 0;
+  run_until([&] { return KeepingSink().send(*bridge_.cables[1], {frame}) == 1; });
+  pump();
+  EXPECT_TRUE(bridge_.cables[1]->carrier());
+
+  // Another name is no other interface.
+  ip("link set c1 down");
+  ip("link set c1 name d1");
+  ip("link set d1 up");
+  run_until([&] { return bridge_.cables[1]->carrier(); });
+}
+
+// Frames that the card has not taken: as many as the ring has slots wait, the others are counted.
+TEST_F(LinuxCableTest, LossesAreCounted) {
+  KeepingSink sink;
+  enter(spaces_[0]);
+  const auto host = LinuxCable::open(loop_, "h0", error_);
+  enter(card_space_);
+  ASSERT_NE(host, nullptr) << error_;
+  host->plug(sink, 0);
+  const std::vector<Bytes> burst(500, some_frame(60));
+  std::size_t sent = 0;
+  while (sent < 10000) sent += sink.send(*host, burst);
+  run_until([&] { return bridge_.arrived + bridge_.lost[0] == sent; });
+  EXPECT_GE(bridge_.arrived, 4096u) << "small frames have many slots";
+  EXPECT_GT(bridge_.lost[0], 0u);
+  EXPECT_EQ(bridge_.cables[0]->describe(),
+            "linux c0, " + std::to_string(bridge_.lost[0]) + " received frames lost");
+  EXPECT_EQ(bridge_.lost[1], 0u);
+
+  // Long ones go another way, and the pool has 512 for them.
+  const std::uint64_t before = bridge_.lost[0];
+  bridge_.arrived = 0;
+  ip("link set c1 mtu 9000");
+  ip("link set c0 mtu 9000");
+  ip_at(0, "link set h0 mtu 9000");
+  std::vector<FramePtr> hostage;
+  for (int i = 0; i < 480; ++i) hostage.push_back(bridge_.frame_pool().make(9000));
+  for (const std::size_t bytes : {9000u, 60u, 3000u, 1972u, 1973u, 9014u}) {
+    const Bytes frame = some_frame(bytes);
+    EXPECT_EQ(sink.send(*host, {frame, frame, frame}), 3u);
+  }
+  run_until([&] { return bridge_.arrived + bridge_.lost[0] - before == 18; });
+  EXPECT_EQ(bridge_.lost[0], before) << "the bridge lets go of them at once";
+  while (hostage.size() < 512) hostage.push_back(bridge_.frame_pool().make(9000));
+  EXPECT_EQ(sink.send(*host, {some_frame(9000), some_frame(60), some_frame(9000)}), 3u);
+  run_until([&] { return bridge_.lost[0] - before == 2; });
+  hostage.clear();
+  EXPECT_EQ(bridge_.arrived, 19u);
+}
+
+// What the kernel is told of the work that is left, read as it is.
+TEST_F(LinuxCableTest, HeaderInFrontOfAFrameSaysWhatIsLeftToDo) {
+  enter(spaces_[0]);
+  const Descriptor host(socket(AF_PACKET, SOCK_RAW | SOCK_NONBLOCK, htons(ETH_P_ALL)));
+  enter(card_space_);
+  const int on = 1;
+  ASSERT_EQ(setsockopt(host.get(), SOL_PACKET, PACKET_VNET_HDR, &on, sizeof on), 0);
+  const std::string tcp4 = " ipv4 src=198.51.100.1 dst=198.51.100.2 tcp sport=1 dport=2";
+  const std::string tcp6 = " ipv6 src=2001:db8::1 dst=2001:db8::2 tcp sport=1 dport=2";
+  constexpr std::uint16_t kSegment = 1400;
+  const struct {
+    std::string text;
+    Segmentation segmentation;
+    bool partial;
+    std::vector<std::uint16_t> header;  // flags and kind, header, segment, start, offset
+  } kRows[] = {
+      {tcp4 + " size=1000", Segmentation::none, false, {0, 0, 0, 0, 0}},
+      {tcp4 + " size=1000", Segmentation::none, true, {0x0001, 0, 0, 34, 16}},
+      {tcp4 + " size=9000", Segmentation::tcp4, true, {0x0101, 54, kSegment, 34, 16}},
+      {tcp4 + " flags=0x90 size=9000", Segmentation::tcp4, true, {0x8101, 54, kSegment, 34, 16}},
+      {tcp4 + " flags=0x7f size=9000", Segmentation::tcp4, true, {0x0101, 54, kSegment, 34, 16}},
+      {tcp6 + " flags=0x80 size=9000", Segmentation::tcp6, true, {0x8401, 74, kSegment, 54, 16}},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.text);
+    Bytes bytes;
+    ASSERT_TRUE(
+        parse_frame("eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02" + row.text, bytes, error_))
+        << error_;
+    FramePtr frame = bridge_.frame_pool().make(bytes.data(), bytes.size());
+    frame->offload.checksum_partial = row.partial;
+    frame->offload.segmentation = row.segmentation;
+    if (row.partial) {
+      frame->offload.checksum_start = row.segmentation == Segmentation::tcp6 ? 54 : 34;
+      frame->offload.checksum_offset = 16;
+    }
+    if (row.segmentation != Segmentation::none) frame->offload.segment_bytes = kSegment;
+    ASSERT_EQ(bridge_.cables[0]->transmit(&frame, 1), 1u);
+    std::vector<std::uint8_t> got(70000);
+    ssize_t length = 0;
+    run_until([&] {
+      length = recv(host.get(), got.data(), got.size(), MSG_DONTWAIT);
+      pump(1);
+      return length > 0;
+    });
+    ASSERT_EQ(length, static_cast<ssize_t>(10 + bytes.size()));
+    std::vector<std::uint16_t> header(5);
+    std::memcpy(header.data(), got.data(), 10);
+    header[0] = static_cast<std::uint16_t>(got[0] | got[1] << 8);
+    if (row.segmentation != Segmentation::none) header[1] = row.header[1];  // the kernel's own
+    EXPECT_EQ(header, row.header);
+  }
 }
 
 TEST_F(LinuxCableTest, UnknownInterfaceIsNamed) {

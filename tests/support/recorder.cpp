@@ -75,6 +75,40 @@ std::string name_of(const void* address) {
 
 unsigned int next_answer() { return 101 + answers_given++; }
 
+// ---- Slots that answer what the test told the host ------------------------------------------
+
+bool Recorder::get_vlan_info(u32 vlan, Ports& tagged, Ports& untagged) {
+  const bool done = step(__func__, vlan, tagged, untagged);
+  tagged = host().vlan_members[0];
+  untagged = host().vlan_members[1];
+  return done;
+}
+
+bool Recorder::create_lag(u32& id) {
+  if (!step(__func__, name_of(&id))) return false;
+  id = host().next_lag_id++;
+  return true;
+}
+
+bool Recorder::get_port_mirror(Mp& to, const Mp& from, mirror_type_t& type) {
+  const bool done = step(__func__, to, from, out(type));
+  to = Mp(2, 8);
+  return done;
+}
+
+bool Recorder::get_port_flow_control_8023x(const Mp& mp, u32& receive, u32& transmit) {
+  receive = host().flow_control_words[0];
+  transmit = host().flow_control_words[1];
+  return step(__func__, mp);
+}
+
+bool Recorder::get_port_link_state(const Mp& mp, phy_state_t& state) {
+  const auto link = host().links.find(mp.port());
+  const bool done = step(__func__, mp, name_of(&state));
+  if (done || host().answers) state = link != host().links.end() ? link->second : PHY_STATE_UP;
+  return done;
+}
+
 }  // namespace vorn::test
 
 // ---- Port mapping ---------------------------------------------------------------------------

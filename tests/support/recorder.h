@@ -140,459 +140,180 @@ inline std::string out(unsigned char* mac) {
 
 // ---- The SDK object -------------------------------------------------------------------------
 
+// One line a slot: its arguments, and what is recorded of them. Slots that answer with more than
+// out() are in recorder.cpp.
 // A test that needs other answers derives from it and puts its object into Host::sdk.
 class Recorder : public VornSdkBase {
+  using u16 = unsigned short;
+  using u32 = unsigned int;
+  using u64 = unsigned long long;
+  using Ports = std::list<Mp>;
+  using Bytes = const unsigned char*;  // a MAC address, an IPv6 address or a bitmap
+
  public:
-  bool create_vlan(unsigned int vlan) override { return step(__func__, vlan); }
-  bool delete_vlan(unsigned int vlan) override { return step(__func__, vlan); }
-  bool add_ports_to_vlan(unsigned int vlan, std::list<Mp>& tagged,
-                         std::list<Mp>& untagged) override {
-    return step(__func__, vlan, tagged, untagged);
-  }
-  bool delete_ports_from_vlan(unsigned int vlan, std::list<Mp>& ports) override {
-    return step(__func__, vlan, ports);
-  }
-  bool get_vlan_info(unsigned int vlan, std::list<Mp>& tagged, std::list<Mp>& untagged) override {
-    const bool done = step(__func__, vlan, tagged, untagged);
-    tagged = host().vlan_members[0];
-    untagged = host().vlan_members[1];
-    return done;
-  }
-  bool set_port_mstp_state(unsigned int instance, const Mp& mp, mstp_state_t state) override {
-    return step(__func__, instance, mp, state);
-  }
-  bool get_port_mstp_state(unsigned int instance, const Mp& mp, mstp_state_t& state) override {
-    return step(__func__, instance, mp, out(state));
-  }
-  bool create_lag(unsigned int& id) override {
-    if (!step(__func__, name_of(&id))) return false;
-    id = host().next_lag_id++;
-    return true;
-  }
-  bool delete_lag(unsigned int id) override { return step(__func__, id); }
-  bool add_ports_to_lag(unsigned int id, std::list<Mp>& ports) override {
-    return step(__func__, id, ports);
-  }
-  bool delete_ports_from_lag(unsigned int id, std::list<Mp>& ports) override {
-    return step(__func__, id, ports);
-  }
-  bool set_lag_balancing_strategy(unsigned int id, lag_psc_t psc) override {
-    return step(__func__, id, psc);
-  }
-  bool get_lag_balancing_strategy(unsigned int id, lag_psc_t& psc) override {
-    return step(__func__, id, out(psc));
-  }
-  bool set_port_mirror(const Mp& mirror_to, const Mp& mirrored, mirror_type_t type) override {
-    return step(__func__, mirror_to, mirrored, type);
-  }
-  bool get_port_mirror(Mp& mirror_to, const Mp& mirrored, mirror_type_t& type) override {
-    const bool done = step(__func__, mirror_to, mirrored, out(type));
-    mirror_to = Mp(2, 8);
-    return done;
-  }
+  // clang-format off
+  bool create_vlan(u32 vlan) override { return step(__func__, vlan); }
+  bool delete_vlan(u32 vlan) override { return step(__func__, vlan); }
+  bool add_ports_to_vlan(u32 vlan, Ports& tagged, Ports& untagged) override { return step(__func__, vlan, tagged, untagged); }
+  bool delete_ports_from_vlan(u32 vlan, Ports& ports) override { return step(__func__, vlan, ports); }
+  bool get_vlan_info(u32 vlan, Ports& tagged, Ports& untagged) override;
+  bool set_port_mstp_state(u32 instance, const Mp& mp, mstp_state_t state) override { return step(__func__, instance, mp, state); }
+  bool get_port_mstp_state(u32 instance, const Mp& mp, mstp_state_t& state) override { return step(__func__, instance, mp, out(state)); }
+  bool create_lag(u32& id) override;
+  bool delete_lag(u32 id) override { return step(__func__, id); }
+  bool add_ports_to_lag(u32 id, Ports& ports) override { return step(__func__, id, ports); }
+  bool delete_ports_from_lag(u32 id, Ports& ports) override { return step(__func__, id, ports); }
+  bool set_lag_balancing_strategy(u32 id, lag_psc_t psc) override { return step(__func__, id, psc); }
+  bool get_lag_balancing_strategy(u32 id, lag_psc_t& psc) override { return step(__func__, id, out(psc)); }
+  bool set_port_mirror(const Mp& to, const Mp& from, mirror_type_t type) override { return step(__func__, to, from, type); }
+  bool get_port_mirror(Mp& to, const Mp& from, mirror_type_t& type) override;
   bool set_port_state(const Mp& mp, bool on) override { return step(__func__, mp, on); }
   bool get_port_state(const Mp& mp, bool& on) override { return step(__func__, mp, out(on)); }
   bool set_port_autoneg(const Mp& mp, bool on) override { return step(__func__, mp, on); }
   bool get_port_autoneg(const Mp& mp, bool& on) override { return step(__func__, mp, out(on)); }
-  bool set_port_speed(const Mp& mp, speed_type_t speed) override {
-    return step(__func__, mp, speed);
-  }
-  bool get_port_speed(const Mp& mp, speed_type_t& speed) override {
-    return step(__func__, mp, out(speed));
-  }
-  bool set_port_duplex(const Mp& mp, duplex_type_t duplex) override {
-    return step(__func__, mp, duplex);
-  }
-  bool get_port_duplex(const Mp& mp, duplex_type_t& duplex) override {
-    return step(__func__, mp, out(duplex));
-  }
-  bool set_port_flow_control_8023x(const Mp& mp, bool receive, bool transmit) override {
-    return step(__func__, mp, receive, transmit);
-  }
-  bool get_port_flow_control_8023x(const Mp& mp, unsigned int& receive,
-                                   unsigned int& transmit) override {
-    receive = host().flow_control_words[0];
-    transmit = host().flow_control_words[1];
-    return step(__func__, mp);
-  }
+  bool set_port_speed(const Mp& mp, speed_type_t speed) override { return step(__func__, mp, speed); }
+  bool get_port_speed(const Mp& mp, speed_type_t& speed) override { return step(__func__, mp, out(speed)); }
+  bool set_port_duplex(const Mp& mp, duplex_type_t duplex) override { return step(__func__, mp, duplex); }
+  bool get_port_duplex(const Mp& mp, duplex_type_t& duplex) override { return step(__func__, mp, out(duplex)); }
+  bool set_port_flow_control_8023x(const Mp& mp, bool receive, bool transmit) override { return step(__func__, mp, receive, transmit); }
+  bool get_port_flow_control_8023x(const Mp& mp, u32& receive, u32& transmit) override;
   bool set_port_jaming_control(const Mp& mp, bool on) override { return step(__func__, mp, on); }
-  bool get_port_jaming_control(const Mp& mp, bool& on) override {
-    return step(__func__, mp, out(on));
-  }
-  bool set_port_mtu(const Mp& mp, unsigned int bytes) override { return step(__func__, mp, bytes); }
-  bool get_port_mtu(const Mp& mp, unsigned int& bytes) override {
-    return step(__func__, mp, out(bytes));
-  }
+  bool get_port_jaming_control(const Mp& mp, bool& on) override { return step(__func__, mp, out(on)); }
+  bool set_port_mtu(const Mp& mp, u32 bytes) override { return step(__func__, mp, bytes); }
+  bool get_port_mtu(const Mp& mp, u32& bytes) override { return step(__func__, mp, out(bytes)); }
   bool set_port_stat_enable(const Mp& mp, bool on) override { return step(__func__, mp, on); }
-  bool get_port_stat_enabled(const Mp& mp, bool& on) override {
-    return step(__func__, mp, out(on));
-  }
-  bool get_port_stat_counter(const Mp& mp, stat_type_t type, unsigned long long& value) override {
-    return step(__func__, mp, type, out(value));
-  }
-  bool get_port_stat_counter32(const Mp& mp, stat_type_t type, unsigned int& value) override {
-    return step(__func__, mp, type, out(value));
-  }
-  bool get_port_stat_counter_all64(const Mp& mp, std::list<StatCounter64>& counters) override {
-    return step(__func__, mp, out(counters));
-  }
-  bool get_port_stat_counter_all32(const Mp& mp, std::list<StatCounter32>& counters) override {
-    return step(__func__, mp, out(counters));
-  }
-  bool get_port_stat_counter_all64_ext(const Mp& mp, StatCounter64* counters,
-                                       unsigned int& count) override {
-    return step(__func__, mp, out(*counters), out(count));
-  }
-  bool get_port_stat_counter_all32_ext(const Mp& mp, StatCounter32* counters,
-                                       unsigned int& count) override {
-    return step(__func__, mp, out(*counters), out(count));
-  }
-  bool get_port_brief_stat_counter64(const Mp& mp, brief_stat_type_t type,
-                                     unsigned long long& value) override {
-    return step(__func__, mp, type, out(value));
-  }
-  bool get_port_brief_stat_counter32(const Mp& mp, brief_stat_type_t type,
-                                     unsigned int& value) override {
-    return step(__func__, mp, type, out(value));
-  }
-  bool get_port_brief_stat_counter_all64(const Mp& mp,
-                                         std::list<BriefStatCounter64>& counters) override {
-    return step(__func__, mp, out(counters));
-  }
+  bool get_port_stat_enabled(const Mp& mp, bool& on) override { return step(__func__, mp, out(on)); }
+  bool get_port_stat_counter(const Mp& mp, stat_type_t type, u64& value) override { return step(__func__, mp, type, out(value)); }
+  bool get_port_stat_counter32(const Mp& mp, stat_type_t type, u32& value) override { return step(__func__, mp, type, out(value)); }
+  bool get_port_stat_counter_all64(const Mp& mp, std::list<StatCounter64>& counters) override { return step(__func__, mp, out(counters)); }
+  bool get_port_stat_counter_all32(const Mp& mp, std::list<StatCounter32>& counters) override { return step(__func__, mp, out(counters)); }
+  bool get_port_stat_counter_all64_ext(const Mp& mp, StatCounter64* counters, u32& count) override { return step(__func__, mp, out(*counters), out(count)); }
+  bool get_port_stat_counter_all32_ext(const Mp& mp, StatCounter32* counters, u32& count) override { return step(__func__, mp, out(*counters), out(count)); }
+  bool get_port_brief_stat_counter64(const Mp& mp, brief_stat_type_t type, u64& value) override { return step(__func__, mp, type, out(value)); }
+  bool get_port_brief_stat_counter32(const Mp& mp, brief_stat_type_t type, u32& value) override { return step(__func__, mp, type, out(value)); }
+  bool get_port_brief_stat_counter_all64(const Mp& mp, std::list<BriefStatCounter64>& counters) override { return step(__func__, mp, out(counters)); }
   bool clear_port_stat_counter(const Mp& mp) override { return step(__func__, mp); }
-  bool set_port_stp_state(const Mp& mp, stp_state_t state) override {
-    return step(__func__, mp, state);
-  }
-  bool get_port_stp_state(const Mp& mp, stp_state_t& state) override {
-    return step(__func__, mp, out(state));
-  }
+  bool set_port_stp_state(const Mp& mp, stp_state_t state) override { return step(__func__, mp, state); }
+  bool get_port_stp_state(const Mp& mp, stp_state_t& state) override { return step(__func__, mp, out(state)); }
   bool set_port_bpdu_processing(const Mp& mp, bool on) override { return step(__func__, mp, on); }
-  bool get_port_bpdu_processing(const Mp& mp, bool& on) override {
-    return step(__func__, mp, out(on));
-  }
-  bool add_mac_to_port(const Mp& mp, const unsigned char* mac, unsigned int vlan,
-                       bool trunk) override {
-    return step(__func__, mp, mac_text(mac), vlan, trunk);
-  }
-  bool add_system_mac(const unsigned char* mac, unsigned int vlan) override {
-    return step(__func__, mac_text(mac), vlan);
-  }
-  bool add_system_mac_vlan_bitmap(const unsigned char* mac, const unsigned char* bitmap) override {
-    return step(__func__, mac_text(mac), bitmap_text(bitmap));
-  }
-  bool delete_mac(const unsigned char* mac, unsigned int vlan) override {
-    return step(__func__, mac_text(mac), vlan);
-  }
-  bool delete_mac_vlan_bitmap(const unsigned char* mac, unsigned char* bitmap) override {
-    return step(__func__, mac_text(mac), bitmap_text(bitmap));
-  }
-  bool delete_mac_by_mac(const unsigned char* mac) override {
-    return step(__func__, mac_text(mac));
-  }
-  bool clear_fdb_by_port(const Mp& mp, bool trunk, bool and_static) override {
-    return step(__func__, mp, trunk, and_static);
-  }
-  bool clear_fdb_by_vlan(unsigned int vlan, bool and_static) override {
-    return step(__func__, vlan, and_static);
-  }
+  bool get_port_bpdu_processing(const Mp& mp, bool& on) override { return step(__func__, mp, out(on)); }
+  bool add_mac_to_port(const Mp& mp, Bytes mac, u32 vlan, bool trunk) override { return step(__func__, mp, mac_text(mac), vlan, trunk); }
+  bool add_system_mac(Bytes mac, u32 vlan) override { return step(__func__, mac_text(mac), vlan); }
+  bool add_system_mac_vlan_bitmap(Bytes mac, Bytes bitmap) override { return step(__func__, mac_text(mac), bitmap_text(bitmap)); }
+  bool delete_mac(Bytes mac, u32 vlan) override { return step(__func__, mac_text(mac), vlan); }
+  bool delete_mac_vlan_bitmap(Bytes mac, unsigned char* bitmap) override { return step(__func__, mac_text(mac), bitmap_text(bitmap)); }
+  bool delete_mac_by_mac(Bytes mac) override { return step(__func__, mac_text(mac)); }
+  bool clear_fdb_by_port(const Mp& mp, bool trunk, bool and_static) override { return step(__func__, mp, trunk, and_static); }
+  bool clear_fdb_by_vlan(u32 vlan, bool and_static) override { return step(__func__, vlan, and_static); }
   bool clear_fdb_table(bool and_static) override { return step(__func__, and_static); }
   bool set_fdb_aging_time(int seconds) override { return step(__func__, seconds); }
   bool get_fdb_aging_time(int& seconds) override { return step(__func__, out(seconds)); }
-  bool set_port_link_state(const Mp& mp, phy_state_t state) override {
-    return step(__func__, mp, state);
-  }
-  bool get_port_link_state(const Mp& mp, phy_state_t& state) override {
-    const auto link = host().links.find(mp.port());
-    const bool done = step(__func__, mp, name_of(&state));
-    if (done || host().answers) state = link != host().links.end() ? link->second : PHY_STATE_UP;
-    return done;
-  }
+  bool set_port_link_state(const Mp& mp, phy_state_t state) override { return step(__func__, mp, state); }
+  bool get_port_link_state(const Mp& mp, phy_state_t& state) override;
   bool set_port_mac_lock(const Mp& mp, bool on) override { return step(__func__, mp, on); }
   bool get_port_mac_lock(const Mp& mp, bool& on) override { return step(__func__, mp, out(on)); }
-  bool set_port_mac_lock_ext(const Mp& mp, bool on, bool drop) override {
-    return step(__func__, mp, on, drop);
-  }
-  bool get_port_mac_lock_ext(const Mp& mp, bool& on, bool& drop) override {
-    return step(__func__, mp, out(on), out(drop));
-  }
-  bool set_port_broadcast_control(const Mp& mp, unsigned int frames_per_second) override {
-    return step(__func__, mp, frames_per_second);
-  }
-  bool get_port_broadcast_control(const Mp& mp, unsigned int& frames_per_second) override {
-    return step(__func__, mp, out(frames_per_second));
-  }
-  bool set_port_multicast_control(const Mp& mp, unsigned int frames_per_second) override {
-    return step(__func__, mp, frames_per_second);
-  }
-  bool get_port_multicast_control(const Mp& mp, unsigned int& frames_per_second) override {
-    return step(__func__, mp, out(frames_per_second));
-  }
-  bool set_port_unicast_control(const Mp& mp, unsigned int frames_per_second) override {
-    return step(__func__, mp, frames_per_second);
-  }
-  bool get_port_unicast_control(const Mp& mp, unsigned int& frames_per_second) override {
-    return step(__func__, mp, out(frames_per_second));
-  }
-  bool set_port_egress_admin_state(const Mp& mp, bool on) override {
-    return step(__func__, mp, on);
-  }
-  bool get_port_egress_admin_state(const Mp& mp, bool& on) override {
-    return step(__func__, mp, out(on));
-  }
-  bool set_port_ingress_discarding(const Mp& mp, ingress_discard_type_t type) override {
-    return step(__func__, mp, type);
-  }
-  bool get_port_ingress_discarding(const Mp& mp, ingress_discard_type_t& type) override {
-    return step(__func__, mp, out(type));
-  }
-  bool set_port_pvid(const Mp& mp, unsigned int vlan) override { return step(__func__, mp, vlan); }
-  bool get_port_pvid(const Mp& mp, unsigned int& vlan) override {
-    return step(__func__, mp, out(vlan));
-  }
-  bool set_port_vlan_priority(const Mp& mp, unsigned int vlan, unsigned int priority) override {
-    return step(__func__, mp, vlan, priority);
-  }
-  bool get_port_vlan_priority(const Mp& mp, unsigned int vlan, unsigned int& priority) override {
-    return step(__func__, mp, vlan, out(priority));
-  }
-  bool set_port_vlan_accept_frame(const Mp& mp, bool all) override {
-    return step(__func__, mp, all);
-  }
-  bool get_port_vlan_accept_frame(const Mp& mp, bool& all) override {
-    return step(__func__, mp, out(all));
-  }
-  bool set_system_mac_limit(const Mp& mp, int limit, unsigned int kind) override {
-    return step(__func__, mp, limit, kind);
-  }
-  bool get_system_mac_limit(const Mp& mp, int& limit, unsigned int kind) override {
-    return step(__func__, mp, out(limit), kind);
-  }
-  bool set_port_protocol_vlan(const Mp& mp, frame_type_t type, unsigned short protocol,
-                              unsigned int vlan) override {
-    return step(__func__, mp, type, protocol, vlan);
-  }
-  bool delete_port_protocol_vlan(const Mp& mp, frame_type_t type,
-                                 unsigned short protocol) override {
-    return step(__func__, mp, type, protocol);
-  }
+  bool set_port_mac_lock_ext(const Mp& mp, bool on, bool drop) override { return step(__func__, mp, on, drop); }
+  bool get_port_mac_lock_ext(const Mp& mp, bool& on, bool& drop) override { return step(__func__, mp, out(on), out(drop)); }
+  bool set_port_broadcast_control(const Mp& mp, u32 rate) override { return step(__func__, mp, rate); }
+  bool get_port_broadcast_control(const Mp& mp, u32& rate) override { return step(__func__, mp, out(rate)); }
+  bool set_port_multicast_control(const Mp& mp, u32 rate) override { return step(__func__, mp, rate); }
+  bool get_port_multicast_control(const Mp& mp, u32& rate) override { return step(__func__, mp, out(rate)); }
+  bool set_port_unicast_control(const Mp& mp, u32 rate) override { return step(__func__, mp, rate); }
+  bool get_port_unicast_control(const Mp& mp, u32& rate) override { return step(__func__, mp, out(rate)); }
+  bool set_port_egress_admin_state(const Mp& mp, bool on) override { return step(__func__, mp, on); }
+  bool get_port_egress_admin_state(const Mp& mp, bool& on) override { return step(__func__, mp, out(on)); }
+  bool set_port_ingress_discarding(const Mp& mp, ingress_discard_type_t type) override { return step(__func__, mp, type); }
+  bool get_port_ingress_discarding(const Mp& mp, ingress_discard_type_t& type) override { return step(__func__, mp, out(type)); }
+  bool set_port_pvid(const Mp& mp, u32 vlan) override { return step(__func__, mp, vlan); }
+  bool get_port_pvid(const Mp& mp, u32& vlan) override { return step(__func__, mp, out(vlan)); }
+  bool set_port_vlan_priority(const Mp& mp, u32 vlan, u32 priority) override { return step(__func__, mp, vlan, priority); }
+  bool get_port_vlan_priority(const Mp& mp, u32 vlan, u32& priority) override { return step(__func__, mp, vlan, out(priority)); }
+  bool set_port_vlan_accept_frame(const Mp& mp, bool all) override { return step(__func__, mp, all); }
+  bool get_port_vlan_accept_frame(const Mp& mp, bool& all) override { return step(__func__, mp, out(all)); }
+  bool set_system_mac_limit(const Mp& mp, int limit, u32 kind) override { return step(__func__, mp, limit, kind); }
+  bool get_system_mac_limit(const Mp& mp, int& limit, u32 kind) override { return step(__func__, mp, out(limit), kind); }
+  bool set_port_protocol_vlan(const Mp& mp, frame_type_t type, u16 protocol, u32 vlan) override { return step(__func__, mp, type, protocol, vlan); }
+  bool delete_port_protocol_vlan(const Mp& mp, frame_type_t type, u16 protocol) override { return step(__func__, mp, type, protocol); }
   bool delete_port_protocol_vlan_all(const Mp& mp) override { return step(__func__, mp); }
-  bool set_mac_vlan(const unsigned char* mac, unsigned int vlan, unsigned int priority) override {
-    return step(__func__, mac_text(mac), vlan, priority);
-  }
-  bool set_ipv4_subnet_vlan(unsigned int ip, unsigned int mask, unsigned int vlan,
-                            unsigned int priority) override {
-    return step(__func__, ip, mask, vlan, priority);
-  }
-  bool set_ipv6_subnet_vlan(const unsigned char* ip6, unsigned int prefix_length, unsigned int vlan,
-                            unsigned int priority) override {
-    return step(__func__, ip6_text(ip6), prefix_length, vlan, priority);
-  }
-  bool send_packet_by_port(std::list<Mp>& tagged, std::list<Mp>& untagged,
-                           const Packet& packet) override {
-    return step(__func__, tagged, untagged, packet);
-  }
+  bool set_mac_vlan(Bytes mac, u32 vlan, u32 priority) override { return step(__func__, mac_text(mac), vlan, priority); }
+  bool set_ipv4_subnet_vlan(u32 ip, u32 mask, u32 vlan, u32 priority) override { return step(__func__, ip, mask, vlan, priority); }
+  bool set_ipv6_subnet_vlan(Bytes ip6, u32 prefix_length, u32 vlan, u32 priority) override { return step(__func__, ip6_text(ip6), prefix_length, vlan, priority); }
+  bool send_packet_by_port(Ports& tagged, Ports& untagged, const Packet& packet) override { return step(__func__, tagged, untagged, packet); }
   bool send_packet_from_cpu(const Packet& packet) override { return step(__func__, packet); }
-  bool get_port_ability(const Mp& mp, port_ability_type_t& ability) override {
-    return step(__func__, mp, out(ability));
-  }
-  bool set_port_advertising_ability(const Mp& mp, port_ability_type_t ability) override {
-    return step(__func__, mp, ability);
-  }
-  bool get_port_advertising_ability(const Mp& mp, port_ability_type_t& ability) override {
-    return step(__func__, mp, out(ability));
-  }
-  bool get_port_current_ability(const Mp& mp, port_ability_type_t& ability) override {
-    return step(__func__, mp, out(ability));
-  }
-  bool get_port_peer_ability(Mp mp, port_ability_type_t& ability) override {
-    return step(__func__, mp, out(ability));
-  }
-  bool set_port_flood_blocking(const Mp& from, const Mp& to, flood_block_type_t type) override {
-    return step(__func__, from, to, type);
-  }
-  bool get_port_flood_blocking(const Mp& from, const Mp& to, flood_block_type_t& type) override {
-    return step(__func__, from, to, out(type));
-  }
-  bool set_port_flood_blocking_cpu(const Mp& from, flood_block_type_t type) override {
-    return step(__func__, from, type);
-  }
-  bool get_port_flood_blocking_cpu(const Mp& from, flood_block_type_t& type) override {
-    return step(__func__, from, out(type));
-  }
-  bool set_port_cos_mapping(const Mp& mp, unsigned int priority, unsigned int queue) override {
-    return step(__func__, mp, priority, queue);
-  }
-  bool get_port_cos_mapping(const Mp& mp, unsigned int priority, unsigned int& queue) override {
-    return step(__func__, mp, priority, out(queue));
-  }
+  bool get_port_ability(const Mp& mp, port_ability_type_t& ability) override { return step(__func__, mp, out(ability)); }
+  bool set_port_advertising_ability(const Mp& mp, port_ability_type_t ability) override { return step(__func__, mp, ability); }
+  bool get_port_advertising_ability(const Mp& mp, port_ability_type_t& ability) override { return step(__func__, mp, out(ability)); }
+  bool get_port_current_ability(const Mp& mp, port_ability_type_t& ability) override { return step(__func__, mp, out(ability)); }
+  bool get_port_peer_ability(Mp mp, port_ability_type_t& ability) override { return step(__func__, mp, out(ability)); }
+  bool set_port_flood_blocking(const Mp& from, const Mp& to, flood_block_type_t type) override { return step(__func__, from, to, type); }
+  bool get_port_flood_blocking(const Mp& from, const Mp& to, flood_block_type_t& type) override { return step(__func__, from, to, out(type)); }
+  bool set_port_flood_blocking_cpu(const Mp& from, flood_block_type_t type) override { return step(__func__, from, type); }
+  bool get_port_flood_blocking_cpu(const Mp& from, flood_block_type_t& type) override { return step(__func__, from, out(type)); }
+  bool set_port_cos_mapping(const Mp& mp, u32 priority, u32 queue) override { return step(__func__, mp, priority, queue); }
+  bool get_port_cos_mapping(const Mp& mp, u32 priority, u32& queue) override { return step(__func__, mp, priority, out(queue)); }
   bool get_line_card_usp(Usp& usp) override { return step(__func__, out(usp)); }
   bool free_call(int number) override { return step(__func__, number); }
-  bool set_switch_forward_mode(unsigned int mode) override { return step(__func__, mode); }
-  bool get_switch_forward_mode(unsigned int& mode) override { return step(__func__, out(mode)); }
-  bool add_arp_filter(unsigned int ip, unsigned int mask) override {
-    return step(__func__, ip, mask);
-  }
-  bool delete_arp_filter(unsigned int ip, unsigned int mask) override {
-    return step(__func__, ip, mask);
-  }
+  bool set_switch_forward_mode(u32 mode) override { return step(__func__, mode); }
+  bool get_switch_forward_mode(u32& mode) override { return step(__func__, out(mode)); }
+  bool add_arp_filter(u32 ip, u32 mask) override { return step(__func__, ip, mask); }
+  bool delete_arp_filter(u32 ip, u32 mask) override { return step(__func__, ip, mask); }
   bool delete_arp_filter_all() override { return step(__func__); }
-  bool add_ip_protocol_filter(unsigned int protocol) override { return step(__func__, protocol); }
-  bool delete_ip_protocol_filter(unsigned int protocol) override {
-    return step(__func__, protocol);
-  }
+  bool add_ip_protocol_filter(u32 protocol) override { return step(__func__, protocol); }
+  bool delete_ip_protocol_filter(u32 protocol) override { return step(__func__, protocol); }
   bool delete_ip_protocol_filter_all() override { return step(__func__); }
-  bool add_l4_destination_port_filter(unsigned int port) override { return step(__func__, port); }
-  bool delete_l4_destination_port_filter(unsigned int port) override {
-    return step(__func__, port);
-  }
+  bool add_l4_destination_port_filter(u32 port) override { return step(__func__, port); }
+  bool delete_l4_destination_port_filter(u32 port) override { return step(__func__, port); }
   bool delete_l4_destination_port_filter_all() override { return step(__func__); }
   bool set_port_l2_enable(const Mp& mp, bool on) override { return step(__func__, mp, on); }
-  bool set_port_switch_unknown_unicast_to_cpu(const Mp& mp, bool on) override {
-    return step(__func__, mp, on);
-  }
-  bool get_port_switch_unknown_unicast_to_cpu(const Mp& mp, bool& on) override {
-    return step(__func__, mp, out(on));
-  }
+  bool set_port_switch_unknown_unicast_to_cpu(const Mp& mp, bool on) override { return step(__func__, mp, on); }
+  bool get_port_switch_unknown_unicast_to_cpu(const Mp& mp, bool& on) override { return step(__func__, mp, out(on)); }
   bool set_switch_unknown_unicast_to_cpu(bool on) override { return step(__func__, on); }
   bool get_switch_unknown_unicast_to_cpu(bool& on) override { return step(__func__, out(on)); }
-  bool add_of_flow(of_flow_mp_s& flow, unsigned int& id,
-                   const of_flow_qualify_udf_s& udf) override {
-    return step(__func__, flow, out(id), udf);
-  }
-  bool add_of_flow_with_id(of_flow_mp_s& flow, unsigned int id) override {
-    return step(__func__, flow, id);
-  }
-  bool delete_of_flow(unsigned int id) override { return step(__func__, id); }
+  bool add_of_flow(of_flow_mp_s& flow, u32& id, const of_flow_qualify_udf_s& udf) override { return step(__func__, flow, out(id), udf); }
+  bool add_of_flow_with_id(of_flow_mp_s& flow, u32 id) override { return step(__func__, flow, id); }
+  bool delete_of_flow(u32 id) override { return step(__func__, id); }
   bool clear_of_flow_table() override { return step(__func__); }
-  bool add_of_flow_action(unsigned int id, of_action_t kind, of_action_param_s param,
-                          const Mp& mp) override {
-    return step(__func__, id, kind, param, mp);
-  }
-  bool delete_of_flow_action(unsigned int id, of_action_t kind, of_action_param_s param,
-                             const Mp& mp) override {
-    return step(__func__, id, kind, param, mp);
-  }
-  bool clear_of_flow_action(unsigned int id) override { return step(__func__, id); }
-  bool set_of_flow_priority(unsigned int id, int priority) override {
-    return step(__func__, id, priority);
-  }
-  bool get_of_flow_priority(unsigned int id, int& priority) override {
-    return step(__func__, id, out(priority));
-  }
-  bool get_of_flow_stat_counter64(unsigned int id, unsigned long long& packets) override {
-    return step(__func__, id, out(packets));
-  }
-  bool get_of_flow_stat_counter32(unsigned int id, unsigned int& packets) override {
-    return step(__func__, id, out(packets));
-  }
-  bool register_mac_update_callback(void (*callback)(L2Addr*, int, void*),
-                                    void* user_data) override {
-    return step(__func__, name_of(callback), name_of(user_data));
-  }
-  bool register_mac_update_callback_c(void (*callback)(ctype_l2_addr_s*, int, void*),
-                                      void* user_data) override {
-    return step(__func__, name_of(callback), name_of(user_data));
-  }
-  bool register_link_change_callback(void (*callback)(LinkStatus*, Usp*),
-                                     void* user_data) override {
-    return step(__func__, name_of(callback), name_of(user_data));
-  }
-  bool register_link_change_callback_c(void (*callback)(ctype_link_status_s*, usp_s*),
-                                       void* user_data) override {
-    return step(__func__, name_of(callback), name_of(user_data));
-  }
-  bool register_rx_packet_callback(void (*callback)(RxPacket*, void*), void* user_data) override {
-    return step(__func__, name_of(callback), name_of(user_data));
-  }
-  bool register_rx_packet_callback_c(void (*callback)(ctype_rx_packet_s*, void*),
-                                     void* user_data) override {
-    return step(__func__, name_of(callback), name_of(user_data));
-  }
-  bool deregister_event_callback(lcmgr_report_event_t event, void* callback,
-                                 void* user_data) override {
-    return step(__func__, event, name_of(callback), name_of(user_data));
-  }
+  bool add_of_flow_action(u32 id, of_action_t kind, of_action_param_s param, const Mp& mp) override { return step(__func__, id, kind, param, mp); }
+  bool delete_of_flow_action(u32 id, of_action_t kind, of_action_param_s param, const Mp& mp) override { return step(__func__, id, kind, param, mp); }
+  bool clear_of_flow_action(u32 id) override { return step(__func__, id); }
+  bool set_of_flow_priority(u32 id, int priority) override { return step(__func__, id, priority); }
+  bool get_of_flow_priority(u32 id, int& priority) override { return step(__func__, id, out(priority)); }
+  bool get_of_flow_stat_counter64(u32 id, u64& packets) override { return step(__func__, id, out(packets)); }
+  bool get_of_flow_stat_counter32(u32 id, u32& packets) override { return step(__func__, id, out(packets)); }
+  bool register_mac_update_callback(void (*f)(L2Addr*, int, void*), void* data) override { return step(__func__, name_of(f), name_of(data)); }
+  bool register_mac_update_callback_c(void (*f)(ctype_l2_addr_s*, int, void*), void* data) override { return step(__func__, name_of(f), name_of(data)); }
+  bool register_link_change_callback(void (*f)(LinkStatus*, Usp*), void* data) override { return step(__func__, name_of(f), name_of(data)); }
+  bool register_link_change_callback_c(void (*f)(ctype_link_status_s*, usp_s*), void* data) override { return step(__func__, name_of(f), name_of(data)); }
+  bool register_rx_packet_callback(void (*f)(RxPacket*, void*), void* data) override { return step(__func__, name_of(f), name_of(data)); }
+  bool register_rx_packet_callback_c(void (*f)(ctype_rx_packet_s*, void*), void* data) override { return step(__func__, name_of(f), name_of(data)); }
+  bool deregister_event_callback(lcmgr_report_event_t event, void* callback, void* data) override { return step(__func__, event, name_of(callback), name_of(data)); }
   bool traverse_mac_table(void* arg) override { return step(__func__, name_of(arg)); }
-  bool create_l3_interface(const unsigned char* mac, unsigned int vlan, unsigned int& id) override {
-    return step(__func__, mac_text(mac), vlan, out(id));
-  }
-  bool create_l3_interface_with_id(const unsigned char* mac, unsigned int vlan, unsigned int id,
-                                   bool replace) override {
-    return step(__func__, mac_text(mac), vlan, id, replace);
-  }
-  bool get_l3_interface(unsigned int id, unsigned int& vlan, unsigned char* mac) override {
-    return step(__func__, id, out(vlan), out(mac));
-  }
-  bool delete_l3_interface(const unsigned char* mac, unsigned int vlan) override {
-    return step(__func__, mac_text(mac), vlan);
-  }
-  bool delete_l3_interface_by_id(unsigned int id) override { return step(__func__, id); }
+  bool create_l3_interface(Bytes mac, u32 vlan, u32& id) override { return step(__func__, mac_text(mac), vlan, out(id)); }
+  bool create_l3_interface_with_id(Bytes mac, u32 vlan, u32 id, bool replace) override { return step(__func__, mac_text(mac), vlan, id, replace); }
+  bool get_l3_interface(u32 id, u32& vlan, unsigned char* mac) override { return step(__func__, id, out(vlan), out(mac)); }
+  bool delete_l3_interface(Bytes mac, u32 vlan) override { return step(__func__, mac_text(mac), vlan); }
+  bool delete_l3_interface_by_id(u32 id) override { return step(__func__, id); }
   bool delete_l3_interface_all() override { return step(__func__); }
-  bool add_l3_host_ip4(Mp mp, bool trunk, unsigned int ip, const unsigned char* mac,
-                       unsigned int interface) override {
-    return step(__func__, mp, trunk, ip, mac_text(mac), interface);
-  }
-  bool add_l3_host_ip6(Mp mp, bool trunk, const unsigned char* ip6, const unsigned char* mac,
-                       unsigned int interface) override {
-    return step(__func__, mp, trunk, ip6_text(ip6), mac_text(mac), interface);
-  }
-  bool get_l3_host_ip4(unsigned int ip, Mp mp, unsigned char* mac, unsigned int& interface,
-                       bool trunk) override {
-    return step(__func__, ip, mp, out(mac), out(interface), trunk);
-  }
-  bool get_l3_host_ip6(const unsigned char* ip6, Mp mp, unsigned char* mac, unsigned int& interface,
-                       bool trunk) override {
-    return step(__func__, ip6_text(ip6), mp, out(mac), out(interface), trunk);
-  }
-  bool get_l3_route_by_subnet_ip4(unsigned int ip, unsigned int mask, const Mp& mp, bool trunk,
-                                  unsigned char (&mac)[6], unsigned int& interface,
-                                  unsigned int& metric) override {
-    return step(__func__, ip, mask, mp, trunk, out(mac), out(interface), out(metric));
-  }
-  bool get_l3_route_by_subnet_ip6(const unsigned char* ip6, const unsigned char* mask6,
-                                  const Mp& mp, bool trunk, unsigned int& interface,
-                                  unsigned char* mac) override {
-    return step(__func__, ip6_text(ip6), ip6_text(mask6), mp, trunk, out(interface), out(mac));
-  }
-  bool delete_l3_host_by_interface(unsigned int interface, bool ip6) override {
-    return step(__func__, interface, ip6);
-  }
-  bool delete_l3_host_by_network_ip4(unsigned int ip) override { return step(__func__, ip); }
-  bool delete_l3_host_by_network_ip6(const unsigned char* ip6) override {
-    return step(__func__, ip6_text(ip6));
-  }
-  bool delete_l3_host_by_addr_ip4(unsigned int ip, const Mp& mp, bool trunk) override {
-    return step(__func__, ip, mp, trunk);
-  }
-  bool delete_l3_host_by_addr_ip6(const unsigned char* ip6, const Mp& mp, bool trunk) override {
-    return step(__func__, ip6_text(ip6), mp, trunk);
-  }
+  bool add_l3_host_ip4(Mp mp, bool trunk, u32 ip, Bytes mac, u32 id) override { return step(__func__, mp, trunk, ip, mac_text(mac), id); }
+  bool add_l3_host_ip6(Mp mp, bool trunk, Bytes ip6, Bytes mac, u32 id) override { return step(__func__, mp, trunk, ip6_text(ip6), mac_text(mac), id); }
+  bool get_l3_host_ip4(u32 ip, Mp mp, unsigned char* mac, u32& id, bool trunk) override { return step(__func__, ip, mp, out(mac), out(id), trunk); }
+  bool get_l3_host_ip6(Bytes ip6, Mp mp, unsigned char* mac, u32& id, bool trunk) override { return step(__func__, ip6_text(ip6), mp, out(mac), out(id), trunk); }
+  bool get_l3_route_by_subnet_ip4(u32 ip, u32 mask, const Mp& mp, bool trunk, unsigned char (&mac)[6], u32& id, u32& metric) override { return step(__func__, ip, mask, mp, trunk, out(mac), out(id), out(metric)); }
+  bool get_l3_route_by_subnet_ip6(Bytes ip6, Bytes mask6, const Mp& mp, bool trunk, u32& id, unsigned char* mac) override { return step(__func__, ip6_text(ip6), ip6_text(mask6), mp, trunk, out(id), out(mac)); }
+  bool delete_l3_host_by_interface(u32 id, bool ip6) override { return step(__func__, id, ip6); }
+  bool delete_l3_host_by_network_ip4(u32 ip) override { return step(__func__, ip); }
+  bool delete_l3_host_by_network_ip6(Bytes ip6) override { return step(__func__, ip6_text(ip6)); }
+  bool delete_l3_host_by_addr_ip4(u32 ip, const Mp& mp, bool trunk) override { return step(__func__, ip, mp, trunk); }
+  bool delete_l3_host_by_addr_ip6(Bytes ip6, const Mp& mp, bool trunk) override { return step(__func__, ip6_text(ip6), mp, trunk); }
   bool clear_l3_host_table() override { return step(__func__); }
-  bool add_l3_route_ip4(const Mp& mp, bool trunk, unsigned int ip, unsigned int mask,
-                        const unsigned char* mac, unsigned int interface,
-                        unsigned int metric) override {
-    return step(__func__, mp, trunk, ip, mask, mac_text(mac), interface, metric);
-  }
-  bool add_l3_route_ip6(const Mp& mp, bool trunk, const unsigned char* ip6,
-                        const unsigned char* mask6, const unsigned char* mac,
-                        unsigned int interface) override {
-    return step(__func__, mp, trunk, ip6_text(ip6), ip6_text(mask6), mac_text(mac), interface);
-  }
-  bool delete_l3_route_by_interface(unsigned int interface, bool ip6) override {
-    return step(__func__, interface, ip6);
-  }
-  bool delete_l3_route_by_subnet_ip4(unsigned int ip, unsigned int mask, const Mp& mp,
-                                     bool trunk) override {
-    return step(__func__, ip, mask, mp, trunk);
-  }
-  bool delete_l3_route_by_subnet_ip6(const unsigned char* ip6, const unsigned char* mask6,
-                                     const Mp& mp, bool trunk) override {
-    return step(__func__, ip6_text(ip6), ip6_text(mask6), mp, trunk);
-  }
+  bool add_l3_route_ip4(const Mp& mp, bool trunk, u32 ip, u32 mask, Bytes mac, u32 id, u32 metric) override { return step(__func__, mp, trunk, ip, mask, mac_text(mac), id, metric); }
+  bool add_l3_route_ip6(const Mp& mp, bool trunk, Bytes ip6, Bytes mask6, Bytes mac, u32 id) override { return step(__func__, mp, trunk, ip6_text(ip6), ip6_text(mask6), mac_text(mac), id); }
+  bool delete_l3_route_by_interface(u32 id, bool ip6) override { return step(__func__, id, ip6); }
+  bool delete_l3_route_by_subnet_ip4(u32 ip, u32 mask, const Mp& mp, bool trunk) override { return step(__func__, ip, mask, mp, trunk); }
+  bool delete_l3_route_by_subnet_ip6(Bytes ip6, Bytes mask6, const Mp& mp, bool trunk) override { return step(__func__, ip6_text(ip6), ip6_text(mask6), mp, trunk); }
   bool clear_l3_route_table() override { return step(__func__); }
-  bool set_lcmgr_trace(const std::string& target, bool on) override {
-    return step(__func__, target, on);
-  }
+  bool set_lcmgr_trace(const std::string& target, bool on) override { return step(__func__, target, on); }
+  // clang-format on
 
  protected:
   ~Recorder() = default;

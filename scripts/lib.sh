@@ -1,7 +1,14 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# What the scripts share; sourced, not run.  POSIX sh, run from the root of the tree.
-# shellcheck shell=sh
+# What the scripts share; sourced, not run.  Bash, run from the root of the tree.
+#
+# A command that fails ends the script, in front of a pipe and inside $( ) as well.  What bash lets
+# pass are a pipe in a condition, and a $( ) among the arguments of a command or in the list of a for
+# loop: their output goes into a variable or a file first.
+# shellcheck shell=bash
+
+set -euo pipefail
+shopt -s inherit_errexit
 
 say() { printf '%s\n' "$*"; }
 die() {
@@ -50,15 +57,17 @@ need_native_tools() {
 }
 
 # The packages that a preset's tests need beyond nothing at all.  Tests of Linux cables make their
-# networks with ip.
+# networks with ip, docs/coverage.md is checked with Python, an installed copy is found with
+# pkg-config.
 need_for_preset() {
   need_native_tools
-  need iproute2=ip
+  need iproute2=ip python3=python3 pkg-config=pkg-config
   case $1 in
     ppc)
       need g++-powerpc-linux-gnu=powerpc-linux-gnu-g++ qemu-user=qemu-ppc \
         googletest=/usr/src/googletest/CMakeLists.txt
       ;;
+    old-abi) need googletest=/usr/src/googletest/CMakeLists.txt ;;
     *) need libgtest-dev=/usr/include/gtest/gtest.h libgmock-dev=/usr/include/gmock/gmock.h ;;
   esac
 }
@@ -95,7 +104,7 @@ results() {
 
 # The value of one count in the head of the JUnit file.
 junit_count() {
-  sed -n "s/^[[:space:]]*$2=\"\([0-9]*\)\".*/\1/p;/<testcase/q" "build/$1/tests.xml" | head -n 1
+  sed -n "/^[[:space:]]*$2=\"\([0-9]*\)\".*/{s//\1/p;q};/<testcase/q" "build/$1/tests.xml"
 }
 
 # run_tests <preset> [ctest option...]: runs build/<preset>'s tests and closes with one line of
@@ -105,8 +114,7 @@ run_tests() {
   shift
   rm -f "build/$preset/tests.xml"
   status=0
-  ctest --preset "$preset" -j "$(jobs)" --output-junit "$PWD/build/$preset/tests.xml" "$@" ||
-    status=$?
+  ctest --preset "$preset" -j "$(jobs)" "$@" || status=$?
   results "$preset" || die "ctest left no results for preset $preset"
   say "$preset: $good passed, $bad failed, $skipped skipped"
   return $status

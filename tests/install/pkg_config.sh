@@ -16,12 +16,11 @@ if [ -n "$emulator" ]; then
   unset LD_LIBRARY_PATH
 fi
 
-# shellcheck disable=SC2046,SC2086 # flags and emulator are lists
+flags=$("$PKG_CONFIG" --cflags --libs vornlcapi-softcard)
+# shellcheck disable=SC2086 # flags and emulator are lists
 {
-  "$CC" -std=c99 "$here/c/consumer.c" -o "$work/c" \
-    $("$PKG_CONFIG" --cflags --libs vornlcapi-softcard)
-  "$CXX" -std=c++11 "$here/cxx/consumer.cpp" -o "$work/cxx" \
-    $("$PKG_CONFIG" --cflags --libs vornlcapi-softcard)
+  "$CC" -std=c99 "$here/c/consumer.c" -o "$work/c" $flags
+  "$CXX" -std=c++11 "$here/cxx/consumer.cpp" -o "$work/cxx" $flags
   $emulator "$work/c"
   $emulator "$work/cxx"
 }

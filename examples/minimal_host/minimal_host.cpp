@@ -108,6 +108,7 @@ bool vorn_mp_list_to_usp_list(const std::list<Mp>& mps, std::list<Usp>& ports) {
 std::list<LagNode> lag_list;
 bool add_lag_to_list(unsigned int, std::list<LagNode>&) { return false; }
 bool delete_lag_from_list(unsigned int, std::list<LagNode>&) { return false; }
+// NOLINTNEXTLINE(performance-unnecessary-value-param): vorn_lag_list.h has it so
 bool is_lag_exist(unsigned int, std::list<LagNode>) { return false; }
 bool add_lag_member(unsigned int, std::list<LagNode>&, std::list<Mp>&) { return false; }
 bool delete_lag_member(unsigned int, std::list<LagNode>&, std::list<Mp>&) { return false; }

@@ -8,7 +8,7 @@
 
 ClockBase::~ClockBase() = default;
 
-SystemClock::SystemClock() { advance_time(); }
+SystemClock::SystemClock() { SystemClock::advance_time(); }
 
 void SystemClock::advance_time() {
   timespec now{};

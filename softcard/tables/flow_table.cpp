@@ -65,10 +65,12 @@ FlowKey FlowTable::mask_of(const FlowMatch& match) {
 FlowTable::Subtable FlowTable::make_subtable(const FlowMatch& match) {
   Subtable subtable;
   subtable.mask = mask_of(match);
-  for (std::uint8_t i = 0; i < subtable.mask.words_.size(); ++i) {
+  for (std::size_t i = 0; i < subtable.mask.words_.size(); ++i) {
     const std::uint64_t bits = subtable.mask.words_[i];
     // Whether the headers are there is asked before the words are compared.
-    if ((i == 4 ? bits & ~FlowKey::kHeaders : bits) != 0) subtable.word[subtable.words++] = i;
+    if ((i == 4 ? bits & ~FlowKey::kHeaders : bits) != 0) {
+      subtable.word[subtable.words++] = static_cast<std::uint8_t>(i);
+    }
   }
   if (match.udf.mask != 0) {
     subtable.udf_base = match.udf.base;

@@ -1,27 +1,21 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "codec.h"
 
-#include <arpa/inet.h>
-
+#include <algorithm>
 #include <cctype>
-#include <cstdio>
 #include <cstring>
 #include <limits>
 
 #include "softcard/base/address_plan.h"
+#include "softcard/base/limits.h"
+#include "softcard/base/text.h"
 #include "softcard/frames/frame_text.h"
 
 namespace shell {
 
 namespace {
 
-constexpr unsigned kVlans = 4096;
-
-std::string hexadecimal(std::uint32_t number) {
-  char text[16];
-  std::snprintf(text, sizeof text, "0x%x", number);
-  return text;
-}
+constexpr unsigned kVlans = softcard::kVlanCount;
 
 std::uint32_t parse_word(const std::string& text, const std::string& what) {
   return static_cast<std::uint32_t>(parse_number(text, what, 0, UINT32_MAX));
@@ -62,9 +56,11 @@ std::string bitmap_text(const unsigned char* bitmap) {
 }
 
 void parse_ip6(const std::string& text, const std::string& what, unsigned char* ip6) {
-  if (inet_pton(AF_INET6, text.c_str(), ip6) != 1) {
+  softcard::Ipv6Address ip;
+  if (!softcard::parse_ipv6(text, ip)) {
     throw Error(what + ": '" + text + "' is no IPv6 address");
   }
+  std::copy(ip.bytes.begin(), ip.bytes.end(), ip6);
 }
 
 // An IPv6 address, or /0 to /128.
@@ -162,7 +158,7 @@ const std::vector<FlowField>& flow_fields() {
       {"vlan_priority", OF_MATCH_VLAN_PRIORITY, read_short<&Flow::vlan_priority>,
        short_text<&Flow::vlan_priority>},
       {"ether_type", OF_MATCH_ETHER_TYPE, read_short<&Flow::ether_type>,
-       [](const Flow& flow) { return hexadecimal(flow.ether_type); }},
+       [](const Flow& flow) { return softcard::hex_text(flow.ether_type); }},
       {"src_ip", OF_MATCH_SRC_IP, read_subnet<&Flow::src_ip, &Flow::src_ip_mask>,
        show_subnet<&Flow::src_ip, &Flow::src_ip_mask>},
       {"dst_ip", OF_MATCH_DST_IP, read_subnet<&Flow::dst_ip, &Flow::dst_ip_mask>,
@@ -237,39 +233,28 @@ std::list<Usp> parse_ports(const std::string& text, const std::string& what) {
 }
 
 std::array<unsigned char, 6> parse_mac(const std::string& text, const std::string& what) {
-  std::array<unsigned char, 6> mac{};
-  const std::vector<std::string> parts = split(text, ':');
-  bool good = parts.size() == mac.size();
-  for (std::size_t i = 0; good && i < mac.size(); ++i) {
-    std::int64_t byte = 0;
-    good = !parts[i].empty() && parts[i].size() <= 2 && read_number("0x" + parts[i], 0, 255, byte);
-    mac[i] = static_cast<unsigned char>(byte);
+  softcard::MacAddress mac;
+  if (!softcard::parse_mac(text, mac)) {
+    throw Error(what + ": '" + text + "' is no MAC address such as 02:00:5e:00:00:01");
   }
-  if (!good) throw Error(what + ": '" + text + "' is no MAC address such as 02:00:5e:00:00:01");
-  return mac;
+  return mac.bytes;
 }
 
 std::string mac_text(const unsigned char* mac) {
-  char text[18];
-  std::snprintf(text, sizeof text, "%02x:%02x:%02x:%02x:%02x:%02x", mac[0], mac[1], mac[2], mac[3],
-                mac[4], mac[5]);
-  return text;
+  return softcard::mac_text(softcard::MacAddress::from_bytes(mac));
 }
 
 std::uint32_t parse_ip4(const std::string& text, const std::string& what) {
   std::int64_t number = 0;
   if (read_number(text, 0, UINT32_MAX, number)) return static_cast<std::uint32_t>(number);
-  in_addr address{};
-  if (inet_pton(AF_INET, text.c_str(), &address) != 1) {
+  softcard::Ipv4 ip = 0;
+  if (!softcard::parse_ipv4(text, ip)) {
     throw Error(what + ": '" + text + "' is no IPv4 address and no number");
   }
-  return ntohl(address.s_addr);
+  return ip;
 }
 
-std::string ip4_text(std::uint32_t ip) {
-  return std::to_string(ip >> 24) + '.' + std::to_string(ip >> 16 & 255) + '.' +
-         std::to_string(ip >> 8 & 255) + '.' + std::to_string(ip & 255);
-}
+std::string ip4_text(std::uint32_t ip) { return softcard::ipv4_text(ip); }
 
 std::uint32_t parse_ip4_mask(const std::string& text, const std::string& what) {
   if (text.empty() || text[0] != '/') return parse_ip4(text, what);
@@ -284,9 +269,7 @@ std::string ip4_subnet_text(std::uint32_t ip, std::uint32_t mask) {
 }
 
 std::string ip6_text(const unsigned char* ip6) {
-  char text[INET6_ADDRSTRLEN] = "";
-  inet_ntop(AF_INET6, ip6, text, sizeof text);
-  return text;
+  return softcard::ipv6_text(softcard::Ipv6Address::from_bytes(ip6));
 }
 
 bool parse_flag(const std::string& text, const std::string& what) {
@@ -303,14 +286,14 @@ std::string flow_text(const ctype_of_flow_s& flow) {
     words.push_back(std::string(field.name) + '=' + field.text(flow));
     named |= field.bit;
   }
-  if (named != flow.flags) words.push_back("flags=" + hexadecimal(flow.flags));
+  if (named != flow.flags) words.push_back("flags=" + softcard::hex_text(flow.flags));
   return words.empty() ? "any" : joined(words, " ");
 }
 
 std::string udf_text(const ctype_of_flow_qualify_udf_s& udf) {
   if (udf.base == OF_UDF_NONE) return "-";
   return name_value(udf_base_names(), udf.base).text + '+' + std::to_string(udf.offset) + ':' +
-         hexadecimal(udf.value) + '/' + hexadecimal(udf.mask);
+         softcard::hex_text(udf.value) + '/' + softcard::hex_text(udf.mask);
 }
 
 std::string action_text(of_action_t kind, const of_action_param_s& param) {
@@ -326,9 +309,7 @@ std::string action_text(of_action_t kind, const of_action_param_s& param) {
     case OF_ACTION_SET_SRC_MAC:
     case OF_ACTION_SET_DST_MAC: {
       const std::uint64_t number = std::uint64_t{word} << 16 | (param.word[1] & 0xffff);
-      unsigned char mac[6];
-      for (unsigned i = 0; i < 6; ++i) mac[i] = static_cast<unsigned char>(number >> (40 - 8 * i));
-      return mac_text(mac);
+      return softcard::mac_text(softcard::MacAddress::from_number(number));
     }
     case OF_ACTION_SET_SRC_IP:
     case OF_ACTION_SET_DST_IP:
@@ -360,7 +341,7 @@ unsigned short Codec<unsigned short>::read(const Parameter& parameter, Call& cal
 }
 
 Value Codec<unsigned short>::show(const Parameter& parameter, unsigned short value) {
-  if (parameter.kind == "hex") return {hexadecimal(value), std::to_string(value)};
+  if (parameter.kind == "hex") return {softcard::hex_text(value), std::to_string(value)};
   return number_value(std::uint64_t{value});
 }
 

@@ -3,8 +3,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <charconv>
 #include <numeric>
+
+#include "softcard/base/text.h"
 
 namespace shell {
 
@@ -84,16 +85,7 @@ std::string joined(const std::vector<std::string>& words, const std::string& sep
 
 bool read_number(const std::string& text, std::int64_t lowest, std::int64_t highest,
                  std::int64_t& number) {
-  const char* first = text.data();
-  const char* const last = first + text.size();
-  const bool hexadecimal = text.size() > 2 && first[0] == '0' && (first[1] | 0x20) == 'x';
-  if (hexadecimal) first += 2;
-  if (hexadecimal && *first == '-') return false;
-  std::int64_t value = 0;
-  const auto [end, error] = std::from_chars(first, last, value, hexadecimal ? 16 : 10);
-  if (error != std::errc() || end != last || value < lowest || value > highest) return false;
-  number = value;
-  return true;
+  return softcard::parse_number(text, lowest, highest, number);
 }
 
 std::int64_t parse_number(const std::string& text, const std::string& what, std::int64_t lowest,

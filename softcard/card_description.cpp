@@ -5,8 +5,8 @@
 #include <fstream>
 #include <sstream>
 
-#include "softcard/base/parse_number.h"
 #include "softcard/base/port_set.h"
+#include "softcard/base/text.h"
 
 namespace softcard {
 namespace {
@@ -21,7 +21,7 @@ struct CapacityName {
 };
 constexpr CapacityName kCapacityNames[] = {
     {"vlans", &CardCapacity::vlans, kMaxVlan},
-    {"lags", &CardCapacity::lags, 128},
+    {"lags", &CardCapacity::lags, kMaxLagNumber},
     {"fdb", &CardCapacity::fdb, 1u << 24},
     {"l3-interfaces", &CardCapacity::l3_interfaces, 1u << 16},
     {"ipv4-hosts", &CardCapacity::ipv4_hosts, 1u << 24},
@@ -82,11 +82,11 @@ class Reader {
     if (words_.size() != 4 || words_[2] != "speed") return "usage: ports <count> speed <Mbit/s>";
     if (!ports_named_) card_.ports.clear();
     const unsigned room = kMaxPorts - static_cast<unsigned>(card_.ports.size());
-    if (!parse_number(words_[1], 1u, static_cast<unsigned>(kMaxPorts), count)) {
+    if (!parse_decimal(words_[1], 1u, static_cast<unsigned>(kMaxPorts), count)) {
       return "'" + words_[1] + "' is no number of ports (1 to " + std::to_string(kMaxPorts) + ")";
     }
     if (count > room) return "a card has at most " + std::to_string(kMaxPorts) + " ports";
-    if (!parse_number(words_[3], 1u, 100000u, speed_mbps) || !is_speed(speed_mbps)) {
+    if (!parse_decimal(words_[3], 1u, 100000u, speed_mbps) || !is_speed(speed_mbps)) {
       return "'" + words_[3] + "' is no speed (10, 100, 1000, 2500, 10000, 25000, 40000 or 100000)";
     }
     ports_named_ = true;
@@ -97,7 +97,7 @@ class Reader {
   std::string port() {
     unsigned index = 0;
     if (words_.size() != 4 || words_[2] != "mac") return "usage: port <number> mac <address>";
-    if (!parse_number(words_[1], 0u, UINT32_MAX, index) || index >= card_.ports.size()) {
+    if (!parse_decimal(words_[1], 0u, UINT32_MAX, index) || index >= card_.ports.size()) {
       return "'" + words_[1] + "' is none of the " + std::to_string(card_.ports.size()) +
              " ports named so far";
     }
@@ -108,8 +108,8 @@ class Reader {
     if (words_.size() != 3) return "usage: capacity <table> <entries>";
     for (const CapacityName& capacity : kCapacityNames) {
       if (words_[1] != capacity.name) continue;
-      if (parse_number(words_[2], std::size_t{1}, capacity.highest,
-                       card_.capacity.*capacity.member)) {
+      if (parse_decimal(words_[2], std::size_t{1}, capacity.highest,
+                        card_.capacity.*capacity.member)) {
         return "";
       }
       return "'" + words_[2] + "' is no capacity for " + words_[1] + " (1 to " +
@@ -123,7 +123,7 @@ class Reader {
     if (words_.size() != 4 || words_[2] != "vlans") {
       return "usage: mstp-instance <number> vlans <VLAN>[-<VLAN>][,...]";
     }
-    if (!parse_number(words_[1], 0u, kMstpInstances - 1, instance)) {
+    if (!parse_decimal(words_[1], 0u, kMstpInstances - 1, instance)) {
       return "'" + words_[1] + "' is no instance (0 to " + std::to_string(kMstpInstances - 1) + ")";
     }
     std::istringstream ranges(words_[3]);
@@ -131,9 +131,9 @@ class Reader {
       const std::size_t dash = range.find('-');
       unsigned first = 0;
       unsigned last = 0;
-      if (!parse_number(range.substr(0, dash), 1u, kMaxVlan, first) ||
-          !parse_number(dash == std::string::npos ? range : range.substr(dash + 1), first, kMaxVlan,
-                        last)) {
+      if (!parse_decimal(range.substr(0, dash), 1u, kMaxVlan, first) ||
+          !parse_decimal(dash == std::string::npos ? range : range.substr(dash + 1), first,
+                         kMaxVlan, last)) {
         return "'" + range + "' is no VLAN or range of VLANs (1 to " + std::to_string(kMaxVlan) +
                ")";
       }
@@ -145,7 +145,7 @@ class Reader {
   }
 
   std::string mac_moves() {
-    if (words_.size() == 2 && parse_number(words_[1], 0u, 1000000u, card_.mac_moves_per_second)) {
+    if (words_.size() == 2 && parse_decimal(words_[1], 0u, 1000000u, card_.mac_moves_per_second)) {
       return "";
     }
     return "usage: mac-moves <events a second>, 0 to 1000000";

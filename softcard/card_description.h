@@ -23,18 +23,10 @@
 #include <string>
 #include <vector>
 
+#include "softcard/base/limits.h"
 #include "softcard/base/net_types.h"
 
 namespace softcard {
-
-// VLAN numbers are 1 to kMaxVlan; arrays indexed by VLAN have kVlanCount places.
-inline constexpr unsigned kMaxVlan = 4094;
-inline constexpr unsigned kVlanCount = 4096;
-// Spanning-tree instances are 0 to kMstpInstances - 1.
-inline constexpr unsigned kMstpInstances = 64;
-
-// Whether `vlan` is a VLAN number at all; it need not exist.
-constexpr bool valid_vlan(unsigned vlan) { return vlan >= 1 && vlan <= kMaxVlan; }
 
 struct PortDescription {
   unsigned speed_mbps;  // the fastest the port can do: 10, 100, 1000, 2500, 10000, 25000, 40000
@@ -46,7 +38,7 @@ struct PortDescription {
 // the statement `capacity`, with - for _.
 struct CardCapacity {
   std::size_t vlans = kMaxVlan;
-  std::size_t lags = 128;
+  std::size_t lags = kMaxLagNumber;
   std::size_t fdb = 131072;  // MAC addresses
   std::size_t l3_interfaces = 4096;
   std::size_t ipv4_hosts = 131072;

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "softcard/base/parse_number.h"
+#include "softcard/base/text.h"
 
 namespace softcard {
 
@@ -22,7 +22,7 @@ bool parse_usp(const std::string& text, Usp& usp, std::string& error) {
   unsigned number = 0;
   if (head == "lag" || head == "vlan") {
     const unsigned highest = head == "lag" ? kMaxLagNumber : kMaxVlan;
-    if (!parse_number(tail, 1u, highest, number)) {
+    if (!parse_decimal(tail, 1u, highest, number)) {
       error = "'" + text + "': " + head + "/ wants a number from 1 to " + std::to_string(highest);
       return false;
     }
@@ -32,9 +32,9 @@ bool parse_usp(const std::string& text, Usp& usp, std::string& error) {
   const std::size_t second = tail.find('/');
   unsigned unit = 0;
   unsigned slot = 0;
-  if (second == std::string::npos || !parse_number(head, 0u, UINT32_MAX, unit) ||
-      !parse_number(tail.substr(0, second), 0u, UINT32_MAX, slot) ||
-      !parse_number(tail.substr(second + 1), 0u, UINT32_MAX, number)) {
+  if (second == std::string::npos || !parse_decimal(head, 0u, UINT32_MAX, unit) ||
+      !parse_decimal(tail.substr(0, second), 0u, UINT32_MAX, slot) ||
+      !parse_decimal(tail.substr(second + 1), 0u, UINT32_MAX, number)) {
     error = "'" + text + "' is no port: write unit/slot/port such as 1/1/3, lag/2 or vlan/10";
     return false;
   }

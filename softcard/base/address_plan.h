@@ -12,8 +12,8 @@
 
 #include <string>
 
+#include "softcard/base/limits.h"
 #include "softcard/base/net_types.h"
-#include "softcard/card_description.h"
 #include "vornlcapi/types.h"
 
 namespace softcard {
@@ -23,7 +23,6 @@ inline constexpr unsigned kPortSlot = 1;
 inline constexpr unsigned kLagSlot = 2;
 inline constexpr unsigned kVlanSlot = 3;
 inline constexpr unsigned kModule = 1;
-inline constexpr unsigned kMaxLagNumber = 128;
 
 class AddressPlan {
  public:

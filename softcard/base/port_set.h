@@ -11,12 +11,9 @@
 #include <iterator>
 
 #include "softcard/base/hash.h"
-#include "softcard/base/net_types.h"
+#include "softcard/base/limits.h"
 
 namespace softcard {
-
-// The largest number of physical ports that a card can have.
-inline constexpr PortIndex kMaxPorts = 256;
 
 // Conventions: every PortIndex given is below kMaxPorts. Iteration goes from the lowest port up.
 class PortSet {

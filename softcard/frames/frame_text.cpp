@@ -7,12 +7,11 @@
 
 #include "softcard/frames/frame_text.h"
 
-#include <arpa/inet.h>
-
 #include <algorithm>
 #include <cstring>
 
 #include "softcard/base/net_types.h"
+#include "softcard/base/text.h"
 #include "softcard/frames/checksum.h"
 #include "softcard/frames/parser.h"
 #include "softcard/frames/wire.h"
@@ -23,8 +22,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-// ---- What headers and fields there are
-// ------------------------------------------------------------
+// ---- What headers and fields there are ----------------------------------------------------------
 
 enum class Kind { decimal, hexadecimal, mac, ipv4, ipv6, bytes, operation, flags };
 
@@ -180,78 +178,12 @@ struct Header {
 };
 using HeaderRowList = std::vector<Header>;
 
-// ---- Values
-// ---------------------------------------------------------------------------------------
+// ---- Values -------------------------------------------------------------------------------------
 
 constexpr char kFlagLetters[] = "FSRPAUEC";
 
 bool read_number(const std::string& text, unsigned bits, std::uint64_t& number) {
-  const bool hex = text.compare(0, 2, "0x") == 0 || text.compare(0, 2, "0X") == 0;
-  const std::string digits = hex ? text.substr(2) : text;
-  if (digits.empty() || digits.size() > 16 ||
-      digits.find_first_not_of(hex ? "0123456789abcdefABCDEF" : "0123456789") !=
-          std::string::npos) {
-    return false;
-  }
-  number = std::stoull(digits, nullptr, hex ? 16 : 10);
-  return number >> bits == 0;
-}
-
-std::string hex_digits(std::uint64_t number, unsigned digits) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string text;
-  while (text.size() < digits || number != 0) {
-    text.insert(text.begin(), kDigits[number & 0xF]);
-    number >>= 4;
-  }
-  return text;
-}
-
-bool read_bytes(const std::string& text, Bytes& bytes) {
-  if (text.size() % 2 != 0 ||
-      text.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
-    return false;
-  }
-  bytes.clear();
-  for (std::size_t i = 0; i < text.size(); i += 2) {
-    bytes.push_back(static_cast<std::uint8_t>(std::stoul(text.substr(i, 2), nullptr, 16)));
-  }
-  return true;
-}
-
-std::string print_bytes(const std::uint8_t* data, std::size_t bytes) {
-  std::string text;
-  for (std::size_t i = 0; i < bytes; ++i) text += hex_digits(data[i], 2);
-  return text;
-}
-
-bool read_mac(const std::string& text, std::uint64_t& mac) {
-  if (text.size() != 17) return false;
-  std::string digits;
-  for (std::size_t i = 0; i < text.size(); ++i) {
-    if (i % 3 != 2) {
-      digits += text[i];
-    } else if (text[i] != ':' && text[i] != '-') {
-      return false;
-    }
-  }
-  return read_number("0x" + digits, 48, mac);
-}
-
-std::string print_mac(std::uint64_t mac) {
-  std::string text = hex_digits(mac, 12);
-  for (std::size_t i = 10; i >= 2; i -= 2) text.insert(i, ":");
-  return text;
-}
-
-std::string print_ipv4(const std::uint8_t* at) {
-  char text[INET_ADDRSTRLEN];
-  return inet_ntop(AF_INET, at, text, sizeof text);
-}
-
-std::string print_ipv6(const std::uint8_t* at) {
-  char text[INET6_ADDRSTRLEN];
-  return inet_ntop(AF_INET6, at, text, sizeof text);
+  return parse_number(text, std::uint64_t{0}, (std::uint64_t{1} << bits) - 1, number);
 }
 
 std::string print_flags(std::uint64_t flags) {
@@ -266,9 +198,9 @@ std::string print_flags(std::uint64_t flags) {
 std::string print_number(const FieldRow& row, std::uint64_t number) {
   switch (row.kind) {
     case Kind::hexadecimal:
-      return "0x" + hex_digits(number, 1);
+      return hex_text(number);
     case Kind::mac:
-      return print_mac(number);
+      return mac_text(MacAddress::from_number(number));
     case Kind::operation:
       return number == 1 ? "request" : number == 2 ? "reply" : std::to_string(number);
     case Kind::flags:
@@ -282,27 +214,30 @@ std::string print_number(const FieldRow& row, std::uint64_t number) {
 // field, and then `wanted` says what one is.
 bool settle(const FieldRow& row, std::string& value, std::string& wanted) {
   std::uint64_t number = 0;
-  std::uint8_t address[16];
+  MacAddress mac;
+  Ipv4 ipv4 = 0;
+  Ipv6Address ipv6;
   Bytes bytes;
   switch (row.kind) {
     case Kind::mac:
       wanted = "an Ethernet address";
-      if (!read_mac(value, number)) return false;
-      break;
+      if (!parse_mac(value, mac)) return false;
+      value = mac_text(mac);
+      return true;
     case Kind::ipv4:
       wanted = "an IPv4 address";
-      if (inet_pton(AF_INET, value.c_str(), address) != 1) return false;
-      value = print_ipv4(address);
+      if (!parse_ipv4(value, ipv4)) return false;
+      value = ipv4_text(ipv4);
       return true;
     case Kind::ipv6:
       wanted = "an IPv6 address";
-      if (inet_pton(AF_INET6, value.c_str(), address) != 1) return false;
-      value = print_ipv6(address);
+      if (!parse_ipv6(value, ipv6)) return false;
+      value = ipv6_text(ipv6);
       return true;
     case Kind::bytes:
       wanted = "an even number of hexadecimal digits";
-      if (!read_bytes(value, bytes)) return false;
-      value = print_bytes(bytes.data(), bytes.size());
+      if (!parse_bytes(value, bytes)) return false;
+      value = bytes_text(bytes.data(), bytes.size());
       return true;
     case Kind::operation:
       wanted = "request, reply or a number";
@@ -336,7 +271,9 @@ std::uint64_t number_of(const Header& header, const std::string& key) {
   std::string value = header.value(key);
   std::uint64_t number = 0;
   if (row.kind == Kind::mac) {
-    read_mac(value, number);
+    MacAddress mac;
+    parse_mac(value, mac);
+    number = mac.to_number();
   } else if (row.kind == Kind::flags) {
     for (const char letter : value) {
       const char* place = std::strchr(kFlagLetters, letter);
@@ -350,8 +287,7 @@ std::uint64_t number_of(const Header& header, const std::string& key) {
   return number;
 }
 
-// ---- Text to headers
-// ------------------------------------------------------------------------------
+// ---- Text to headers ----------------------------------------------------------------------------
 
 bool fail(std::string& error, std::size_t column, const std::string& message) {
   error = "column " + std::to_string(column) + ": " + message;
@@ -415,8 +351,7 @@ bool read_headers(const std::string& text, HeaderRowList& headers, std::string& 
   return true;
 }
 
-// ---- Headers to bytes
-// -----------------------------------------------------------------------------
+// ---- Headers to bytes ---------------------------------------------------------------------------
 
 class Builder {
  public:
@@ -540,14 +475,19 @@ class Builder {
     put32(value);
   }
   void append(const Bytes& bytes) { frame_.insert(frame_.end(), bytes.begin(), bytes.end()); }
-  void put_ip(const Header& header, const std::string& key, int family) {
-    std::uint8_t address[16];
-    inet_pton(family, header.value(key).c_str(), address);
-    frame_.insert(frame_.end(), address, address + (family == AF_INET ? 4 : 16));
+  void put_ipv4_address(const Header& header, const std::string& key) {
+    Ipv4 ip = 0;
+    parse_ipv4(header.value(key), ip);
+    put32(ip);
+  }
+  void put_ipv6_address(const Header& header, const std::string& key) {
+    Ipv6Address ip;
+    parse_ipv6(header.value(key), ip);
+    frame_.insert(frame_.end(), ip.bytes.begin(), ip.bytes.end());
   }
   static Bytes bytes_of(const Header& header, const std::string& key) {
     Bytes bytes;
-    read_bytes(header.value(key), bytes);
+    parse_bytes(header.value(key), bytes);
     return bytes;
   }
 
@@ -583,9 +523,9 @@ class Builder {
     put16(number_of(header, "op"));
     put48(number_of(header.given("sha") ? header : headers_.front(),
                     header.given("sha") ? "sha" : "src"));
-    put_ip(header, "spa", AF_INET);
+    put_ipv4_address(header, "spa");
     put48(number_of(header, "tha"));
-    put_ip(header, "tpa", AF_INET);
+    put_ipv4_address(header, "tpa");
   }
 
   void put_ipv4(const Header& header) {
@@ -600,8 +540,8 @@ class Builder {
     put8(number_of(header, "ttl"));
     put8(header.given("proto") ? number_of(header, "proto") : kExperimentalProtocol);
     put16(0);
-    put_ip(header, "src", AF_INET);
-    put_ip(header, "dst", AF_INET);
+    put_ipv4_address(header, "src");
+    put_ipv4_address(header, "dst");
     append(options);
   }
 
@@ -610,8 +550,8 @@ class Builder {
     put16(0);
     put8(header.given("next") ? number_of(header, "next") : kNoNextHeader);
     put8(number_of(header, "hops"));
-    put_ip(header, "src", AF_INET6);
-    put_ip(header, "dst", AF_INET6);
+    put_ipv6_address(header, "src");
+    put_ipv6_address(header, "dst");
   }
 
   void put_options(const Header& header) {
@@ -704,8 +644,7 @@ class Builder {
   bool finished_ = false;
 };
 
-// ---- Bytes to headers
-// -----------------------------------------------------------------------------
+// ---- Bytes to headers ---------------------------------------------------------------------------
 
 // How much of a frame is taken apart.
 enum class Depth { everything, ethernet };
@@ -750,7 +689,7 @@ class Dissector {
   }
   void mac(const char* key, const std::uint8_t* at) { number(key, load48(at)); }
   void bytes(const char* key, const std::uint8_t* at, std::size_t count) {
-    headers_.back().fields.emplace_back(key, print_bytes(at, count));
+    headers_.back().fields.emplace_back(key, bytes_text(at, count));
   }
   void text(const char* key, const std::string& value) {
     headers_.back().fields.emplace_back(key, value);
@@ -779,9 +718,9 @@ class Dissector {
       add("arp");
       number("op", load16(p + 6));
       mac("sha", p + 8);
-      text("spa", print_ipv4(p + 14));
+      text("spa", ipv4_text(load32(p + 14)));
       mac("tha", p + 18);
-      text("tpa", print_ipv4(p + 24));
+      text("tpa", ipv4_text(load32(p + 24)));
       end_ = at + 28;
       return at + 28;
     }
@@ -791,8 +730,8 @@ class Dissector {
       if (header_bytes < 20 || total < header_bytes || total > left) return at;
       end_ = at + total;
       add("ipv4");
-      text("src", print_ipv4(p + 12));
-      text("dst", print_ipv4(p + 16));
+      text("src", ipv4_text(load32(p + 12)));
+      text("dst", ipv4_text(load32(p + 16)));
       number("ttl", p[8]);
       number("tos", p[1]);
       number("id", load16(p + 4));
@@ -812,8 +751,8 @@ class Dissector {
       if (total > left) return at;
       end_ = at + total;
       add("ipv6");
-      text("src", print_ipv6(p + 8));
-      text("dst", print_ipv6(p + 24));
+      text("src", ipv6_text(Ipv6Address::from_bytes(p + 8)));
+      text("dst", ipv6_text(Ipv6Address::from_bytes(p + 24)));
       number("hops", p[7]);
       number("tc", load32(p) >> 20 & 0xFF);
       number("flow", load32(p) & 0xFFFFF);
@@ -958,13 +897,12 @@ bool is_hex_line(const std::string& text, Bytes& bytes) {
       return false;
     }
   }
-  return !digits.empty() && read_bytes(digits, bytes);
+  return !digits.empty() && parse_bytes(digits, bytes);
 }
 
 }  // namespace
 
-// ---- The three functions
-// --------------------------------------------------------------------------
+// ---- The three functions ------------------------------------------------------------------------
 
 bool parse_frame(const std::string& text, Bytes& frame, std::string& error) {
   if (is_hex_line(text, frame)) return true;
@@ -991,7 +929,7 @@ std::string print_frame(const std::uint8_t* data, std::size_t bytes) {
     }
     return line;
   }
-  return print_bytes(data, bytes);
+  return bytes_text(data, bytes);
 }
 
 bool frame_matches(const std::string& pattern, const std::uint8_t* data, std::size_t bytes,

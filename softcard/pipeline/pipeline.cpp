@@ -15,6 +15,7 @@
 #include <iterator>
 #include <utility>
 
+#include "softcard/base/text.h"
 #include "softcard/card.h"
 #include "softcard/frames/checksum.h"
 #include "softcard/frames/offload.h"
@@ -104,22 +105,8 @@ void append(std::string& line, const char* words) { line += words; }
 void append(std::string& line, DropReason reason) {
   line += std::string("drop: ") + text(reason) + " (" + name(reason) + ")";
 }
-void append(std::string& line, Hex hex) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string digits;
-  do {
-    digits.insert(digits.begin(), kDigits[hex.number & 0xF]);
-    hex.number >>= 4;
-  } while (hex.number != 0);
-  line += "0x" + digits;
-}
-void append(std::string& line, Mac mac) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  for (int shift = 44; shift >= 0; shift -= 4) {
-    line += kDigits[mac.number >> shift & 0xF];
-    if (shift % 8 == 0 && shift != 0) line += ':';
-  }
-}
+void append(std::string& line, Hex hex) { line += hex_text(hex.number); }
+void append(std::string& line, Mac mac) { line += mac_text(MacAddress::from_number(mac.number)); }
 template <class Number, class = std::enable_if_t<std::is_integral_v<Number>>>
 void append(std::string& line, Number number) {
   line += std::to_string(number);

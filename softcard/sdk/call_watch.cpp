@@ -7,6 +7,7 @@
 #include <iterator>
 
 #include "softcard/base/address_plan.h"
+#include "softcard/base/text.h"
 
 namespace softcard {
 namespace {
@@ -252,16 +253,9 @@ void CallWatch::show(std::ostream& out, const std::list<Mp>& ports) {
 }
 
 void CallWatch::show(std::ostream& out, ShownBytes bytes) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  for (std::size_t i = 0; i < bytes.count; ++i) {
-    if (i != 0 && bytes.group != 0 && i % bytes.group == 0) out << ':';
-    out << kDigits[bytes.data[i] >> 4] << kDigits[bytes.data[i] & 15];
-  }
+  out << bytes_text(bytes.data, bytes.count, bytes.group);
 }
 
-void CallWatch::show(std::ostream& out, ShownIpv4 ip) {
-  out << (ip.value >> 24) << '.' << (ip.value >> 16 & 255) << '.' << (ip.value >> 8 & 255) << '.'
-      << (ip.value & 255);
-}
+void CallWatch::show(std::ostream& out, ShownIpv4 ip) { out << ipv4_text(ip.value); }
 
 }  // namespace softcard

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "softcard/base/limits.h"
+
 namespace softcard {
 
 static_assert(sizeof(FdbEntry) == 16, "four entries fill a cache line");
@@ -18,7 +20,7 @@ FdbTable::FdbTable(std::size_t capacity) : capacity_(std::max<std::size_t>(capac
   buckets_.resize(buckets);
   overflow_.resize(buckets);
   links_.resize(buckets * kPlacesPerBucket);
-  vlan_lists_.resize(4096);
+  vlan_lists_.resize(kVlanCount);
 }
 
 // ---- Entries -----------------------------------------------------------------------------------

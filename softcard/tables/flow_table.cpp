@@ -3,6 +3,7 @@
 #include "softcard/tables/flow_table.h"
 
 #include "softcard/base/hash.h"
+#include "softcard/base/limits.h"
 
 namespace softcard {
 
@@ -133,7 +134,7 @@ FlowResult FlowTable::add(const FlowMatch& match, std::uint32_t& id, std::int32_
 }
 
 FlowResult FlowTable::add_with_id(const FlowMatch& match, std::uint32_t id, std::int32_t priority) {
-  if (((match.fields & kFlowVlan) != 0 && match.vlan > 4095) ||
+  if (((match.fields & kFlowVlan) != 0 && match.vlan >= kVlanCount) ||
       ((match.fields & kFlowPriority) != 0 && match.priority > 7)) {
     return FlowResult::bad_match;
   }

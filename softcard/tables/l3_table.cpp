@@ -6,6 +6,8 @@
 #include <array>
 #include <utility>
 
+#include "softcard/base/limits.h"
+
 namespace softcard {
 
 namespace {
@@ -72,10 +74,10 @@ std::uint32_t pair_hash(std::uint16_t vlan, const MacAddress& mac) {
 }  // namespace
 
 L3InterfaceTable::L3InterfaceTable(std::size_t capacity)
-    : capacity_(capacity), ids_(capacity), per_vlan_(4096) {}
+    : capacity_(capacity), ids_(capacity), per_vlan_(kVlanCount) {}
 
 L3Add L3InterfaceTable::create(const MacAddress& mac, std::uint16_t vlan, std::uint32_t& id) {
-  if (vlan > 4095) return L3Add::invalid;
+  if (vlan >= kVlanCount) return L3Add::invalid;
   if (const L3Interface* existing = find(vlan, mac)) {
     id = existing->id;
     return L3Add::exists;
@@ -88,7 +90,7 @@ L3Add L3InterfaceTable::create(const MacAddress& mac, std::uint16_t vlan, std::u
 
 L3Add L3InterfaceTable::create_with_id(const MacAddress& mac, std::uint16_t vlan, std::uint32_t id,
                                        bool replace) {
-  if (vlan > 4095) return L3Add::invalid;
+  if (vlan >= kVlanCount) return L3Add::invalid;
   const std::uint32_t position = ids_.find(id);
   const bool id_taken = position != FlatIndex::kNone;
   if (id_taken && !replace) return L3Add::exists;

@@ -2,7 +2,7 @@
 
 #include "softcard/tables/mac_lock_table.h"
 
-#include "softcard/base/address_plan.h"
+#include "softcard/base/limits.h"
 
 namespace softcard {
 

@@ -12,7 +12,6 @@
 
 #include "softcard/base/net_types.h"
 #include "softcard/base/port_set.h"
-#include "softcard/card_description.h"
 
 namespace softcard {
 

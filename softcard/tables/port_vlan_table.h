@@ -12,8 +12,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "softcard/base/limits.h"
 #include "softcard/base/net_types.h"
-#include "softcard/card_description.h"
 #include "vornlcapi/enums.h"
 
 namespace softcard {

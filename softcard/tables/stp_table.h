@@ -9,8 +9,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "softcard/base/limits.h"
 #include "softcard/base/port_set.h"
-#include "softcard/card_description.h"
 #include "vornlcapi/enums.h"
 
 namespace softcard {

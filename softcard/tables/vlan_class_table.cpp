@@ -2,7 +2,7 @@
 
 #include "softcard/tables/vlan_class_table.h"
 
-#include "softcard/card_description.h"
+#include "softcard/base/limits.h"
 #include "softcard/tables/cos_table.h"
 #include "softcard/tables/l3_table.h"
 

@@ -12,8 +12,8 @@
 #include <cstdint>
 #include <vector>
 
+#include "softcard/base/limits.h"
 #include "softcard/base/port_set.h"
-#include "softcard/card_description.h"
 
 namespace softcard {
 

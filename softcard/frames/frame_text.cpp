@@ -888,6 +888,29 @@ void shorten(HeaderRowList& headers, const std::uint8_t* data, std::size_t bytes
   }
 }
 
+// Whether `there`, a frame taken apart, has what a pattern asks for.
+bool matches(const HeaderRowList& wanted, const HeaderRowList& there) {
+  const auto shows = [&](const Header& header, const Header& want) {
+    return header.name == want.name &&
+           std::all_of(want.fields.begin(), want.fields.end(), [&](const auto& field) {
+             if (field.first == "untagged") {
+               return std::none_of(there.begin(), there.end(),
+                                   [](const Header& h) { return h.name == "vlan"; });
+             }
+             const std::string* value = header.find(field.first);
+             return value != nullptr && *value == field.second;
+           });
+  };
+  // Headers stand in one order only, so the first one that fits is as good as any.
+  auto at = there.begin();
+  for (const Header& want : wanted) {
+    at = std::find_if(at, there.end(), [&](const Header& header) { return shows(header, want); });
+    if (at == there.end()) return false;
+    ++at;
+  }
+  return true;
+}
+
 bool is_hex_line(const std::string& text, Bytes& bytes) {
   std::string digits;
   for (const char c : text) {
@@ -941,26 +964,9 @@ bool frame_matches(const std::string& pattern, const std::uint8_t* data, std::si
   }
   HeaderRowList wanted;
   if (!read_headers(pattern, wanted, error)) return false;
-  const HeaderRowList there = dissect(data, bytes, Depth::everything);
-  const auto shows = [&](const Header& header, const Header& want) {
-    return header.name == want.name &&
-           std::all_of(want.fields.begin(), want.fields.end(), [&](const auto& field) {
-             if (field.first == "untagged") {
-               return std::none_of(there.begin(), there.end(),
-                                   [](const Header& h) { return h.name == "vlan"; });
-             }
-             const std::string* value = header.find(field.first);
-             return value != nullptr && *value == field.second;
-           });
-  };
-  // Headers stand in one order only, so the first one that fits is as good as any.
-  auto at = there.begin();
-  for (const Header& want : wanted) {
-    at = std::find_if(at, there.end(), [&](const Header& header) { return shows(header, want); });
-    if (at == there.end()) return false;
-    ++at;
-  }
-  return true;
+  // A frame may be printed in either way, and what is printed matches.
+  return matches(wanted, dissect(data, bytes, Depth::everything)) ||
+         matches(wanted, dissect(data, bytes, Depth::ethernet));
 }
 
 }  // namespace softcard

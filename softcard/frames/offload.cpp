@@ -32,7 +32,6 @@ bool plan(const Frame& frame, Plan& plan) {
   }
   const bool tcp = frame.offload.segmentation != Segmentation::udp;
   if (plan.headers.l4 != (tcp ? Layer4::tcp : Layer4::udp)) return false;
-  if (plan.headers.l3 != Layer3::ipv4 && plan.headers.l3 != Layer3::ipv6) return false;
   const std::size_t l4_bytes =
       tcp ? (frame.data()[plan.headers.l4_offset + 12] >> 4) * std::size_t{4} : 8;
   const std::size_t end = plan.headers.l3_offset + std::size_t{plan.headers.l3_bytes};

@@ -121,7 +121,6 @@ void parse_ipv6(const std::uint8_t* data, std::size_t offset, std::size_t bytes,
       case kAuthentication:
         if (end - here < 8) return;
         header_bytes = (data[here + 1] + std::size_t{2}) * 4;
-        if (header_bytes < 8) return;
         break;
       case kFragment:
         if (end - here < 8) return;

@@ -76,6 +76,14 @@ struct Headers {
   Ipv4 ipv4_destination = 0;   // ARP: target
   std::uint32_t l3_bytes = 0;  // of the whole IP packet, by its own length
 
+  // Which fields the frame has; where it lacks them they are 0 without meaning it.
+  bool has_ip() const {  // protocol, TOS and TTL
+    return l3 == Layer3::ipv4 || l3 == Layer3::ipv6;
+  }
+  bool has_ipv4_addresses() const { return l3 == Layer3::ipv4 || l3 == Layer3::arp; }
+  bool has_ports() const { return l4 == Layer4::tcp || l4 == Layer4::udp; }
+  bool has_icmp_type() const { return l4 == Layer4::icmp; }
+
   bool group() const { return (destination >> 40 & 1) != 0; }
   bool broadcast() const { return destination == kBroadcast; }
   bool reserved_group() const { return (destination & ~std::uint64_t{0xF}) == kReservedGroup; }

@@ -63,10 +63,6 @@ void set_l4_port(Frame& frame, const Headers& headers, std::size_t offset, std::
   follow_l4(frame, headers, before, port, false);
 }
 
-constexpr bool has_ports(const Headers& headers) {
-  return headers.l4 == Layer4::tcp || headers.l4 == Layer4::udp;
-}
-
 void shift(Headers& headers, int bytes) {
   if (headers.l3_offset != 0) {
     headers.l3_offset = static_cast<std::uint16_t>(headers.l3_offset + bytes);
@@ -169,13 +165,13 @@ void decrement_ttl(Frame& frame, Headers& headers) {
 }
 
 void set_l4_source(Frame& frame, Headers& headers, std::uint16_t port) {
-  if (!has_ports(headers)) return;
+  if (!headers.has_ports()) return;
   set_l4_port(frame, headers, 0, port);
   headers.l4_source = port;
 }
 
 void set_l4_destination(Frame& frame, Headers& headers, std::uint16_t port) {
-  if (!has_ports(headers)) return;
+  if (!headers.has_ports()) return;
   set_l4_port(frame, headers, 2, port);
   headers.l4_destination = port;
 }

@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <random>
 
 namespace softcard {
@@ -40,6 +41,26 @@ TEST(FrameText, MeansTheseBytes) {
       {"eth src=00:00:5e:00:53:01 dst=01:80:c2:00:00:00 llc dsap=0x42 ssap=0x42 payload=0000 "
        "size=20",
        "0180c2000000 00005e005301 0005 42 42 03 0000 00"},
+      {"eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 arp op=9 sha=00:00:5e:00:53:03 "
+       "tha=00:00:5e:00:53:04 size=44",
+       "00005e005302 00005e005301 0806 0001 0800 06 04 0009 00005e005303 00000000 00005e005304 "
+       "00000000 0000"},
+      {"eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 ipv4 src=192.0.2.1 dst=192.0.2.2 tos=0xb8 "
+       "ttl=1 mf=1 frag=64 options=0101 proto=6 checksum=0xabcd length=99 payload=aa",
+       "00005e005302 00005e005301 0800 46b80063 00002008 0106abcd c0000201 c0000202 01010000 aa"},
+      {"eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 ipv4 src=192.0.2.1 dst=192.0.2.2 tcp "
+       "sport=1 dport=2 seq=3 ack=4 flags=FSRPAUEC window=5 options=01 checksum=7",
+       "00005e005302 00005e005301 0800 4500002c 00000000 4006f6c8 c0000201 c0000202 "
+       "00010002 00000003 00000004 60ff0005 00070000 01000000"},
+      {"eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 ipv6 src=2001:db8::1 dst=2001:db8::2 "
+       "length=5 hopopts data=0102 routing dstopts next=59 data=00000000000000",
+       "00005e005302 00005e005301 86dd 60000000 0005 00 40 20010db8000000000000000000000001 "
+       "20010db8000000000000000000000002 2b 00 010200000000 3c 00 000000000000 "
+       "3b 01 0000000000000000000000000000"},
+      {"eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 ipv6 src=2001:db8::1 dst=2001:db8::2 "
+       "icmp6 type=128 code=1 id=2 seq=3",
+       "00005e005302 00005e005301 86dd 60000000 0008 3a 40 20010db8000000000000000000000001 "
+       "20010db8000000000000000000000002 8001 2442 0002 0003"},
       {"eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 vlan=5 tpid=0x88a8 vlan=6 snap "
        "proto=0x809b trailer=01",
        "00005e005302 00005e005301 88a8 0005 8100 0006 0008 aaaa03 000000 809b 01"},
@@ -69,7 +90,8 @@ TEST(FrameText, PrintsWhatItReads) {
   }
 }
 
-// Whatever the bytes are, printing loses nothing: cut, damaged and random frames.
+// Whatever the bytes are, printing loses nothing, and what is printed is a pattern of the frame:
+// cut, damaged and random frames.
 TEST(FrameText, PrintingIsTheInverseOfReadingForAnyBytes) {
   const char* const kSeeds[] = {
       "eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 vlan=10 ipv4 src=192.0.2.1 dst=192.0.2.2 "
@@ -79,16 +101,20 @@ TEST(FrameText, PrintingIsTheInverseOfReadingForAnyBytes) {
       "frag dstopts udp sport=1 dport=2 payload=001122 trailer=ffff",
       "eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 arp",
       "eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 snap proto=0x800 payload=01",
+      "eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 ipv6 src=2001:db8::1 dst=2001:db8::2 "
+      "routing icmp6 type=1 payload=00",
   };
   std::mt19937 random(1);
   for (int round = 0; round < 1000; ++round) {
-    std::vector<std::uint8_t> frame = frame_of(kSeeds[random() % 4]);
+    std::vector<std::uint8_t> frame = frame_of(kSeeds[random() % std::size(kSeeds)]);
     for (unsigned damage = random() % 4; damage > 0; --damage) {
       frame[random() % frame.size()] = static_cast<std::uint8_t>(random());
     }
     if (random() % 2 == 0) frame.resize(1 + random() % frame.size());
     const std::string text = print_frame(frame.data(), frame.size());
     ASSERT_EQ(frame_of(text), frame) << text;
+    std::string error;
+    ASSERT_TRUE(frame_matches(text, frame.data(), frame.size(), error)) << text << ": " << error;
   }
 }
 
@@ -121,6 +147,32 @@ TEST(FrameText, PatternsNameWhatMustBeThere) {
     const bool matches = frame_matches(row.pattern, frame.data(), frame.size(), error);
     EXPECT_EQ(matches, row.matches) << row.pattern;
     EXPECT_EQ(error.empty(), std::string(row.pattern) != "eth SRC") << error;
+  }
+}
+
+// The reserved bits of a TCP header have no text, so the frame is printed as an Ethernet payload.
+TEST(FrameText, FramesWithoutATextOfTheirOwnMatchByHeadersAndByBytes) {
+  std::vector<std::uint8_t> frame = frame_of(
+      "eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 ipv4 src=192.0.2.1 dst=192.0.2.2 tcp "
+      "sport=1 "
+      "dport=2 size=60");
+  frame[46] |= 1;
+  const std::string text = print_frame(frame.data(), frame.size());
+  EXPECT_EQ(text.substr(0, 80),
+            "eth src=00:00:5e:00:53:01 dst=00:00:5e:00:53:02 type=0x800 payload=4500002800000");
+  const std::pair<std::string, bool> kPatterns[] = {
+      {text, true},
+      {"eth untagged ipv4 tcp dport=2 size=60", true},
+      {"eth type=0x800", true},
+      {"eth vlan=1", false},
+      {"eth ipv4 tcp dport=3", false},
+      {text + " trailer=00", false},
+      {text.substr(0, text.find(" size")) + "00", false},
+  };
+  for (const auto& [pattern, matches] : kPatterns) {
+    std::string error;
+    EXPECT_EQ(frame_matches(pattern, frame.data(), frame.size(), error), matches) << pattern;
+    EXPECT_EQ(error, "");
   }
 }
 

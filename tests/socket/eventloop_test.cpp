@@ -13,6 +13,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "libxorp/asyncio.hh"
@@ -141,6 +142,58 @@ TEST_F(EventLoopTest, TimersFireInOrderAndNotBeforeTheirTime) {
   EXPECT_FALSE(b.time_remaining(left));
 }
 
+// A wait is rounded up to the kernel's milliseconds: it never ends before the timer is due, and the
+// next pass fires it without another wait.
+TEST_F(EventLoopTest, WaitEndsWhenTheTimerIsDue) {
+  for (const int us : {1, 400, 999, 1001, 1500}) {
+    XorpTimer timer = loop_.new_oneoff_after(TimeVal(0, us), noter("due"));
+    loop_.run();
+    TimeVal left(1, 0);
+    if (timer.scheduled()) {
+      EXPECT_TRUE(timer.time_remaining(left));
+      EXPECT_EQ(left, TimeVal::ZERO()) << us;
+      loop_.run();
+    }
+    EXPECT_EQ(taken(), Log{"due"}) << us;
+  }
+}
+
+// A timer that fired keeps the pass from waiting, and so do tasks; what a callback schedules counts
+// from the end of the wait.
+TEST_F(EventLoopTest, TimesCountFromTheEndOfTheWait) {
+  TimeVal before, after;
+  const Pair a;
+  watch(a, "a");
+  XorpTimer wait = loop_.new_oneoff_after_ms(3, noter("wait"));
+  loop_.current_time(before);
+  loop_.run();
+  loop_.current_time(after);
+  EXPECT_GE(after - before, TimeVal(0, 3000));
+  XorpTask task = loop_.new_oneoff_task(noter("task"));
+  XorpTimer late = loop_.new_oneoff_after_ms(3600 * 1000, noter("late"));
+  loop_.run();
+  EXPECT_EQ(taken(), (Log{"wait", "task"}));
+  task = loop_.new_task(repeater("again", true));
+  loop_.run();
+  loop_.run();
+  EXPECT_EQ(taken(), (Log{"again", "again"}));
+}
+
+TEST_F(EventLoopTest, RescheduledTimerCountsFromItsLastTime) {
+  XorpTimer timer = loop_.new_oneoff_after_ms(1000, noter("a"));
+  const TimeVal first = timer.expiry();
+  timer.reschedule_after_ms(5);
+  EXPECT_EQ(timer.expiry() - first, TimeVal(0, 5000));
+  timer.schedule_at(first);
+  EXPECT_EQ(timer.expiry(), first);
+  EXPECT_EQ(loop_.timer_list_length(), 1u);
+  timer.unschedule();
+  EXPECT_FALSE(timer.scheduled());
+  TimeVal left(1, 0);
+  EXPECT_FALSE(timer.time_remaining(left));
+  EXPECT_EQ(left, TimeVal::ZERO());
+}
+
 TEST_F(EventLoopTest, TimerLivesAsLongAsAHandle) {
   loop_.new_oneoff_after_ms(0, noter("lost"));
   EXPECT_EQ(loop_.timer_list_length(), 0u);
@@ -185,7 +238,7 @@ TEST_F(EventLoopTest, PeriodicTimerRunsUntilFalseOrDropped) {
   const TimeVal first = count.timer.expiry();
   while (loop_.timers_pending()) loop_.run();
   EXPECT_EQ(count.left, 0);
-  EXPECT_EQ((count.timer.expiry() - first).to_ms(), 2) << "it does not drift";
+  EXPECT_EQ(count.timer.expiry() - first, TimeVal(0, 2000)) << "it does not drift";
 
   count.timer = loop_.new_periodic_ms(0, callback(count, &Countdown::drop));
   loop_.run();
@@ -307,6 +360,33 @@ TEST_F(EventLoopTest, OneCallbackForEachGroup) {
   EXPECT_TRUE(loop_.remove_ioevent_cb(a.fd()));
   EXPECT_TRUE(loop_.remove_ioevent_cb(12345, IOT_WRITE));
   EXPECT_EQ(loop_.descriptor_count(), 0u);
+}
+
+// An end that hangs up wakes the reader and the writer, who learn it from their next call.
+TEST_F(EventLoopTest, HangUpWakesReadersAndWriters) {
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
+  EXPECT_TRUE(loop_.add_ioevent_cb(ends[0], IOT_READ, watcher("read")));
+  pass();
+  EXPECT_TRUE(taken().empty());
+  close(ends[1]);
+  pass();
+  EXPECT_EQ(taken(), Log{"read0"});
+  loop_.remove_ioevent_cb(ends[0]);
+  close(ends[0]);
+
+  ASSERT_EQ(pipe2(ends, O_NONBLOCK), 0);
+  char page[4096] = {};
+  while (::write(ends[1], page, sizeof page) > 0) {
+  }
+  EXPECT_TRUE(loop_.add_ioevent_cb(ends[1], IOT_WRITE, watcher("write")));
+  pass();
+  EXPECT_TRUE(taken().empty()) << "the pipe is full";
+  close(ends[0]);
+  pass();
+  EXPECT_EQ(taken(), Log{"write1"});
+  loop_.remove_ioevent_cb(ends[1]);
+  close(ends[1]);
 }
 
 TEST_F(EventLoopTest, DescriptorClosedWhileWatchedIsDropped) {
@@ -486,6 +566,34 @@ TEST_F(WriterTest, WritesInOrderUpToTheCoalesceCount) {
   add("g");
   writer_->flush_buffers();
   EXPECT_EQ(taken(), Log{"2:0/1"});
+}
+
+TEST_F(WriterTest, CoalescesOneToSixteenBuffers) {
+  for (const auto& [asked, at_once] :
+       {std::pair<unsigned, unsigned>{0, 1}, {1, 1}, {16, 16}, {99, 16}}) {
+    writer_.reset(new AsyncFileWriter(loop_, pair_.fd(), asked));
+    for (int i = 0; i < 20; ++i) add("x");
+    writer_->start();
+    pass();
+    EXPECT_EQ(taken().size(), at_once) << asked;
+    EXPECT_EQ(received().size(), at_once) << asked;
+  }
+}
+
+// A writer that does not run leaves the one that does alone.
+TEST_F(WriterTest, StopConcernsOneWriter) {
+  AsyncFileWriter other(loop_, pair_.fd());
+  add("ab");
+  writer_->start();
+  other.stop();
+  pass();
+  EXPECT_EQ(taken(), Log{"1:2/2"});
+  add("c");
+  writer_->start();
+  writer_->stop();
+  pass();
+  EXPECT_TRUE(taken().empty());
+  EXPECT_EQ(writer_->buffers_remaining(), 1u);
 }
 
 TEST_F(WriterTest, LongBufferGoesOutInParts) {

@@ -27,6 +27,8 @@ using namespace softcard;
 using namespace bench;
 
 constexpr std::size_t kBatch = 32;
+// The same in every run, so that runs compare.
+const KeyedHash kHash(1);
 
 // What lookups found goes here, so that they are not left out.
 volatile std::uint64_t sink;
@@ -105,7 +107,7 @@ struct FdbData {
 
 void add_fdb_rows(std::vector<Row>& rows) {
   static const FdbData data;
-  const auto make = [] { return std::make_unique<FdbTable>(); };
+  const auto make = [] { return std::make_unique<FdbTable>(FdbTable::kDefaultCapacity, kHash); };
   const auto insert = [](FdbTable& table, std::size_t i) {
     table.learn(FdbData::vlan(i), data.macs[i], Destination::port(static_cast<PortIndex>(i % 52)),
                 1);
@@ -205,7 +207,7 @@ template <class Address>
 void add_route_rows(std::vector<Row>& rows, const RouteData<Address>& data,
                     const char* const (&names)[4]) {
   using Table = L3RouteTable<Address>;
-  const auto make = [] { return std::make_unique<Table>(131072); };
+  const auto make = [] { return std::make_unique<Table>(131072, kHash); };
   const auto insert = [&data](Table& table, std::size_t i) {
     table.add(data.prefixes[i], data.lengths[i], data.hops[i]);
   };
@@ -232,7 +234,7 @@ template <class Address>
 void add_host_rows(std::vector<Row>& rows, const RouteData<Address>& data,
                    const char* const (&names)[2]) {
   using Table = L3HostTable<Address>;
-  const auto make = [] { return std::make_unique<Table>(131072); };
+  const auto make = [] { return std::make_unique<Table>(131072, kHash); };
   const auto insert = [&data](Table& table, std::size_t i) {
     table.add(data.prefixes[i], data.hops[i]);
   };
@@ -273,7 +275,7 @@ struct FlowData {
 
 void add_flow_rows(std::vector<Row>& rows) {
   static const FlowData data;
-  const auto make = [] { return std::make_unique<FlowTable>(); };
+  const auto make = [] { return std::make_unique<FlowTable>(FlowTable::kDefaultCapacity, kHash); };
   const auto insert = [](FlowTable& table, std::size_t i) {
     std::uint32_t id = 0;
     table.add(data.matches[i], id);

@@ -96,7 +96,9 @@ void time(Shell& shell, Arguments& arguments, Reply& reply) {
     const std::uint64_t nanoseconds = take_nanoseconds(arguments);
     arguments.finish();
     if (!clock.warp_ns(nanoseconds)) {
-      throw Error("the card runs in real time; start with --virtual-time to warp");
+      throw Error(clock.warp_ns(0)
+                      ? "the card's time ends 2^64 ns after its start"
+                      : "the card runs in real time; start with --virtual-time to warp");
     }
     return;
   }

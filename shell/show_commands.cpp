@@ -3,6 +3,7 @@
 // The command `show`: the card's tables as a person wants to read them. It reads the card itself,
 // not the library, so it shows what the library's calls have made of it.
 #include <algorithm>
+#include <tuple>
 #include <utility>
 
 #include "card_text.h"
@@ -290,7 +291,7 @@ void show_counters(Card& card, Arguments& arguments, Reply& reply) {
   reply.show("counters", table);
 }
 
-// The reasons for which something was dropped.
+// The reasons for which something was dropped, and the events that were lost.
 void show_drops(Card& card, Arguments& arguments, Reply& reply) {
   Table table({"port", "reason", "frames", "because"});
   const bool of_cpu = arguments.empty();
@@ -305,6 +306,15 @@ void show_drops(Card& card, Arguments& arguments, Reply& reply) {
                  text_value(softcard::name(reason)), number_value(frames),
                  text_value(softcard::text(reason))});
     }
+  }
+  const std::tuple<lcmgr_report_event_t, const char*, const char*> kEvents[] = {
+      {LCMGR_REPORT_RX_PACKET, "rx-packet", "packets for the CPU for which the queue had no room"},
+      {LCMGR_REPORT_LINK_CHANGE, "link-change", "link changes that later ones took the place of"},
+      {LCMGR_REPORT_MAC_UPDATE, "mac-update", "MAC updates for which the queue had no room"}};
+  for (const auto& [kind, event, because] : kEvents) {
+    const std::uint64_t lost = of_cpu ? card.events().lost(kind) : 0;
+    if (lost == 0) continue;
+    table.add({text_value("events"), text_value(event), number_value(lost), text_value(because)});
   }
   reply.show("drops", table);
 }

@@ -46,25 +46,28 @@ void remove_routes(L3RouteTable<Address>& routes, Destination destination) {
 Card::Card(const CardDescription& description, std::shared_ptr<Clock> clock)
     : description_(description),
       clock_(std::move(clock)),
+      hash_(description.hash_seed ? KeyedHash(*description.hash_seed) : KeyedHash::drawn()),
       addresses_(static_cast<PortIndex>(description.ports.size())),
       ports_(description.ports),
       vlans_(description.capacity.vlans, ports_.all(), description.mstp_instance),
       port_vlans_(ports_.count(), description.capacity.protocol_vlans),
-      vlan_classes_(description.capacity.mac_vlans, description.capacity.subnet_vlans),
+      vlan_classes_(description.capacity.mac_vlans, description.capacity.subnet_vlans, hash_),
       stp_(ports_.all()),
       lags_(description.capacity.lags),
-      fdb_(description.capacity.fdb),
+      fdb_(description.capacity.fdb, hash_),
       traffic_(ports_.all()),
       filters_(description.capacity.arp_filters),
-      flows_(description.capacity.flows),
-      l3_(l3_capacity(description.capacity)),
+      flows_(description.capacity.flows, hash_),
+      l3_(l3_capacity(description.capacity), hash_),
       counters_(ports_.count()),
       lag_number_by_id_(description.capacity.lags),
-      events_([this](Destination destination) {
-        if (destination.is_port()) return AddressPlan::usp_of(destination.number);
-        if (destination.is_lag()) return lag_usp(destination.number);
-        return Usp(0, 0, 0);
-      }),
+      events_(
+          [this](Destination destination) {
+            if (destination.is_port()) return AddressPlan::usp_of(destination.number);
+            if (destination.is_lag()) return lag_usp(destination.number);
+            return Usp(0, 0, 0);
+          },
+          hash_),
       pipeline_(*this),
       cables_(ports_.count()) {
   lag_id_by_number_.fill(kUnpaired);
@@ -80,11 +83,15 @@ Card::Card(const CardDescription& description, std::shared_ptr<Clock> clock)
   });
 }
 
-Card::~Card() {
+Card::~Card() { end(); }
+
+void Card::end() {
+  ended_ = true;
   ports_.set_observer(nullptr);
   fdb_.set_observer(nullptr);
   // A cable that goes may tell the port at its other end.
   for (auto& cable : cables_) cable.reset();
+  events_.end();
 }
 
 // ---- VLANs --------------------------------------------------------------------------------------
@@ -285,6 +292,11 @@ void Card::report_link(PortIndex port) {
 }
 
 // ---- Time and events ----------------------------------------------------------------------------
+
+std::size_t Card::deliver_events() {
+  const std::shared_ptr<const void> alive = keep_alive();
+  return events_.deliver(clock_->now_ns());
+}
 
 std::size_t Card::run_once(std::size_t budget) {
   now_seconds_ = clock_->now_seconds();

@@ -10,6 +10,11 @@
 // Tables change and events are delivered at different times: whatever happens is queued, and the
 // registered callbacks are called by deliver_events() alone, when every table is whole. A callback
 // may call anything of the card. All calls come on one thread.
+//
+// A callback may also end the card. Whoever owns it then calls end() and lets it go, and it is
+// destroyed when its last call is over: keep_alive() holds it for as long as one runs. For that the
+// card needs an owner by std::shared_ptr, who names himself with set_owner(); a card without one
+// must not be destroyed by a callback.
 #ifndef SOFTCARD_CARD_H_
 #define SOFTCARD_CARD_H_
 
@@ -50,6 +55,15 @@ class Card final : public CableSink {
   ~Card();
   Card(const Card&) = delete;
   Card& operator=(const Card&) = delete;
+
+  // `owner` is what holds the card, and whatever else must last as long as a call of it.
+  void set_owner(std::weak_ptr<const void> owner) { owner_ = std::move(owner); }
+  // Holds the card while somebody calls functions that may end it; null without an owner.
+  std::shared_ptr<const void> keep_alive() const { return owner_.lock(); }
+
+  // Ends the card: pulls all cables, forgets the events and who listens for them.
+  void end();
+  bool ended() const { return ended_; }
 
   const CardDescription& description() const { return description_; }
   const AddressPlan& addresses() const { return addresses_; }
@@ -147,14 +161,14 @@ class Card final : public CableSink {
   // --- Time and events -----------------------------------------------------------------------
 
   // Calls the registered callbacks for all that is queued and returns how many events those were.
-  std::size_t deliver_events() { return events_.deliver(clock_->now_ns()); }
+  std::size_t deliver_events();
 
   // One round of the card: ages the FDB, takes in what waits in the cables (about `budget` frames
   // of each) and delivers the events. Returns how much was done: 0 when nothing was waiting.
   std::size_t run_once(std::size_t budget = 256);
 
   // Seconds of the clock when the last round or burst of frames began: good enough for what ages.
-  std::uint32_t now_seconds() const { return now_seconds_; }
+  std::uint64_t now_seconds() const { return now_seconds_; }
 
   // Sets the counters of all ports, and the drops by reason, to 0.
   void clear_counters();
@@ -166,7 +180,10 @@ class Card final : public CableSink {
   void flush(Destination destination, FdbKind up_to);
 
   CardDescription description_;
+  std::weak_ptr<const void> owner_;
+  bool ended_ = false;
   std::shared_ptr<Clock> clock_;
+  KeyedHash hash_;
   AddressPlan addresses_;
   PortTable ports_;
   VlanTable vlans_;
@@ -186,7 +203,7 @@ class Card final : public CableSink {
   Counters counters_;
   std::array<unsigned, kMaxLagNumber + 1> lag_id_by_number_;  // kUnpaired where none
   std::vector<unsigned> lag_number_by_id_;                    // 0 where none
-  std::uint32_t now_seconds_ = 0;
+  std::uint64_t now_seconds_ = 0;
   FramePool frame_pool_;  // outlives everything that holds frames
   EventQueue events_;
   Pipeline pipeline_;

@@ -62,6 +62,7 @@ class Reader {
     if (words_[0] == "capacity") return capacity();
     if (words_[0] == "mstp-instance") return mstp_instance();
     if (words_[0] == "mac-moves") return mac_moves();
+    if (words_[0] == "hash-seed") return hash_seed();
     return "unknown statement '" + words_[0] + "'";
   }
 
@@ -149,6 +150,15 @@ class Reader {
       return "";
     }
     return "usage: mac-moves <events a second>, 0 to 1000000";
+  }
+
+  std::string hash_seed() {
+    std::uint64_t seed = 0;
+    if (words_.size() != 2 || !parse_number(words_[1], std::uint64_t{0}, UINT64_MAX, seed)) {
+      return "usage: hash-seed <number below 2^64>";
+    }
+    card_.hash_seed = seed;
+    return "";
   }
 
   static std::string address(const std::string& text, MacAddress& mac) {

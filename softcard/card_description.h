@@ -11,6 +11,7 @@
 //   capacity fdb 4096              # see CardDescription::capacity for the names
 //   mstp-instance 2 vlans 20,30-39 # these VLANs follow spanning-tree instance 2
 //   mac-moves 5                    # move events a second that one MAC address may cause
+//   hash-seed 1                    # for measurements that repeat; else drawn anew for each card
 //
 // One statement a line; # starts a comment. A line that is malformed makes the whole file refused.
 #ifndef SOFTCARD_CARD_DESCRIPTION_H_
@@ -20,6 +21,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <istream>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -61,6 +63,7 @@ struct CardDescription {
   CardCapacity capacity;
   std::array<std::uint8_t, kVlanCount> mstp_instance{};  // by VLAN; 0 where the file says nothing
   unsigned mac_moves_per_second = 1;                     // EventQueue says of what; 0: no limit
+  std::optional<std::uint64_t> hash_seed;                // of KeyedHash; drawn where none is given
 };
 
 // Reads a description. False leaves `out` as it was and puts "name:line: what is wrong" into

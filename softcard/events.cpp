@@ -78,23 +78,39 @@ bool EventQueue::remove(lcmgr_report_event_t kind, void* callback, void* user_da
 
 bool EventQueue::post_packet(FramePtr frame, unsigned reason) {
   if (!wants_packets()) return false;
-  if (packets_waiting_ >= packet_room_) {
-    ++packets_lost_;
+  if (!has_room(LCMGR_REPORT_RX_PACKET)) {
+    ++lost_[LCMGR_REPORT_RX_PACKET];
     return false;
   }
-  ++packets_waiting_;
   const PortIndex port = frame->ingress;
-  queue_.push_back({LCMGR_REPORT_RX_PACKET, reason, port, std::move(frame), LinkStatus(), {}});
+  post({LCMGR_REPORT_RX_PACKET, reason, port, std::move(frame), LinkStatus(), {}});
   return true;
 }
 
 void EventQueue::post_link_change(PortIndex port, const LinkStatus& status) {
   if (listeners_[LCMGR_REPORT_LINK_CHANGE] == 0) return;
-  queue_.push_back({LCMGR_REPORT_LINK_CHANGE, 0, port, nullptr, status, {}});
+  if (port >= last_link_.size()) last_link_.resize(port + std::size_t{1});
+  if (!has_room(LCMGR_REPORT_LINK_CHANGE) && last_link_[port] != 0) {
+    queue_[last_link_[port] - 1].link = status;
+    ++lost_[LCMGR_REPORT_LINK_CHANGE];
+    return;
+  }
+  post({LCMGR_REPORT_LINK_CHANGE, 0, port, nullptr, status, {}});
+  last_link_[port] = queue_.size();
 }
 
 void EventQueue::post_mac(const MacRecord& record) {
-  queue_.push_back({LCMGR_REPORT_MAC_UPDATE, 0, kNoPort, nullptr, LinkStatus(), record});
+  if (!has_room(LCMGR_REPORT_MAC_UPDATE)) {
+    ++lost_[LCMGR_REPORT_MAC_UPDATE];
+    return;
+  }
+  post({LCMGR_REPORT_MAC_UPDATE, 0, kNoPort, nullptr, LinkStatus(), record});
+}
+
+void EventQueue::post(Event event) {
+  const lcmgr_report_event_t kind = event.kind;
+  queue_.push_back(std::move(event));
+  ++waiting_[kind];
 }
 
 void EventQueue::post_mac_change(const FdbChange& change, std::uint64_t now_ns) {
@@ -124,7 +140,7 @@ void EventQueue::post_mac_change(const FdbChange& change, std::uint64_t now_ns) 
     moves.since_ns = now_ns;
     moves.reported = 0;
   }
-  next_due_ns_ = std::min(next_due_ns_, moves.since_ns + kNanosecondsPerSecond);
+  earliest_since_ns_ = std::min(earliest_since_ns_, moves.since_ns);
   if (moves.reported < mac_moves_per_second_) {
     ++moves.reported;
     post_mac(record);
@@ -138,13 +154,13 @@ void EventQueue::post_mac_change(const FdbChange& change, std::uint64_t now_ns) 
 // Posts the last move of each entry whose second is over, in the order of their keys, and forgets
 // the entries that have been quiet.
 void EventQueue::release_moves(std::uint64_t now_ns) {
-  if (now_ns < next_due_ns_) return;
-  next_due_ns_ = UINT64_MAX;
+  if (moves_.empty() || now_ns - earliest_since_ns_ < kNanosecondsPerSecond) return;
+  earliest_since_ns_ = now_ns;
   std::vector<std::uint64_t> due;
   for (auto at = moves_.begin(); at != moves_.end();) {
     Moves& moves = at->second;
     if (now_ns - moves.since_ns < kNanosecondsPerSecond) {
-      next_due_ns_ = std::min(next_due_ns_, moves.since_ns + kNanosecondsPerSecond);
+      earliest_since_ns_ = std::min(earliest_since_ns_, moves.since_ns);
       ++at;
     } else if (!moves.held_back) {
       at = moves_.erase(at);
@@ -156,9 +172,12 @@ void EventQueue::release_moves(std::uint64_t now_ns) {
   std::sort(due.begin(), due.end());
   for (const std::uint64_t key : due) {
     Moves& moves = moves_.at(key);
+    if (!has_room(LCMGR_REPORT_MAC_UPDATE)) {  // it stays held back, and comes with a later one
+      earliest_since_ns_ = std::min(earliest_since_ns_, moves.since_ns);
+      continue;
+    }
     post_mac(moves.last);
     moves = {now_ns, 1, false, moves.last};
-    next_due_ns_ = std::min(next_due_ns_, now_ns + kNanosecondsPerSecond);
   }
 }
 
@@ -177,17 +196,29 @@ std::size_t EventQueue::deliver(std::uint64_t now_ns) {
     delivering_.clear();
     next_ = 0;
     delivering_.swap(queue_);
+    std::fill(last_link_.begin(), last_link_.end(), 0);
   }
   std::size_t delivered = 0;
   while (next_ < delivering_.size()) {
     Event event = std::move(delivering_[next_++]);
-    if (event.kind == LCMGR_REPORT_RX_PACKET) --packets_waiting_;
+    --waiting_[event.kind];
     ++delivered;
     call_all(event);
   }
   delivering_.clear();
   next_ = 0;
   return delivered;
+}
+
+void EventQueue::end() {
+  registrations_.clear();
+  listeners_ = {};
+  queue_.clear();
+  delivering_.clear();
+  next_ = 0;
+  waiting_ = {};
+  last_link_.clear();
+  moves_.clear();
 }
 
 // Calls every function of the event's kind that is registered when its turn comes, but none that
@@ -258,7 +289,5 @@ void EventQueue::call(const Registration& registration, Event& event) const {
     }
   }
 }
-
-std::uint64_t EventQueue::next_due_ns() const { return next_due_ns_; }
 
 }  // namespace softcard

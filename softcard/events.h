@@ -7,7 +7,11 @@
 // whatever their kind, and each event to its functions in the order of their registration.  So a
 // callback finds every table whole, and it may call anything: what it causes is queued for the next
 // deliver(), a registration takes effect at once, and a function that it removes is not called any
-// more.
+// more. It may end the card, too; the host keeps the queue until deliver() is back (Card::end()).
+//
+// What waits while nobody delivers is bounded for each kind of event. Beyond that a packet and a
+// change of the MAC table are lost, and a link change takes the place of the port's last one, so
+// that the last state is always told; lost() counts either.
 //
 // An entry of the MAC table that moves to and fro causes a settled number of events a second, 1
 // unless set otherwise: moves beyond it are held back, and when the second is over the last one is
@@ -15,12 +19,14 @@
 #ifndef SOFTCARD_EVENTS_H_
 #define SOFTCARD_EVENTS_H_
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <unordered_map>
 #include <vector>
 
+#include "softcard/base/hash.h"
 #include "softcard/base/net_types.h"
 #include "softcard/frames/frame.h"
 #include "softcard/tables/fdb_table.h"
@@ -31,7 +37,12 @@ namespace softcard {
 class EventQueue {
  public:
   // `usp_of` gives the logical port of a destination: physical ports and LAGs, 0/0/0 for the rest.
-  explicit EventQueue(std::function<Usp(Destination)> usp_of) : usp_of_(std::move(usp_of)) {}
+  explicit EventQueue(std::function<Usp(Destination)> usp_of, KeyedHash hash = KeyedHash::drawn())
+      : usp_of_(std::move(usp_of)), moves_(0, hash) {
+    room_[LCMGR_REPORT_RX_PACKET] = 4096;
+    room_[LCMGR_REPORT_LINK_CHANGE] = 4096;
+    room_[LCMGR_REPORT_MAC_UPDATE] = 262144;
+  }
   EventQueue(const EventQueue&) = delete;
   EventQueue& operator=(const EventQueue&) = delete;
 
@@ -55,9 +66,9 @@ class EventQueue {
   void set_mac_moves_per_second(unsigned moves) { mac_moves_per_second_ = moves; }
   unsigned mac_moves_per_second() const { return mac_moves_per_second_; }
 
-  // Most received packets that wait; further ones are lost and counted.
-  void set_packet_room(std::size_t packets) { packet_room_ = packets; }
-  std::size_t packet_room() const { return packet_room_; }
+  // Most events of a kind that wait.
+  void set_room(lcmgr_report_event_t kind, std::size_t events) { room_[kind] = events; }
+  std::size_t room(lcmgr_report_event_t kind) const { return room_[kind]; }
 
   // --- Posting --------------------------------------------------------------------------------
 
@@ -82,14 +93,17 @@ class EventQueue {
   // a callback passes through; the events behind are delivered by the next call.
   std::size_t deliver(std::uint64_t now_ns);
 
-  // Whether deliver() has anything to do now, and when the first move held back is due; UINT64_MAX
-  // when none is.
+  // Whether events are queued.
   bool pending() const { return !queue_.empty() || next_ < delivering_.size(); }
-  std::uint64_t next_due_ns() const;
+
+  // Forgets every registration and every event, those that deliver() is about to deliver too.
+  void end();
 
   // --- Counts ---------------------------------------------------------------------------------
 
-  std::uint64_t packets_lost() const { return packets_lost_; }
+  // Events of a kind that wait, and that were lost for want of room.
+  std::size_t waiting(lcmgr_report_event_t kind) const { return waiting_[kind]; }
+  std::uint64_t lost(lcmgr_report_event_t kind) const { return lost_[kind]; }
   std::uint64_t mac_moves_held_back() const { return mac_moves_held_back_; }
 
  private:
@@ -129,7 +143,11 @@ class EventQueue {
     MacRecord last;
   };
 
+  static constexpr unsigned kKinds = LCMGR_REPORT_MAC_UPDATE + 1;
+
   bool add(lcmgr_report_event_t kind, Form form, void* callback, void* user_data);
+  bool has_room(lcmgr_report_event_t kind) const { return waiting_[kind] < room_[kind]; }
+  void post(Event event);
   void post_mac(const MacRecord& record);
   void release_moves(std::uint64_t now_ns);
   void call_all(Event& event);
@@ -138,20 +156,23 @@ class EventQueue {
   std::function<Usp(Destination)> usp_of_;
   std::vector<Registration> registrations_;
   std::uint64_t registrations_made_ = 0;
-  unsigned listeners_[3] = {0, 0, 0};  // registrations by kind
+  std::array<unsigned, kKinds> listeners_{};  // registrations
 
   std::vector<Event> queue_;
   std::vector<Event> delivering_;  // those before next_ are done
   std::size_t next_ = 0;
-  std::size_t packets_waiting_ = 0;
+  std::vector<std::size_t> last_link_;  // by port: where its last change is in queue_, and one more
   bool in_delivery_ = false;
 
-  std::unordered_map<std::uint64_t, Moves> moves_;  // by fdb_key()
-  std::uint64_t next_due_ns_ = UINT64_MAX;          // no entry of moves_ is over before
+  std::unordered_map<std::uint64_t, Moves, KeyedHash> moves_;  // by fdb_key()
+  std::uint64_t earliest_since_ns_ = UINT64_MAX;               // no entry of moves_ began before
   unsigned mac_moves_per_second_ = 1;
-  std::size_t packet_room_ = 4096;
-  std::uint64_t packets_lost_ = 0;
   std::uint64_t mac_moves_held_back_ = 0;
+
+  // By kind. The MAC table's room is that of a whole table learned and removed again.
+  std::array<std::size_t, kKinds> room_;
+  std::array<std::size_t, kKinds> waiting_{};
+  std::array<std::uint64_t, kKinds> lost_{};
 };
 
 }  // namespace softcard

@@ -37,7 +37,7 @@ struct Process {
   CallWatch watch;
   CardDescription description;  // of the line card that was initialised
   AddressPlan addresses{0};     // no ports before that
-  std::unique_ptr<Instance> instance;
+  std::shared_ptr<Instance> instance;
 };
 
 // Lives from the first use to the end of the process, whatever is loaded before or after.
@@ -83,7 +83,8 @@ bool create_instance() {
     return false;
   }
   if (own.clock == nullptr) own.clock = std::make_shared<RealClock>();
-  own.instance = std::make_unique<Instance>(own.description, own.clock, own.watch);
+  own.instance = std::make_shared<Instance>(own.description, own.clock, own.watch);
+  own.instance->card.set_owner(own.instance);
   return true;
 }
 
@@ -125,6 +126,9 @@ bool vornsdk_create_sdk_instance() { return host::create_instance(); }
 bool vornsdk_delete_sdk_instance(VornSdkBase* sdk) {
   host::Process& own = host::process();
   if (own.instance == nullptr || sdk != &own.instance->sdk) return false;
+  // A callback may have asked for it: then the card stays until the call of it that is under way
+  // comes back.
+  own.instance->card.end();
   own.instance.reset();
   lag_list.clear();
   return true;

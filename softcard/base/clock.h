@@ -18,12 +18,11 @@ class Clock {
 
   virtual std::uint64_t now_ns() const = 0;
 
-  // Moves the time on by `ns`; false for a clock that runs by itself.
+  // Moves the time on by `ns`; false, and nothing changed, for a clock that runs by itself, and
+  // where the time would go beyond 2^64 ns, which is 584 years.
   virtual bool warp_ns(std::uint64_t ns) = 0;
 
-  std::uint32_t now_seconds() const {
-    return static_cast<std::uint32_t>(now_ns() / kNanosecondsPerSecond);
-  }
+  std::uint64_t now_seconds() const { return now_ns() / kNanosecondsPerSecond; }
 };
 
 // The machine's steady clock.
@@ -42,6 +41,7 @@ class VirtualClock : public Clock {
  public:
   std::uint64_t now_ns() const override { return now_ns_; }
   bool warp_ns(std::uint64_t ns) override {
+    if (ns > UINT64_MAX - now_ns_) return false;
     now_ns_ += ns;
     return true;
   }

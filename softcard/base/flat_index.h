@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // A hash index from keys to positions in a table of the caller's.  It keeps hashes and positions
-// only and asks the caller to compare keys; so any key serves, and the keys stay in one place.
+// only and asks the caller to compare keys; so any key serves, and the keys stay in one place. The
+// caller makes the hashes with a KeyedHash.
 //
 // Entries stand in groups of seven, each group one cache line with a byte of the hash of each entry
 // in its last word.  A lookup compares these bytes all at once, so that it takes no branch that
@@ -21,11 +22,6 @@ namespace softcard {
 class FlatIndex {
  public:
   static constexpr std::uint32_t kNone = UINT32_MAX;
-
-  // The 32-bit hash of a key that fits 64 bits.
-  static constexpr std::uint32_t hash_of(std::uint64_t key) {
-    return static_cast<std::uint32_t>(mix64(key) >> 32);
-  }
 
   // Starts to load what find(hash, ...) reads first.
   void prefetch(std::uint32_t hash) const {
@@ -84,6 +80,19 @@ class FlatIndex {
   void clear() {
     std::vector<Group>().swap(groups_);
     size_ = 0;
+  }
+
+  // Returns the most groups that looking up an entry reads; reads all of them itself.
+  std::size_t longest_search() const {
+    std::size_t longest = 0;
+    for (std::size_t at = 0; at < groups_.size(); ++at) {
+      for (unsigned i = 0; i < kSlots; ++i) {
+        if (groups_[at].tag(i) == 0) continue;
+        const std::size_t passed = (at - home(groups_[at].slots[i].hash)) & (groups_.size() - 1);
+        longest = passed + 1 > longest ? passed + 1 : longest;
+      }
+    }
+    return longest;
   }
 
   std::size_t size() const { return size_; }

@@ -1215,6 +1215,7 @@ bool SoftSdk::traverse_mac_table(void* arg) {
     const auto* const request = static_cast<const mac_traverse_s*>(arg);
     if (request == nullptr || request->visit == nullptr) return false;
     bool more = true;
+    const std::shared_ptr<const void> alive = card_.keep_alive();
     card_.fdb().for_each([&](const FdbEntry& entry) {
       if (!more) return;
       const Destination destination = entry.destination();
@@ -1227,7 +1228,7 @@ bool SoftSdk::traverse_mac_table(void* arg) {
       record.port = {usp.unit(), usp.slot(), usp.port()};
       if (entry.kind() == FdbKind::static_entry) record.flags = L2_ADDR_STATIC;
       if (entry.kind() == FdbKind::system_entry) record.flags = L2_ADDR_SYSTEM;
-      more = request->visit(&record, request->user_data) != 0;
+      more = request->visit(&record, request->user_data) != 0 && !card_.ended();
     });
     return true;
   };

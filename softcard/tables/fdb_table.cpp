@@ -10,7 +10,8 @@ namespace softcard {
 
 static_assert(sizeof(FdbEntry) == 16, "four entries fill a cache line");
 
-FdbTable::FdbTable(std::size_t capacity) : capacity_(std::max<std::size_t>(capacity, 1)) {
+FdbTable::FdbTable(std::size_t capacity, KeyedHash hash)
+    : hash_(hash), capacity_(std::max<std::size_t>(capacity, 1)) {
   // Places for twice the capacity; at least two buckets, so that home() shifts by less than 64.
   const unsigned bucket_bits =
       std::max(1u, ceil_log2((capacity_ * 2 + kPlacesPerBucket - 1) / kPlacesPerBucket));
@@ -26,7 +27,7 @@ FdbTable::FdbTable(std::size_t capacity) : capacity_(std::max<std::size_t>(capac
 // ---- Entries -----------------------------------------------------------------------------------
 
 FdbLearn FdbTable::learn(std::uint16_t vlan, const MacAddress& mac, Destination destination,
-                         std::uint32_t now) {
+                         std::uint64_t now) {
   const std::uint64_t key = fdb_key(vlan, mac.to_number());
   const FdbEntry* found = find(key);
   if (found == nullptr) {
@@ -37,7 +38,7 @@ FdbLearn FdbTable::learn(std::uint16_t vlan, const MacAddress& mac, Destination 
   }
   const Destination previous = found->destination();
   if (previous == destination) {
-    const bool time_passed = found->last_seen_ != now;
+    const bool time_passed = found->last_seen_seconds() != now;
     touch(*found, now);
     return time_passed ? FdbLearn::refreshed : FdbLearn::known;
   }
@@ -49,11 +50,11 @@ FdbLearn FdbTable::learn(std::uint16_t vlan, const MacAddress& mac, Destination 
 }
 
 bool FdbTable::add_static(std::uint16_t vlan, const MacAddress& mac, Destination destination,
-                          std::uint32_t now) {
+                          std::uint64_t now) {
   return configure(fdb_key(vlan, mac.to_number()), destination, FdbKind::static_entry, now);
 }
 
-bool FdbTable::add_system(std::uint16_t vlan, const MacAddress& mac, std::uint32_t now) {
+bool FdbTable::add_system(std::uint16_t vlan, const MacAddress& mac, std::uint64_t now) {
   return configure(fdb_key(vlan, mac.to_number()), Destination::cpu(), FdbKind::system_entry, now);
 }
 
@@ -116,23 +117,50 @@ const FdbEntry* FdbTable::find_behind(std::size_t bucket, std::uint64_t key) con
 
 // ---- Ageing and counts -------------------------------------------------------------------------
 
-std::size_t FdbTable::age(std::uint32_t now) {
+std::size_t FdbTable::age(std::uint64_t now) {
   if (ageing_seconds_ == 0 || learned_ == 0) return 0;
   if (now < oldest_seen_ || now - oldest_seen_ < ageing_seconds_) return 0;
-  std::size_t removed = 0;
-  oldest_seen_ = UINT32_MAX;
-  for (Bucket& bucket : buckets_) {
-    for (FdbEntry& entry : bucket.places) {
+  // Those that go are reported in the order of their keys, which no hash decides.
+  std::vector<std::uint64_t> due;
+  std::uint64_t oldest = UINT64_MAX;
+  for (const Bucket& bucket : buckets_) {
+    for (const FdbEntry& entry : bucket.places) {
       if (entry.key_ == 0 || entry.kind() != FdbKind::learned) continue;
-      if (now >= entry.last_seen_ && now - entry.last_seen_ >= ageing_seconds_) {
-        erase(entry, FdbChange::Cause::aged);
-        ++removed;
+      const std::uint64_t seen = entry.last_seen_seconds();
+      if (now >= seen && now - seen >= ageing_seconds_) {
+        due.push_back(entry.key_);
       } else {
-        oldest_seen_ = std::min(oldest_seen_, entry.last_seen_);
+        oldest = std::min(oldest, seen);
       }
     }
   }
-  return removed;
+  oldest_seen_ = oldest;
+  std::sort(due.begin(), due.end());
+  for (const std::uint64_t key : due) erase(at(place_of(*find(key))), FdbChange::Cause::aged);
+  return due.size();
+}
+
+std::vector<std::uint64_t> FdbTable::sorted_keys() const {
+  std::vector<std::uint64_t> keys;
+  keys.reserve(size_);
+  for (const Bucket& bucket : buckets_) {
+    for (const FdbEntry& entry : bucket.places) {
+      if (entry.key_ != 0) keys.push_back(entry.key_);
+    }
+  }
+  std::sort(keys.begin(), keys.end());
+  return keys;
+}
+
+std::size_t FdbTable::longest_search() const {
+  std::size_t longest = 0;
+  for (std::size_t bucket = 0; bucket <= bucket_mask_; ++bucket) {
+    for (const FdbEntry& entry : buckets_[bucket].places) {
+      if (entry.key_ == 0) continue;
+      longest = std::max(longest, ((bucket - home(entry.key_)) & bucket_mask_) + 1);
+    }
+  }
+  return longest;
 }
 
 std::size_t FdbTable::learned_on(Destination destination) const {
@@ -192,7 +220,7 @@ void FdbTable::unlink(unsigned which, List& list, std::uint32_t place) {
 
 // Makes an entry for a key that has none; null when the table is full.
 FdbEntry* FdbTable::insert(std::uint64_t key, Destination destination, FdbKind kind,
-                           std::uint32_t now) {
+                           std::uint64_t now) {
   if (size_ == capacity_) return nullptr;
   std::size_t bucket = home(key);
   const auto is_free = [](const FdbEntry& entry) { return entry.key_ == 0; };
@@ -206,10 +234,8 @@ FdbEntry* FdbTable::insert(std::uint64_t key, Destination destination, FdbKind k
   }
   FdbEntry& entry = *place;
   entry.key_ = key;
-  entry.last_seen_ = now;
-  entry.number_ = destination.number;
-  entry.destination_kind_ = destination.kind;
-  entry.flags_ = static_cast<std::uint8_t>(kind);
+  entry.set_last_seen(now);
+  entry.set(destination, kind);
   link(kVlanList, vlan_lists_[entry.vlan()], place_of(entry));
   link(kDestinationList, list_of(destination), place_of(entry));
   ++size_;
@@ -229,10 +255,7 @@ void FdbTable::redirect(FdbEntry& entry, Destination destination, FdbKind kind) 
     --vlan_list.learned;
     --learned_;
   }
-  entry.number_ = destination.number;
-  entry.destination_kind_ = destination.kind;
-  entry.flags_ =
-      static_cast<std::uint8_t>((entry.flags_ & FdbEntry::kHit) | static_cast<std::uint8_t>(kind));
+  entry.set(destination, kind);
   if (kind == FdbKind::learned) {
     ++vlan_list.learned;
     ++learned_;
@@ -258,7 +281,7 @@ void FdbTable::erase(FdbEntry& entry, FdbChange::Cause cause) {
 
 // Makes or replaces an entry that is set rather than learned; false when the table is full.
 bool FdbTable::configure(std::uint64_t key, Destination destination, FdbKind kind,
-                         std::uint32_t now) {
+                         std::uint64_t now) {
   const FdbEntry* found = find(key);
   if (found == nullptr) {
     const FdbEntry* entry = insert(key, destination, kind, now);

@@ -52,24 +52,40 @@ class FdbEntry {
  public:
   std::uint16_t vlan() const { return static_cast<std::uint16_t>(key_ >> 48 & 0xFFF); }
   MacAddress mac() const { return MacAddress::from_number(key_); }
-  Destination destination() const { return {destination_kind_, number_}; }
+  Destination destination() const {
+    return {static_cast<DestinationKind>(flags_ >> kDestinationShift & 7), number_};
+  }
   FdbKind kind() const { return static_cast<FdbKind>(flags_ & kKindMask); }
   // When a frame from this address was last seen; when the entry was made, if never.
-  std::uint32_t last_seen_seconds() const { return last_seen_; }
+  std::uint64_t last_seen_seconds() const {
+    return std::uint64_t{last_seen_high_} << 32 | last_seen_;
+  }
   // True once a frame from this address came after the one, or the call, that made the entry.
   bool hit() const { return (flags_ & kHit) != 0; }
 
  private:
   friend class FdbTable;
 
-  static constexpr std::uint8_t kKindMask = 0x7F;
+  static constexpr std::uint8_t kKindMask = 0x03;
+  static constexpr unsigned kDestinationShift = 2;
   static constexpr std::uint8_t kHit = 0x80;
+
+  void set(Destination destination, FdbKind kind) {
+    number_ = destination.number;
+    flags_ =
+        static_cast<std::uint8_t>((flags_ & kHit) | static_cast<unsigned>(kind) |
+                                  static_cast<unsigned>(destination.kind) << kDestinationShift);
+  }
+  void set_last_seen(std::uint64_t seconds) {
+    last_seen_ = static_cast<std::uint32_t>(seconds);
+    last_seen_high_ = static_cast<std::uint8_t>(seconds >> 32);
+  }
 
   std::uint64_t key_ = 0;  // 0: the place is free
   std::uint32_t last_seen_ = 0;
   std::uint16_t number_ = 0;
-  DestinationKind destination_kind_ = DestinationKind::none;
-  std::uint8_t flags_ = 0;  // a FdbKind, and kHit
+  std::uint8_t last_seen_high_ = 0;
+  std::uint8_t flags_ = 0;  // a FdbKind, the DestinationKind, and kHit
 };
 
 // One change of the table, reported when it is complete.
@@ -104,7 +120,7 @@ class FdbTable {
   static constexpr std::uint32_t kDefaultAgeingSeconds = 300;
 
   // Makes room for `capacity` entries, at least 1 and at most 2^28.
-  explicit FdbTable(std::size_t capacity = kDefaultCapacity);
+  explicit FdbTable(std::size_t capacity = kDefaultCapacity, KeyedHash hash = KeyedHash::drawn());
 
   // --- Lookup -------------------------------------------------------------------------------
 
@@ -123,10 +139,10 @@ class FdbTable {
   }
 
   // Notes that a frame from the entry's address came at `now` where it was expected.
-  void touch(const FdbEntry& entry, std::uint32_t now) {
-    if (entry.last_seen_ == now && entry.hit()) return;
+  void touch(const FdbEntry& entry, std::uint64_t now) {
+    if (entry.last_seen_seconds() == now && entry.hit()) return;
     FdbEntry& own = const_cast<FdbEntry&>(entry);
-    own.last_seen_ = now;
+    own.set_last_seen(now);
     own.flags_ |= FdbEntry::kHit;
   }
 
@@ -135,14 +151,14 @@ class FdbTable {
   // Learns from a frame that `mac` is reached in `vlan` through `destination` at time `now`.
   // Limits are the caller's: find() tells beforehand whether the address is new or moves.
   FdbLearn learn(std::uint16_t vlan, const MacAddress& mac, Destination destination,
-                 std::uint32_t now);
+                 std::uint64_t now);
 
   // Binds `mac` in `vlan` to a port or LAG, in place of any entry it had.  False when full.
   bool add_static(std::uint16_t vlan, const MacAddress& mac, Destination destination,
-                  std::uint32_t now = 0);
+                  std::uint64_t now = 0);
 
   // Sends `mac` in `vlan` to the control plane, in place of any entry it had.  False when full.
-  bool add_system(std::uint16_t vlan, const MacAddress& mac, std::uint32_t now = 0);
+  bool add_system(std::uint16_t vlan, const MacAddress& mac, std::uint64_t now = 0);
 
   // Removes the entry of any kind of `mac` in `vlan`; false when there is none.
   bool remove(std::uint16_t vlan, const MacAddress& mac);
@@ -163,7 +179,7 @@ class FdbTable {
   // Removes the learned entries whose time is over at `now` and returns how many those were.  May
   // be called at any rate: the table is read through only when an entry may be due, at most once a
   // second, and the result depends on `now` alone.
-  std::size_t age(std::uint32_t now);
+  std::size_t age(std::uint64_t now);
 
   // --- Counts -------------------------------------------------------------------------------
 
@@ -175,17 +191,19 @@ class FdbTable {
   // The learned entries in `vlan`.
   std::size_t learned_in(std::uint16_t vlan) const { return vlan_lists_[vlan & 0xFFF].learned; }
 
-  // Calls visit(const FdbEntry&) for each entry in the order of their places, which is the same on
-  // every target.  `visit` may change the table: each entry that stays is visited exactly once, and
-  // one that is added meanwhile at most once.
+  // Calls visit(const FdbEntry&) for each entry, by VLAN and address from the lowest up.  `visit`
+  // may change the table: each entry that stays is visited exactly once, and one that is added
+  // meanwhile is not.
   template <class Visit>
   void for_each(Visit&& visit) const {
-    for (const Bucket& bucket : buckets_) {
-      for (const FdbEntry& entry : bucket.places) {
-        if (entry.key_ != 0) visit(entry);
-      }
+    for (const std::uint64_t key : sorted_keys()) {
+      const FdbEntry* const entry = find(key);
+      if (entry != nullptr) visit(*entry);
     }
   }
+
+  // Returns the most buckets that looking up an entry reads; reads all of them itself.
+  std::size_t longest_search() const;
 
   // Has every addition, move and removal reported to `observer` as it happens; an empty function
   // ends that.  The observer may read the table and must not change it.
@@ -223,11 +241,12 @@ class FdbTable {
   };
 
   std::size_t home(std::uint64_t key) const {
-    return static_cast<std::size_t>(mix64(key) >> home_shift_);
+    return static_cast<std::size_t>(hash_.spread(key) >> home_shift_);
   }
   FdbEntry& at(std::uint32_t place) {
     return buckets_[place / kPlacesPerBucket].places[place % kPlacesPerBucket];
   }
+  std::vector<std::uint64_t> sorted_keys() const;
   const FdbEntry* find_behind(std::size_t bucket, std::uint64_t key) const;
   std::uint32_t place_of(const FdbEntry& entry) const;
   // The list that holds the entries of a destination; null where a number was never seen.
@@ -235,14 +254,15 @@ class FdbTable {
   List& list_of(Destination destination);
   void link(unsigned which, List& list, std::uint32_t place);
   void unlink(unsigned which, List& list, std::uint32_t place);
-  FdbEntry* insert(std::uint64_t key, Destination destination, FdbKind kind, std::uint32_t now);
+  FdbEntry* insert(std::uint64_t key, Destination destination, FdbKind kind, std::uint64_t now);
   void redirect(FdbEntry& entry, Destination destination, FdbKind kind);
   void erase(FdbEntry& entry, FdbChange::Cause cause);
   std::size_t flush_list(unsigned which, const List& list, const FdbFilter& filter);
-  bool configure(std::uint64_t key, Destination destination, FdbKind kind, std::uint32_t now);
+  bool configure(std::uint64_t key, Destination destination, FdbKind kind, std::uint64_t now);
   void report(FdbChange::What what, FdbChange::Cause cause, const FdbEntry& entry,
               Destination previous) const;
 
+  KeyedHash hash_;
   std::size_t capacity_;
   std::size_t bucket_mask_;
   unsigned home_shift_;
@@ -257,7 +277,7 @@ class FdbTable {
   std::size_t size_ = 0;
   std::size_t learned_ = 0;
   std::uint32_t ageing_seconds_ = kDefaultAgeingSeconds;
-  std::uint32_t oldest_seen_ = UINT32_MAX;  // no learned entry was last seen before this
+  std::uint64_t oldest_seen_ = UINT64_MAX;  // no learned entry was last seen before this
   std::function<void(const FdbChange&)> observer_;
 };
 

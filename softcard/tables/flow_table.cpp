@@ -85,30 +85,26 @@ bool FlowTable::same_mask(const Subtable& a, const Subtable& b) {
          a.udf_offset_bytes == b.udf_offset_bytes;
 }
 
-namespace {
+FlowTable::FlowTable(std::size_t capacity, KeyedHash hash) : hash_(hash), capacity_(capacity) {
+  for (std::size_t i = 0; i < spread_.size(); ++i) spread_[i] = hash_.spread(i + 1) | 1;
+}
 
-// Odd numbers, one for each word of a key, that spread its bits.
-constexpr std::uint64_t kSpread[] = {0x9E3779B97F4A7C15u, 0xC2B2AE3D27D4EB4Fu, 0x165667B19E3779F9u,
-                                     0xD6E8FEB86659FD93u, 0xA0761D6478BD642Fu};
-
-}  // namespace
-
-std::uint32_t FlowTable::mask_hash(const Subtable& subtable) {
+std::uint32_t FlowTable::mask_hash(const Subtable& subtable) const {
   std::uint64_t sum =
       std::uint64_t{subtable.udf_offset_bytes} << 8 | static_cast<std::uint8_t>(subtable.udf_base);
   for (std::size_t i = 0; i < subtable.mask.words_.size(); ++i) {
-    sum += mix64(subtable.mask.words_[i] + kSpread[i]);
+    sum += hash_.spread(subtable.mask.words_[i] + spread_[i]);
   }
-  return FlatIndex::hash_of(sum);
+  return hash_(sum);
 }
 
-std::uint32_t FlowTable::key_hash(const Subtable& subtable, const FlowKey& key) {
+std::uint32_t FlowTable::key_hash(const Subtable& subtable, const FlowKey& key) const {
   std::uint64_t sum = 0;
   for (unsigned i = 0; i < subtable.words; ++i) {
     const unsigned word = subtable.word[i];
-    sum += (key.words_[word] & subtable.mask.words_[word]) * kSpread[word];
+    sum += (key.words_[word] & subtable.mask.words_[word]) * spread_[word];
   }
-  return static_cast<std::uint32_t>((sum ^ sum >> 32) * kSpread[0] >> 32);
+  return static_cast<std::uint32_t>((sum ^ sum >> 32) * spread_[0] >> 32);
 }
 
 std::uint32_t FlowTable::find_in(const Subtable& subtable, const FlowKey& key,
@@ -165,7 +161,7 @@ FlowResult FlowTable::remove(std::uint32_t id) {
   return FlowResult::done;
 }
 
-void FlowTable::clear() { *this = FlowTable(capacity_); }
+void FlowTable::clear() { *this = FlowTable(capacity_, hash_); }
 
 const Flow* FlowTable::get(std::uint32_t id) const {
   const std::uint32_t position = ids_.find(id);

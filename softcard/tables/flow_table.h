@@ -68,7 +68,8 @@ class FlowKey {
 
   // source MAC 48, in port 16 | destination MAC 48, VLAN 12, PCP 4 | IPv4 source 32, destination 32
   // | Ethernet type 16, L4 source 16, destination 16, protocol 8, TOS 8 | headers 32, qualifier 32
-  std::array<std::uint64_t, 5> words_{};
+  static constexpr std::size_t kWords = 5;
+  std::array<std::uint64_t, kWords> words_{};
 };
 
 // Where the offset of a user-defined qualifier counts from.
@@ -192,7 +193,7 @@ class FlowTable {
   static constexpr std::size_t kDefaultCapacity = 131072;
   static constexpr std::int32_t kDefaultPriority = 32768;
 
-  explicit FlowTable(std::size_t capacity = kDefaultCapacity) : capacity_(capacity) {}
+  explicit FlowTable(std::size_t capacity = kDefaultCapacity, KeyedHash hash = KeyedHash::drawn());
 
   // --- Flows --------------------------------------------------------------------------------
 
@@ -301,11 +302,11 @@ class FlowTable {
   static FlowKey mask_of(const FlowMatch& match);
   static Subtable make_subtable(const FlowMatch& match);
   static bool same_mask(const Subtable& a, const Subtable& b);
-  static std::uint32_t mask_hash(const Subtable& subtable);
+  std::uint32_t mask_hash(const Subtable& subtable) const;
 
   // Finds the best flow of a subtable for a key, kNil when there is none.  `hash` is key_hash().
   std::uint32_t find_in(const Subtable& subtable, const FlowKey& key, std::uint32_t hash) const;
-  static std::uint32_t key_hash(const Subtable& subtable, const FlowKey& key);
+  std::uint32_t key_hash(const Subtable& subtable, const FlowKey& key) const;
 
   std::uint32_t subtable_for(const FlowMatch& match);
   void link(std::uint32_t position);
@@ -315,6 +316,8 @@ class FlowTable {
   void erase_step(const Subtable& subtable);
   void release_actions(Flow& flow);
 
+  KeyedHash hash_;
+  std::array<std::uint64_t, FlowKey::kWords> spread_;  // odd numbers that spread a key's words
   std::size_t capacity_;
   Pool<Entry> entries_;
   IdMap ids_{capacity_};

@@ -65,16 +65,8 @@ Ipv6Address masked(const Ipv6Address& ip, unsigned length) {
 
 // ---- Interfaces --------------------------------------------------------------------------------
 
-namespace {
-
-std::uint32_t pair_hash(std::uint16_t vlan, const MacAddress& mac) {
-  return FlatIndex::hash_of(std::uint64_t{vlan} << 48 | mac.to_number());
-}
-
-}  // namespace
-
-L3InterfaceTable::L3InterfaceTable(std::size_t capacity)
-    : capacity_(capacity), ids_(capacity), per_vlan_(kVlanCount) {}
+L3InterfaceTable::L3InterfaceTable(std::size_t capacity, KeyedHash hash)
+    : hash_(hash), capacity_(capacity), ids_(capacity), per_vlan_(kVlanCount) {}
 
 L3Add L3InterfaceTable::create(const MacAddress& mac, std::uint16_t vlan, std::uint32_t& id) {
   if (vlan >= kVlanCount) return L3Add::invalid;
@@ -124,7 +116,11 @@ bool L3InterfaceTable::remove(std::uint32_t id) {
   return true;
 }
 
-void L3InterfaceTable::clear() { *this = L3InterfaceTable(capacity_); }
+void L3InterfaceTable::clear() { *this = L3InterfaceTable(capacity_, hash_); }
+
+std::uint32_t L3InterfaceTable::pair_hash(std::uint16_t vlan, const MacAddress& mac) const {
+  return hash_(std::uint64_t{vlan} << 48 | mac.to_number());
+}
 
 const L3Interface* L3InterfaceTable::find_pair(std::uint16_t vlan, const MacAddress& mac) const {
   const std::uint32_t position = by_pair_.find(pair_hash(vlan, mac), [&](std::uint32_t p) {
@@ -164,7 +160,7 @@ L3Add L3HostTable<Address>::add(const Address& ip, const NextHop& next_hop) {
   const std::uint32_t position = places_.take();
   places_[position].host = {ip, next_hop};
   if (last == kNil) {
-    index_.insert(address_hash(ip), position);
+    index_.insert(address_hash(hash_, ip), position);
   } else {
     places_[last].next = position;
   }
@@ -193,9 +189,9 @@ bool L3HostTable<Address>::remove(const Address& ip, Destination destination) {
   if (previous != kNil) {
     places_[previous].next = next;
   } else if (next != kNil) {
-    index_.replace(address_hash(ip), position, next);
+    index_.replace(address_hash(hash_, ip), position, next);
   } else {
-    index_.erase(address_hash(ip), position);
+    index_.erase(address_hash(hash_, ip), position);
   }
   places_.give(position);
   return true;
@@ -239,23 +235,19 @@ std::size_t L3HostTable<Address>::remove_where(Matches&& matches) {
 
 template <class Address>
 void L3HostTable<Address>::clear() {
-  *this = L3HostTable(capacity_);
+  *this = L3HostTable(capacity_, hash_);
 }
 
 // ---- Next hops ---------------------------------------------------------------------------------
 
-namespace {
-
-std::uint32_t next_hop_hash(const NextHop& next_hop) {
+std::uint32_t NextHopTable::hash_of(const NextHop& next_hop) const {
   const auto kind = static_cast<std::uint64_t>(next_hop.destination.kind);
   const std::uint64_t out = kind << 48 | std::uint64_t{next_hop.destination.number} << 32;
-  return FlatIndex::hash_of(mix64(out | next_hop.interface_id) + next_hop.mac.to_number());
+  return hash_(hash_.spread(out | next_hop.interface_id) + next_hop.mac.to_number());
 }
 
-}  // namespace
-
 std::uint32_t NextHopTable::keep(const NextHop& next_hop) {
-  const std::uint32_t hash = next_hop_hash(next_hop);
+  const std::uint32_t hash = hash_of(next_hop);
   std::uint32_t id =
       index_.find(hash, [&](std::uint32_t p) { return places_[p].next_hop == next_hop; });
   if (id == FlatIndex::kNone) {
@@ -269,7 +261,7 @@ std::uint32_t NextHopTable::keep(const NextHop& next_hop) {
 
 void NextHopTable::drop(std::uint32_t id) {
   if (--places_[id].users != 0) return;
-  index_.erase(next_hop_hash(places_[id].next_hop), id);
+  index_.erase(hash_of(places_[id].next_hop), id);
   places_.give(id);
 }
 
@@ -346,7 +338,7 @@ std::size_t L3RouteTable<Address>::remove_by_interface(std::uint32_t interface_i
 
 template <class Address>
 void L3RouteTable<Address>::clear() {
-  *this = L3RouteTable(capacity_);
+  *this = L3RouteTable(capacity_, hash_);
 }
 
 template <class Address>
@@ -358,7 +350,7 @@ L3Route<Address> L3RouteTable<Address>::route_at(std::uint32_t position) const {
 // The position of the route in use among those of a prefix, or kNil.
 template <class Address>
 std::uint32_t L3RouteTable<Address>::first_of(const Address& prefix, unsigned length) const {
-  return index_.find(address_hash(prefix, length), [&](std::uint32_t p) {
+  return index_.find(address_hash(hash_, prefix, length), [&](std::uint32_t p) {
     return places_[p].prefix == prefix && places_[p].length == length;
   });
 }
@@ -390,7 +382,7 @@ void L3RouteTable<Address>::link(std::uint32_t position, std::uint32_t first) {
     places_[previous].next = position;
     return;
   }
-  const std::uint32_t hash = address_hash(place.prefix, place.length);
+  const std::uint32_t hash = address_hash(hash_, place.prefix, place.length);
   if (next == kNil) {
     index_.insert(hash, position);
   } else {
@@ -409,7 +401,7 @@ void L3RouteTable<Address>::unlink(std::uint32_t position, std::uint32_t first) 
     places_[previous].next = place.next;
     return;
   }
-  const std::uint32_t hash = address_hash(place.prefix, place.length);
+  const std::uint32_t hash = address_hash(hash_, place.prefix, place.length);
   if (place.next == kNil) {
     index_.erase(hash, position);
     trie_.erase(place.prefix, place.length);

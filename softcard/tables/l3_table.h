@@ -57,12 +57,13 @@ Ipv4 masked(Ipv4 ip, unsigned length);
 Ipv6Address masked(const Ipv6Address& ip, unsigned length);
 
 // The hash of an address, or of a prefix and its length in bits.
-inline std::uint32_t address_hash(Ipv4 ip, unsigned length = 0) {
-  return FlatIndex::hash_of(std::uint64_t{length} << 32 | ip);
+inline std::uint32_t address_hash(const KeyedHash& hash, Ipv4 ip, unsigned length = 0) {
+  return hash(std::uint64_t{length} << 32 | ip);
 }
-inline std::uint32_t address_hash(const Ipv6Address& ip, unsigned length = 0) {
+inline std::uint32_t address_hash(const KeyedHash& hash, const Ipv6Address& ip,
+                                  unsigned length = 0) {
   const AddressBits<Ipv6Address> bits(ip);
-  return FlatIndex::hash_of(mix64(bits.high() + length) + bits.low());
+  return hash(hash.spread(bits.high() + length) + bits.low());
 }
 
 // --- Interfaces -----------------------------------------------------------------------------
@@ -77,7 +78,7 @@ struct L3Interface {
 // The router interfaces; neither an id nor a (VLAN, MAC) pair is there twice.
 class L3InterfaceTable {
  public:
-  explicit L3InterfaceTable(std::size_t capacity);
+  explicit L3InterfaceTable(std::size_t capacity, KeyedHash hash = KeyedHash::drawn());
 
   // Makes an interface under the lowest free id from 1 up.  `exists` when the pair is there
   // already; `id` is set to the interface's id in both cases and left alone otherwise.
@@ -113,7 +114,9 @@ class L3InterfaceTable {
   const L3Interface* find_pair(std::uint16_t vlan, const MacAddress& mac) const;
   void put(std::uint32_t position, const L3Interface& interface);
   void take(std::uint32_t position);
+  std::uint32_t pair_hash(std::uint16_t vlan, const MacAddress& mac) const;
 
+  KeyedHash hash_;
   std::size_t capacity_;
   Pool<L3Interface> places_;
   FlatIndex by_pair_;
@@ -137,13 +140,14 @@ class L3HostTable {
  public:
   using Host = L3Host<Address>;
 
-  explicit L3HostTable(std::size_t capacity) : capacity_(capacity) {}
+  explicit L3HostTable(std::size_t capacity, KeyedHash hash = KeyedHash::drawn())
+      : hash_(hash), capacity_(capacity) {}
 
   // Adds a host, or gives the host of the same address and destination the new MAC and interface.
   L3Add add(const Address& ip, const NextHop& next_hop);
 
   // Starts to load what find(ip) reads first.
-  void prefetch(const Address& ip) const { index_.prefetch(address_hash(ip)); }
+  void prefetch(const Address& ip) const { index_.prefetch(address_hash(hash_, ip)); }
 
   // Returns the earliest host of `ip`, or null.
   const Host* find(const Address& ip) const {
@@ -169,6 +173,8 @@ class L3HostTable {
 
   std::size_t size() const { return places_.size(); }
   std::size_t capacity() const { return capacity_; }
+  // FlatIndex::longest_search() of the addresses.
+  std::size_t longest_search() const { return index_.longest_search(); }
 
   // Calls visit(const Host&) for each host; `visit` must not change the table.
   template <class Visit>
@@ -185,11 +191,13 @@ class L3HostTable {
   };
 
   std::uint32_t first_of(const Address& ip) const {
-    return index_.find(address_hash(ip), [&](std::uint32_t p) { return places_[p].host.ip == ip; });
+    return index_.find(address_hash(hash_, ip),
+                       [&](std::uint32_t p) { return places_[p].host.ip == ip; });
   }
   template <class Matches>
   std::size_t remove_where(Matches&& matches);
 
+  KeyedHash hash_;
   std::size_t capacity_;
   Pool<Place> places_;
   FlatIndex index_;  // the earliest host of each address
@@ -205,6 +213,8 @@ std::size_t L3HostTable<Ipv6Address>::remove_network(const Ipv6Address& ip);
 // The next hops of routes, each kept once for all routes that have it.
 class NextHopTable {
  public:
+  explicit NextHopTable(KeyedHash hash) : hash_(hash) {}
+
   // Returns the id of `next_hop`, which has one more user by that.
   std::uint32_t keep(const NextHop& next_hop);
 
@@ -219,6 +229,9 @@ class NextHopTable {
     std::uint32_t users = 0;
   };
 
+  std::uint32_t hash_of(const NextHop& next_hop) const;
+
+  KeyedHash hash_;
   Pool<Place> places_;
   FlatIndex index_;
 };
@@ -242,7 +255,8 @@ class L3RouteTable {
  public:
   using Route = L3Route<Address>;
 
-  explicit L3RouteTable(std::size_t capacity) : capacity_(capacity) {}
+  explicit L3RouteTable(std::size_t capacity, KeyedHash hash = KeyedHash::drawn())
+      : hash_(hash), capacity_(capacity), next_hops_(hash) {}
 
   // Adds a route to the subnet of `ip`, or gives the route of the same key the new MAC, interface
   // and metric; a route whose metric changes counts as the latest of its new metric.
@@ -301,6 +315,7 @@ class L3RouteTable {
   void unlink(std::uint32_t position, std::uint32_t first);
   void erase(std::uint32_t position, std::uint32_t first);
 
+  KeyedHash hash_;
   std::size_t capacity_;
   Pool<Place> places_;
   FlatIndex index_;  // the route in use of each prefix
@@ -322,12 +337,12 @@ struct L3Capacity {
 // The layer-3 tables of a card.  They stand side by side: removing an interface leaves the hosts
 // and routes that name it, and those find no interface until one has that id again.
 struct L3Table {
-  explicit L3Table(const L3Capacity& capacity = L3Capacity())
-      : interfaces(capacity.interfaces),
-        ipv4_hosts(capacity.ipv4_hosts),
-        ipv6_hosts(capacity.ipv6_hosts),
-        ipv4_routes(capacity.ipv4_routes),
-        ipv6_routes(capacity.ipv6_routes) {}
+  explicit L3Table(const L3Capacity& capacity = L3Capacity(), KeyedHash hash = KeyedHash::drawn())
+      : interfaces(capacity.interfaces, hash),
+        ipv4_hosts(capacity.ipv4_hosts, hash),
+        ipv6_hosts(capacity.ipv6_hosts, hash),
+        ipv4_routes(capacity.ipv4_routes, hash),
+        ipv6_routes(capacity.ipv6_routes, hash) {}
 
   L3InterfaceTable interfaces;
   L3HostTable<Ipv4> ipv4_hosts;

@@ -22,17 +22,14 @@ VlanClass rule_of(unsigned vlan, unsigned priority) {
 
 }  // namespace
 
-std::size_t VlanClassTable::Hash::operator()(std::uint64_t key) const {
-  return static_cast<std::size_t>(mix64(key));
-}
+std::size_t VlanClassTable::Hash::operator()(std::uint64_t key) const { return hash(key); }
 
 std::size_t VlanClassTable::Hash::operator()(const Prefix<Ipv4>& key) const {
-  return static_cast<std::size_t>(mix64(std::uint64_t{key.length} << 32 | key.address));
+  return address_hash(hash, key.address, key.length);
 }
 
 std::size_t VlanClassTable::Hash::operator()(const Prefix<Ipv6Address>& key) const {
-  const AddressBits<Ipv6Address> address(key.address);
-  return static_cast<std::size_t>(mix64(mix64(address.high() + key.length) + address.low()));
+  return address_hash(hash, key.address, key.length);
 }
 
 template <class Address>

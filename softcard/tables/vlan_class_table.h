@@ -5,10 +5,12 @@
 #ifndef SOFTCARD_TABLES_VLAN_CLASS_TABLE_H_
 #define SOFTCARD_TABLES_VLAN_CLASS_TABLE_H_
 
+#include <algorithm>
 #include <bitset>
 #include <cstdint>
 #include <map>
 #include <unordered_map>
+#include <vector>
 
 #include "softcard/base/hash.h"
 #include "softcard/base/net_types.h"
@@ -25,8 +27,13 @@ struct VlanClass {
 // priority above 7, a rule to delete that is not there, and a full table.
 class VlanClassTable {
  public:
-  VlanClassTable(std::size_t mac_capacity, std::size_t subnet_capacity)
-      : mac_capacity_(mac_capacity), subnet_capacity_(subnet_capacity) {}
+  VlanClassTable(std::size_t mac_capacity, std::size_t subnet_capacity,
+                 KeyedHash hash = KeyedHash::drawn())
+      : macs_(0, Hash{hash}),
+        ipv4_{Rules<Ipv4>(0, Hash{hash}), {}},
+        ipv6_{Rules<Ipv6Address>(0, Hash{hash}), {}},
+        mac_capacity_(mac_capacity),
+        subnet_capacity_(subnet_capacity) {}
 
   // --- What the pipeline asks: null when no rule fits ------------------------------------------
 
@@ -45,18 +52,25 @@ class VlanClassTable {
   bool set_ipv4(Ipv4 ip, Ipv4 mask, unsigned vlan, unsigned priority);
   bool set_ipv6(const Ipv6Address& ip, unsigned prefix_length, unsigned vlan, unsigned priority);
 
-  // Call visit(address, VlanClass) and visit(address, prefix length, VlanClass) for each rule.
+  // Call visit(address, VlanClass) and visit(address, prefix length, VlanClass) for each rule, by
+  // address from the lowest up.
   template <class Visit>
   void for_each_mac(Visit&& visit) const {
-    for (const auto& [mac, rule] : macs_) visit(MacAddress::from_number(mac), rule);
+    for (const auto* rule : in_order(macs_)) {
+      visit(MacAddress::from_number(rule->first), rule->second);
+    }
   }
   template <class Visit>
   void for_each_ipv4(Visit&& visit) const {
-    for (const auto& [key, rule] : ipv4_.rules) visit(key.address, key.length, rule);
+    for (const auto* rule : in_order(ipv4_.rules)) {
+      visit(rule->first.address, rule->first.length, rule->second);
+    }
   }
   template <class Visit>
   void for_each_ipv6(Visit&& visit) const {
-    for (const auto& [key, rule] : ipv6_.rules) visit(key.address, key.length, rule);
+    for (const auto* rule : in_order(ipv6_.rules)) {
+      visit(rule->first.address, rule->first.length, rule->second);
+    }
   }
 
  private:
@@ -67,21 +81,37 @@ class VlanClassTable {
     bool operator==(const Prefix& other) const {
       return length == other.length && address == other.address;
     }
+    bool operator<(const Prefix& other) const {
+      return address == other.address ? length < other.length : address < other.address;
+    }
   };
   struct Hash {
+    KeyedHash hash;
+
     std::size_t operator()(std::uint64_t key) const;
     std::size_t operator()(const Prefix<Ipv4>& key) const;
     std::size_t operator()(const Prefix<Ipv6Address>& key) const;
   };
+  template <class Address>
+  using Rules = std::unordered_map<Prefix<Address>, VlanClass, Hash>;
   // The rules of one address family, looked up once for each prefix length in use.
   template <class Address>
   struct Subnets {
-    std::unordered_map<Prefix<Address>, VlanClass, Hash> rules;
+    Rules<Address> rules;
     std::map<unsigned, unsigned, std::greater<>> lengths;  // how many rules, by length
 
     const VlanClass* find(const Address& source) const;
     bool set(const Address& ip, unsigned length, VlanClass rule, std::size_t capacity);
   };
+
+  template <class Map>
+  static std::vector<const typename Map::value_type*> in_order(const Map& rules) {
+    std::vector<const typename Map::value_type*> sorted;
+    for (const auto& rule : rules) sorted.push_back(&rule);
+    std::sort(sorted.begin(), sorted.end(),
+              [](const auto* a, const auto* b) { return a->first < b->first; });
+    return sorted;
+  }
 
   std::unordered_map<std::uint64_t, VlanClass, Hash> macs_;  // by MacAddress::to_number()
   Subnets<Ipv4> ipv4_;

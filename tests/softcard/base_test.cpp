@@ -1,14 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The values that everything in the card is made of: numbers and addresses as text.
+// What everything in the card is made of: numbers and addresses as text, the clock, hashing.
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
+#include "softcard/base/clock.h"
+#include "softcard/base/flat_index.h"
+#include "softcard/base/hash.h"
 #include "softcard/base/text.h"
+#include "softcard/tables/l3_table.h"
 
 namespace softcard {
 namespace {
@@ -107,6 +113,65 @@ TEST(Text, PrintingAndReadingAreInverse) {
     Ipv6Address read_ipv6;
     EXPECT_TRUE(parse_ipv6(ipv6_text(ipv6), read_ipv6) && read_ipv6 == ipv6) << ipv6_text(ipv6);
   }
+}
+
+// ---- Clock --------------------------------------------------------------------------------------
+
+TEST(VirtualClock, StopsAtItsEnd) {
+  VirtualClock clock;
+  EXPECT_TRUE(clock.warp_ns(UINT64_MAX - 5));
+  EXPECT_EQ(clock.now_seconds(), 18446744073u);
+  EXPECT_FALSE(clock.warp_ns(6));
+  EXPECT_EQ(clock.now_ns(), UINT64_MAX - 5);
+  EXPECT_TRUE(clock.warp_ns(5));
+  EXPECT_FALSE(clock.warp_ns(1));
+  EXPECT_TRUE(clock.warp_ns(0));
+  EXPECT_EQ(clock.now_ns(), UINT64_MAX);
+}
+
+// ---- Hashing ------------------------------------------------------------------------------------
+
+// Keys as addresses come: in a row, by the last byte of a network, at random.
+TEST(KeyedHash, SpreadsKeysOfEveryKindUnderEverySeed) {
+  constexpr std::size_t kKeys = 4096;
+  std::mt19937_64 random(3);
+  for (std::uint64_t seed : {std::uint64_t{0}, std::uint64_t{1}, UINT64_MAX, std::uint64_t{7919}}) {
+    const KeyedHash hash(seed);
+    for (int kind = 0; kind < 3; ++kind) {
+      FlatIndex index;
+      std::vector<unsigned> buckets(kKeys / 4);
+      std::set<std::uint64_t> results;
+      for (std::uint32_t i = 0; i < kKeys; ++i) {
+        const std::uint64_t key = kind == 0   ? 0x020000000000 + i
+                                  : kind == 1 ? std::uint64_t{i} << 36
+                                              : random();
+        results.insert(hash.spread(key));
+        ++buckets[hash(key) >> 22];
+        index.insert(hash(key), i);
+      }
+      EXPECT_EQ(results.size(), kKeys) << "different keys, different results";
+      EXPECT_LE(*std::max_element(buckets.begin(), buckets.end()), 18u) << seed << ' ' << kind;
+      EXPECT_LE(index.longest_search(), 8u) << seed << ' ' << kind;
+    }
+  }
+  EXPECT_EQ(KeyedHash(1).spread(5), KeyedHash(1).spread(5));
+  EXPECT_NE(KeyedHash(1).spread(5), KeyedHash(2).spread(5));
+  EXPECT_NE(KeyedHash::drawn().spread(5), KeyedHash::drawn().spread(5));
+}
+
+TEST(KeyedHash, NeighboursChosenForOneSeedDoNotCollideUnderAnother) {
+  const KeyedHash known(1);
+  std::vector<Ipv4> chosen;
+  for (Ipv4 ip = 0; chosen.size() < 512; ++ip) {
+    if (address_hash(known, ip) >> 24 == 0) chosen.push_back(ip);
+  }
+  const auto longest = [&](const KeyedHash& hash) {
+    L3HostTable<Ipv4> hosts(1024, hash);
+    for (const Ipv4 ip : chosen) hosts.add(ip, {Destination::port(1), MacAddress(), 1});
+    return hosts.longest_search();
+  };
+  EXPECT_GE(longest(known), 512u / 7);
+  for (std::uint64_t seed = 2; seed < 6; ++seed) EXPECT_LE(longest(KeyedHash(seed)), 8u) << seed;
 }
 
 }  // namespace

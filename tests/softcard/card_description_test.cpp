@@ -30,7 +30,8 @@ TEST(CardDescription, ReadsEveryStatement) {
       "capacity fdb 64\n"
       "capacity ipv6-routes 5\n"
       "mstp-instance 7 vlans 10,20-22\n"
-      "mac-moves 0\n");
+      "mac-moves 0\n"
+      "hash-seed 0xfedcba9876543210\n");
   CardDescription card;
   std::string error;
   ASSERT_TRUE(read_card_description(in, "small", card, error)) << error;
@@ -45,6 +46,8 @@ TEST(CardDescription, ReadsEveryStatement) {
   for (const unsigned vlan : {10u, 20u, 21u, 22u}) EXPECT_EQ(card.mstp_instance[vlan], 7) << vlan;
   for (const unsigned vlan : {1u, 11u, 19u, 23u}) EXPECT_EQ(card.mstp_instance[vlan], 0) << vlan;
   EXPECT_EQ(card.mac_moves_per_second, 0u);
+  EXPECT_EQ(card.hash_seed, 0xfedcba9876543210u);
+  EXPECT_FALSE(CardDescription().hash_seed.has_value()) << "drawn";
 }
 
 TEST(CardDescription, NamesThePlaceOfAnErrorAndChangesNothing) {
@@ -74,6 +77,8 @@ TEST(CardDescription, NamesThePlaceOfAnErrorAndChangesNothing) {
       {"mstp-instance 1 vlans 9-8", "file:1: '9-8' is no VLAN or range of VLANs (1 to 4094)"},
       {"mstp-instance 1 vlans 4095", "file:1: '4095' is no VLAN or range of VLANs (1 to 4094)"},
       {"mac-moves", "file:1: usage: mac-moves <events a second>, 0 to 1000000"},
+      {"hash-seed", "file:1: usage: hash-seed <number below 2^64>"},
+      {"hash-seed 18446744073709551616", "file:1: usage: hash-seed <number below 2^64>"},
   };
   for (const Row& row : rows) {
     SCOPED_TRACE(row.text);

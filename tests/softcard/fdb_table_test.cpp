@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <random>
 #include <tuple>
@@ -25,7 +26,7 @@ struct Model {
   struct Entry {
     Destination destination;
     FdbKind kind;
-    std::uint32_t last_seen;
+    std::uint64_t last_seen;
     bool hit;
     bool operator==(const Entry& other) const {
       return destination == other.destination && kind == other.kind &&
@@ -198,6 +199,74 @@ TEST(FdbTable, AgesToTheSecond) {
   table.set_ageing_seconds(300);
   EXPECT_EQ(table.age(599), 1u);
   EXPECT_EQ(table.size(), 1u);
+}
+
+// Times that 32 bits do not hold, and an age of exactly what they count.
+TEST(FdbTable, AgesOverCenturies) {
+  constexpr std::uint64_t kTurn = std::uint64_t{1} << 32;
+  for (const std::uint64_t start : {kTurn - 10, kTurn, 4 * kTurn - 1}) {
+    FdbTable table(16);
+    table.learn(1, kMac, kPort1, start);
+    EXPECT_EQ(table.find(1, kMac)->last_seen_seconds(), start);
+    EXPECT_EQ(table.learn(1, kMac, kPort1, start), FdbLearn::known);
+    EXPECT_EQ(table.age(start + 299), 0u);
+    table.touch(*table.find(1, kMac), start + 299);
+    EXPECT_EQ(table.find(1, kMac)->last_seen_seconds(), start + 299);
+    EXPECT_EQ(table.age(start + 598), 0u);
+    EXPECT_EQ(table.age(start + 599), 1u);
+    table.learn(1, kMac, kPort1, start);
+    EXPECT_EQ(table.learn(1, kMac, kPort1, start + kTurn), FdbLearn::refreshed);
+    EXPECT_EQ(table.age(start + 2 * kTurn), 1u);
+  }
+}
+
+// What goes at one time, and a walk, come by VLAN and address, whatever the hash is.
+TEST(FdbTable, OrderDoesNotDependOnTheHash) {
+  for (std::uint64_t seed = 0; seed < 3; ++seed) {
+    FdbTable table(500, KeyedHash(seed));
+    std::vector<std::uint64_t> aged;
+    for (std::uint32_t i = 0; i < 500; ++i) {
+      table.learn(static_cast<std::uint16_t>(i % 7), MacAddress::from_number(i * 7919 % 500),
+                  i % 5 == 0 ? kPort2 : kPort1, i % 3);
+    }
+    table.set_observer([&](const FdbChange& change) {
+      EXPECT_EQ(change.cause, FdbChange::Cause::aged);
+      aged.push_back(fdb_key(change.vlan, change.mac.to_number()));
+    });
+    std::vector<std::uint64_t> walked;
+    table.for_each([&](const FdbEntry& entry) {
+      walked.push_back(fdb_key(entry.vlan(), entry.mac().to_number()));
+    });
+    EXPECT_TRUE(std::is_sorted(walked.begin(), walked.end()));
+    EXPECT_EQ(walked.size(), 500u);
+    EXPECT_EQ(table.age(300), 167u);
+    EXPECT_TRUE(std::is_sorted(aged.begin(), aged.end()));
+    EXPECT_EQ(table.age(301), 167u);
+    EXPECT_EQ(table.age(302), 166u);
+    EXPECT_EQ(aged.size(), 500u);
+  }
+}
+
+// Whoever knows the seed can choose addresses of one bucket; under another they spread.
+TEST(FdbTable, AddressesChosenForOneSeedDoNotCollideUnderAnother) {
+  constexpr std::size_t kChosen = 256;
+  constexpr unsigned kBucketBits = 9;  // 1024 entries in places for twice as many, four a bucket
+  const KeyedHash known(1);
+  std::vector<MacAddress> macs;
+  for (std::uint64_t mac = 0x020000000000; macs.size() < kChosen; ++mac) {
+    if (known.spread(fdb_key(1, mac)) >> (64 - kBucketBits) == 0) {
+      macs.push_back(MacAddress::from_number(mac));
+    }
+  }
+  const auto longest = [&](FdbTable table) {
+    for (const MacAddress& mac : macs) table.learn(1, mac, kPort1, 0);
+    return table.longest_search();
+  };
+  EXPECT_EQ(longest(FdbTable(1024, known)), kChosen / 4);
+  for (std::uint64_t seed = 2; seed < 6; ++seed) {
+    EXPECT_LE(longest(FdbTable(1024, KeyedHash(seed))), 3u) << seed;
+  }
+  EXPECT_LE(longest(FdbTable(1024)), 8u) << "one that is drawn";
 }
 
 TEST(FdbTable, WalkMayRemoveWhatItVisits) {

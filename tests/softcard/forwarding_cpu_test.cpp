@@ -280,11 +280,11 @@ TEST_F(EventTest, CallbacksCallBack) {
 }
 
 TEST_F(EventTest, QueueForTheCpuHasItsRoom) {
-  card.events().set_packet_room(3);
+  card.events().set_room(LCMGR_REPORT_RX_PACKET, 3);
   for (int i = 0; i < 5; ++i) in(0, "a all");
   skip({1, 2}, 5);
   for (int i = 0; i < 3; ++i) cpu(RX_REASON_FLOOD, "a all");
-  EXPECT_EQ(card.events().packets_lost(), 2u);
+  EXPECT_EQ(card.events().lost(LCMGR_REPORT_RX_PACKET), 2u);
   in(0, "a 01:80:c2:00:00:02");
   cpu(RX_REASON_RESERVED, "");
 }

@@ -26,13 +26,34 @@ const int kPriority = 4;
 
 void print(const char* message) { std::cout << message << std::endl; }
 
+// A descriptor that is closed unless it is released to the socket. Negative: there is none.
+class OpenDescriptor {
+ public:
+  explicit OpenDescriptor(int descriptor) : descriptor_(descriptor) {}
+  ~OpenDescriptor() {
+    if (descriptor_ >= 0) close(descriptor_);
+  }
+  OpenDescriptor(const OpenDescriptor&) = delete;
+  OpenDescriptor& operator=(const OpenDescriptor&) = delete;
+
+  int get() const { return descriptor_; }
+  int release() {
+    const int released = descriptor_;
+    descriptor_ = -1;
+    return released;
+  }
+
+ private:
+  int descriptor_;
+};
+
 }  // namespace
 
 const unsigned int VornSocket::max_socket_buffer_size = 4096;
 
 VornSocket::VornSocket(EventLoop& loop)
     : event_loop_(loop),
-      descriptor_(0),
+      descriptor_(-1),
       reader_(nullptr),
       writer_(nullptr),
       initialized_(false),
@@ -47,29 +68,22 @@ VornSocket::VornSocket(EventLoop& loop)
 VornSocket::~VornSocket() {
   cleanup();
   for (const auto& buffer : buffers_) delete[] buffer.first;
-  // The constructor's initialize() has replaced the 0, so 0 here would be a descriptor of ours.
   if (descriptor_ >= 0) close(descriptor_);
 }
 
 void VornSocket::initialize() {
-  // The descriptor is 0 and nobody's until the first call has opened one.
-  const int earlier = initialized_ || descriptor_ != 0 ? static_cast<int>(descriptor_) : -1;
-
-  const int opened = ::socket(AF_INET, SOCK_DGRAM, 0);
-  const bool non_blocking = opened >= 0 && comm_sock_set_blocking(opened, 0) == 0;
-  if (opened >= 0 && !non_blocking) print("failed to set socket non-blocking");
-  if (!non_blocking && reader_ != nullptr) {
-    // The reader keeps the descriptor that it knows.
-    if (opened >= 0) close(opened);
-    return;
-  }
+  OpenDescriptor opened(::socket(AF_INET, SOCK_DGRAM, 0));
+  const bool non_blocking = opened.get() >= 0 && comm_sock_set_blocking(opened.get(), 0) == 0;
+  if (opened.get() >= 0 && !non_blocking) print("failed to set socket non-blocking");
+  // The reader keeps the descriptor that it knows.
+  if (!non_blocking && reader_ != nullptr) return;
 
   if (non_blocking) {
-    if (comm_sock_set_rcvbuf(opened, kKernelBufferBytes, kLeastKernelBufferBytes) <
+    if (comm_sock_set_rcvbuf(opened.get(), kKernelBufferBytes, kLeastKernelBufferBytes) <
         kLeastKernelBufferBytes) {
       print("failed to set socket recv_buf");
     }
-    if (comm_sock_set_sndbuf(opened, kKernelBufferBytes, kLeastKernelBufferBytes) <
+    if (comm_sock_set_sndbuf(opened.get(), kKernelBufferBytes, kLeastKernelBufferBytes) <
         kLeastKernelBufferBytes) {
       print("failed to set socket snd_buf");
     }
@@ -77,13 +91,18 @@ void VornSocket::initialize() {
 
   // The reader leaves the loop before its descriptor is closed.
   cleanup();
-  if (earlier >= 0) close(earlier);
-  descriptor_ = XorpFd(opened);
-  if (!non_blocking) return;
-
-  reader_ = new AsyncFileReader(event_loop_, descriptor_, kPriority);
-  writer_ = new AsyncFileWriter(event_loop_, descriptor_, kWriterCoalesceCount, kPriority);
-  if (reader_ != nullptr && writer_ != nullptr) initialized_ = true;
+  if (descriptor_ >= 0) close(descriptor_);
+  descriptor_.clear();
+  if (non_blocking) {
+    // Members are set once nothing throws any more: a constructor that throws destroys nothing.
+    const XorpFd descriptor(opened.get());
+    std::unique_ptr<AsyncFileReader> reader(
+        new AsyncFileReader(event_loop_, descriptor, kPriority));
+    writer_ = new AsyncFileWriter(event_loop_, descriptor, kWriterCoalesceCount, kPriority);
+    reader_ = reader.release();
+    initialized_ = true;
+  }
+  descriptor_ = XorpFd(opened.release());
 }
 
 bool VornSocket::bind_address(const char* /*address*/, unsigned short port) {

@@ -71,7 +71,9 @@ class VORN_EXPORT VornSocket {
   // The constructor has called this once. A further call that succeeds closes the earlier
   // descriptor and drops pending reads without calling anyone. A further call that fails changes
   // nothing as long as there is a reader: it, bind_address() and read() go on with the earlier
-  // descriptor.
+  // descriptor. An exception (memory is short, or the host's loop throws) passes through and leaves
+  // no descriptor open; a socket that it leaves behind has neither reader nor descriptor, and may
+  // be initialized again.
   void initialize();
 
   // Binds to `port` (host byte order; 0: any free one) on every local address. `address` is

@@ -13,7 +13,10 @@
 #include <unistd.h>
 
 #include <functional>
+#include <iostream>
 #include <memory>
+#include <new>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -24,6 +27,9 @@ static bool refuse_socket = false;
 static bool refuse_non_blocking = false;
 static int granted_buffer_bytes = 0;  // 0: what the real function says
 static std::vector<int> asked;        // desired and least size of each request
+enum Operator { kNone, kReader, kWriter };
+static Operator throwing = kNone;  // whose constructor throws
+static std::vector<int> made;      // descriptor, coalesce count and priority of each operator
 
 extern "C" {
 int __real_socket(int, int, int);
@@ -45,6 +51,20 @@ int __wrap_comm_sock_set_sndbuf(int sock, int desired, int least) {
   asked.insert(asked.end(), {desired, least});
   const int real = __real_comm_sock_set_sndbuf(sock, desired, least);
   return granted_buffer_bytes != 0 ? granted_buffer_bytes : real;
+}
+void __real__ZN15AsyncFileReaderC1ER9EventLoop6XorpFdi(void*, EventLoop&, XorpFd, int);
+void __wrap__ZN15AsyncFileReaderC1ER9EventLoop6XorpFdi(void* self, EventLoop& loop, XorpFd fd,
+                                                       int priority) {
+  if (throwing == kReader) throw std::bad_alloc();
+  made.insert(made.end(), {fd, priority});
+  __real__ZN15AsyncFileReaderC1ER9EventLoop6XorpFdi(self, loop, fd, priority);
+}
+void __real__ZN15AsyncFileWriterC1ER9EventLoop6XorpFdji(void*, EventLoop&, XorpFd, uint32_t, int);
+void __wrap__ZN15AsyncFileWriterC1ER9EventLoop6XorpFdji(void* self, EventLoop& loop, XorpFd fd,
+                                                        uint32_t coalesce, int priority) {
+  if (throwing == kWriter) throw std::bad_alloc();
+  made.insert(made.end(), {fd, static_cast<int>(coalesce), priority});
+  __real__ZN15AsyncFileWriterC1ER9EventLoop6XorpFdji(self, loop, fd, coalesce, priority);
 }
 }
 
@@ -77,6 +97,7 @@ class VornSocketTest : public testing::Test {
   ~VornSocketTest() override {
     refuse_socket = refuse_non_blocking = false;
     granted_buffer_bytes = 0;
+    throwing = kNone;
     close(sender_);
   }
 
@@ -349,6 +370,67 @@ TEST_F(VornSocketTest, InitializeAgainThatFailsChangesNothing) {
   pump();
   EXPECT_EQ(text_, "ab");
   EXPECT_FALSE(socket_->bind_address("", 0)) << "the earlier descriptor is bound";
+}
+
+// Standard output that takes nothing and throws.
+class ClosedOutput {
+ public:
+  ClosedOutput() : earlier_(std::cout.rdbuf(&closed_)) { std::cout.exceptions(std::ios::badbit); }
+  ~ClosedOutput() {
+    std::cout.exceptions(std::ios::goodbit);
+    std::cout.rdbuf(earlier_);
+  }
+
+ private:
+  struct : std::streambuf {
+  } closed_;
+  std::streambuf* earlier_;
+};
+
+TEST_F(VornSocketTest, ExceptionsLeaveNoDescriptorBehind) {
+  const struct {
+    const char* name;
+    Operator throwing;
+    int granted_buffer_bytes;
+    bool reader_stays;
+  } kRows[] = {{"no reader", kReader, 0, false},
+               {"no writer", kWriter, 0, false},
+               {"no warning", kNone, 1, true}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    open();
+    text_.clear();
+    socket_->read(4);
+    const int next = next_descriptor();
+    {
+      const ClosedOutput closed;
+      throwing = row.throwing;
+      granted_buffer_bytes = row.granted_buffer_bytes;
+      EXPECT_ANY_THROW(VornSocket other(loop_));
+      EXPECT_EQ(next_descriptor(), next) << "by the constructor";
+      EXPECT_ANY_THROW(socket_->initialize());
+      throwing = kNone;
+      granted_buffer_bytes = 0;
+    }
+    EXPECT_EQ(is_open(descriptor_), row.reader_stays);
+    EXPECT_EQ(loop_.descriptor_count(), row.reader_stays ? 1u : 0u);
+    EXPECT_FALSE(socket_->bind_address("", 0)) << "bound already, or there is nothing to bind";
+    EXPECT_EQ(next_descriptor(), row.reader_stays ? next : descriptor_);
+
+    descriptor_ = next_descriptor();
+    socket_->initialize();
+    bind();
+    socket_->read(4);
+    send("ab");
+    pump();
+    EXPECT_EQ(text_, "ab");
+  }
+}
+
+TEST_F(VornSocketTest, ReaderAndWriterGetDescriptorAndPriority) {
+  made.clear();
+  open();
+  EXPECT_EQ(made, (std::vector<int>{descriptor_, 4, descriptor_, 1, 4}));
 }
 
 TEST_F(VornSocketTest, FirstInitializeThatFails) {

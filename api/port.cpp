@@ -89,8 +89,8 @@ bool vorn_get_port_current_ability(const Usp& port, port_ability_type_t& ability
 
 // The SDK takes the hardware port by value here, unlike in every other single-port operation.
 bool vorn_get_port_peer_ability(const Usp& port, port_ability_type_t& ability) {
-  return on_port<LookupTranslate>(
-      port, [&](VornSdkBase& sdk, const Mp& mp) { return sdk.get_port_peer_ability(mp, ability); });
+  const Target to = LookupTranslate::find(port);
+  return to.sdk != nullptr && to.sdk->get_port_peer_ability(to.mp, ability);
 }
 
 // ---- Flow control and jamming ---------------------------------------------------------------

@@ -10,10 +10,9 @@
 // contract, so the statement names it: TranslateLookup or LookupTranslate. on_ports always looks
 // up first.
 //
-// Each pattern comes in two forms. on_port<Order, &VornSdkBase::operation>(port, arguments...)
-// hands the operation the hardware port and then the arguments, which must have exactly the types
-// of its parameters. on_port<Order>(port, step) leaves the operation's call to `step`, for the
-// operations whose arguments stand otherwise.
+// A pattern hands the operation the hardware port and then the arguments, which must have exactly
+// the types of its parameters. Entry points whose operation takes its arguments otherwise are
+// written out with find() and each(), of which the patterns are made.
 #ifndef API_PORTS_H_
 #define API_PORTS_H_
 
@@ -32,135 +31,95 @@ struct Target {
   Mp mp{0, 0};
 };
 
-// A call of an SDK operation on one hardware port. Refers to a callable, which must outlive it.
-class Step {
- public:
-  template <class Callable, class = std::enable_if_t<std::is_invocable_r_v<
-                                bool, const Callable&, VornSdkBase&, const Mp&>>>
-  Step(const Callable& callable)  // NOLINT(google-explicit-constructor)
-      : callable_(&callable), invoke_(&invoke<Callable>) {}
-
-  bool operator()(VornSdkBase& sdk, const Mp& mp) const { return invoke_(callable_, sdk, mp); }
-
- private:
-  template <class Callable>
-  static bool invoke(const void* callable, VornSdkBase& sdk, const Mp& mp) {
-    return (*static_cast<const Callable*>(callable))(sdk, mp);
+// Takes a step on every hardware port in turn, until one is false. False without an SDK object.
+template <class Step>
+bool each_of(const std::list<Mp>& mps, VornSdkBase* sdk, const Step& step) {
+  if (sdk == nullptr) return false;
+  for (const Mp& mp : mps) {
+    if (!step(*sdk, mp)) return false;
   }
-
-  const void* callable_;
-  bool (*invoke_)(const void*, VornSdkBase&, const Mp&);
-};
+  return true;
+}
 
 // The two orders. find() is for one physical port. each() takes a step on every hardware port
 // behind `port`: false as soon as the lookup, the translation or a step fails, true when there is
 // no hardware port.
-struct [[gnu::visibility("hidden")]] TranslateLookup {
-  static Target find(const Usp& port);
-  static bool each(const Usp& port, Step step);
-};
-struct [[gnu::visibility("hidden")]] LookupTranslate {
-  static Target find(const Usp& port);
-  static bool each(const Usp& port, Step step);
+struct TranslateLookup {
+  static Target find(const Usp& port) {
+    Target to;
+    if (vorn_usp_to_mp(port, to.mp)) to.sdk = find_sdk();
+    return to;
+  }
+
+  template <class Step>
+  static bool each(const Usp& port, const Step& step) {
+    std::list<Mp> mps;
+    return vorn_usp_to_mp_list(port, mps) && each_of(mps, find_sdk(), step);
+  }
 };
 
-// Takes a step on every hardware port in turn, until one is false. False without an SDK object.
-[[gnu::visibility("hidden")]] bool each_of(const std::list<Mp>& mps, VornSdkBase* sdk, Step step);
+struct LookupTranslate {
+  static Target find(const Usp& port) {
+    Target to;
+    to.sdk = find_sdk();
+    if (to.sdk != nullptr && !vorn_usp_to_mp(port, to.mp)) to.sdk = nullptr;
+    return to;
+  }
 
-// Looks up, translates the whole list, then takes a step on every hardware port.
-[[gnu::visibility("hidden")]] bool each_listed(const std::list<Usp>& ports, Step step);
+  template <class Step>
+  static bool each(const Usp& port, const Step& step) {
+    VornSdkBase* const sdk = find_sdk();
+    std::list<Mp> mps;
+    return sdk != nullptr && vorn_usp_to_mp_list(port, mps) && each_of(mps, sdk, step);
+  }
+
+  // The same for a list of ports, which is translated whole before the first step.
+  template <class Step>
+  static bool each(const std::list<Usp>& ports, const Step& step) {
+    VornSdkBase* const sdk = find_sdk();
+    std::list<Mp> mps;
+    return sdk != nullptr && vorn_usp_list_to_mp_list(ports, mps) && each_of(mps, sdk, step);
+  }
+};
 
 // What administrative state, flow control and jamming require of a port: not a VLAN interface,
 // and not unknown.
-[[gnu::visibility("hidden")]] bool is_physical_or_lag(const Usp& port);
+inline bool is_physical_or_lag(const Usp& port) {
+  return is_port_physical(port) || is_port_logical_lag(port);
+}
 
-// ---- on_port --------------------------------------------------------------------------------
-
-template <class Order, class... Arguments>
-struct PortSteps {
-  [[gnu::noinline]] static bool run(const Usp& port, Arguments... arguments, Operation operation) {
-    const Target to = Order::find(port);
-    return to.sdk != nullptr && invoke<const Mp&>(*to.sdk, operation, to.mp, arguments...);
-  }
-};
-
-template <class Order, auto operation, class Signature = decltype(operation)>
-struct OnPort;
-
-template <class Order, auto operation, class... Parameters>
-struct OnPort<Order, operation, bool (VornSdkBase::*)(const Mp&, Parameters...)> {
-  bool operator()(const Usp& port, Exactly<Parameters>... arguments) const {
-    return PortSteps<Order, Passed<Parameters>...>::run(port, pass(arguments)...,
-                                                        word_of(operation));
-  }
-};
-
+// find() in the shape of each().
 template <class Order>
-struct OnPort<Order, nullptr> {
-  template <class Callable>
-  bool operator()(const Usp& port, const Callable& step) const {
+struct Single {
+  template <class Step>
+  static bool each(const Usp& port, const Step& step) {
     const Target to = Order::find(port);
     return to.sdk != nullptr && step(*to.sdk, to.mp);
   }
 };
 
-template <class Order, auto operation = nullptr>
-inline constexpr OnPort<Order, operation> on_port{};
+template <class Way, class Address, auto operation, class Signature = decltype(operation)>
+struct PortPattern;
 
-// ---- on_members -----------------------------------------------------------------------------
-
-template <class Order, class... Arguments>
-struct MemberSteps {
-  [[gnu::noinline]] static bool run(const Usp& port, Arguments... arguments, Operation operation) {
-    return Order::each(port, [=](VornSdkBase& sdk, const Mp& mp) {
-      return invoke<const Mp&>(sdk, operation, mp, arguments...);
+template <class Way, class Address, auto operation, class... Parameters>
+struct PortPattern<Way, Address, operation, bool (VornSdkBase::*)(const Mp&, Parameters...)> {
+  // Inline in the entry point, so that arguments stay in their registers.
+  [[gnu::always_inline]] bool operator()(const Address& address,
+                                         Exactly<Parameters>... arguments) const {
+    return Way::each(address, [&](VornSdkBase& sdk, const Mp& mp) {
+      return (sdk.*operation)(mp, arguments.value...);
     });
   }
 };
 
-template <class Order, auto operation, class Signature = decltype(operation)>
-struct OnMembers;
+template <class Order, auto operation>
+inline constexpr PortPattern<Single<Order>, Usp, operation> on_port{};
 
-template <class Order, auto operation, class... Parameters>
-struct OnMembers<Order, operation, bool (VornSdkBase::*)(const Mp&, Parameters...)> {
-  bool operator()(const Usp& port, Exactly<Parameters>... arguments) const {
-    return MemberSteps<Order, Passed<Parameters>...>::run(port, pass(arguments)...,
-                                                          word_of(operation));
-  }
-};
-
-template <class Order>
-struct OnMembers<Order, nullptr> {
-  bool operator()(const Usp& port, Step step) const { return Order::each(port, step); }
-};
-
-template <class Order, auto operation = nullptr>
-inline constexpr OnMembers<Order, operation> on_members{};
-
-// ---- on_ports -------------------------------------------------------------------------------
-
-template <class... Arguments>
-struct ListSteps {
-  [[gnu::noinline]] static bool run(const std::list<Usp>& ports, Arguments... arguments,
-                                    Operation operation) {
-    return each_listed(ports, [=](VornSdkBase& sdk, const Mp& mp) {
-      return invoke<const Mp&>(sdk, operation, mp, arguments...);
-    });
-  }
-};
-
-template <auto operation, class Signature = decltype(operation)>
-struct OnPorts;
-
-template <auto operation, class... Parameters>
-struct OnPorts<operation, bool (VornSdkBase::*)(const Mp&, Parameters...)> {
-  bool operator()(const std::list<Usp>& ports, Exactly<Parameters>... arguments) const {
-    return ListSteps<Passed<Parameters>...>::run(ports, pass(arguments)..., word_of(operation));
-  }
-};
+template <class Order, auto operation>
+inline constexpr PortPattern<Order, Usp, operation> on_members{};
 
 template <auto operation>
-inline constexpr OnPorts<operation> on_ports{};
+inline constexpr PortPattern<LookupTranslate, std::list<Usp>, operation> on_ports{};
 
 }  // namespace vorn::detail
 

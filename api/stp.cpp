@@ -43,20 +43,19 @@ bool vorn_set_ports_stp_state(const std::list<Usp>& ports, stp_state_t state) {
 // The SDK takes the instance first, ahead of the port.
 
 bool vorn_get_port_mstp_state(const Usp& port, mstp_state_t& state, unsigned int instance) {
-  return on_port<TranslateLookup>(port, [&](VornSdkBase& sdk, const Mp& mp) {
-    return sdk.get_port_mstp_state(instance, mp, state);
-  });
+  const Target to = TranslateLookup::find(port);
+  return to.sdk != nullptr && to.sdk->get_port_mstp_state(instance, to.mp, state);
 }
 
 bool vorn_set_port_mstp_state(const Usp& port, mstp_state_t state, unsigned int instance) {
-  return on_members<TranslateLookup>(port, [=](VornSdkBase& sdk, const Mp& mp) {
+  return TranslateLookup::each(port, [=](VornSdkBase& sdk, const Mp& mp) {
     return sdk.set_port_mstp_state(instance, mp, state);
   });
 }
 
 bool vorn_set_ports_mstp_state(const std::list<Usp>& ports, mstp_state_t state,
                                unsigned int instance) {
-  return each_listed(ports, [=](VornSdkBase& sdk, const Mp& mp) {
+  return LookupTranslate::each(ports, [=](VornSdkBase& sdk, const Mp& mp) {
     return sdk.set_port_mstp_state(instance, mp, state);
   });
 }

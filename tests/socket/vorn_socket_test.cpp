@@ -24,9 +24,11 @@
 
 // The linker puts these in front of the real functions (--wrap).
 static bool refuse_socket = false;
+static bool refuse_memory = false;
 static bool refuse_non_blocking = false;
 static int granted_buffer_bytes = 0;  // 0: what the real function says
-static std::vector<int> asked;        // desired and least size of each request
+static std::vector<int> opened;       // family, type and protocol of each socket
+static std::vector<int> asked;        // option, desired and least size of each request
 enum Operator { kNone, kReader, kWriter };
 static Operator throwing = kNone;  // whose constructor throws
 static std::vector<int> made;      // descriptor, coalesce count and priority of each operator
@@ -34,6 +36,7 @@ static std::vector<int> made;      // descriptor, coalesce count and priority of
 extern "C" {
 int __real_socket(int, int, int);
 int __wrap_socket(int family, int type, int protocol) {
+  opened.insert(opened.end(), {family, type, protocol});
   return refuse_socket ? -1 : __real_socket(family, type, protocol);
 }
 int __real_comm_sock_set_blocking(int, int);
@@ -42,13 +45,13 @@ int __wrap_comm_sock_set_blocking(int sock, int is_blocking) {
 }
 int __real_comm_sock_set_rcvbuf(int, int, int);
 int __wrap_comm_sock_set_rcvbuf(int sock, int desired, int least) {
-  asked.insert(asked.end(), {desired, least});
+  asked.insert(asked.end(), {SO_RCVBUF, desired, least});
   const int real = __real_comm_sock_set_rcvbuf(sock, desired, least);
   return granted_buffer_bytes != 0 ? granted_buffer_bytes : real;
 }
 int __real_comm_sock_set_sndbuf(int, int, int);
 int __wrap_comm_sock_set_sndbuf(int sock, int desired, int least) {
-  asked.insert(asked.end(), {desired, least});
+  asked.insert(asked.end(), {SO_SNDBUF, desired, least});
   const int real = __real_comm_sock_set_sndbuf(sock, desired, least);
   return granted_buffer_bytes != 0 ? granted_buffer_bytes : real;
 }
@@ -66,6 +69,11 @@ void __wrap__ZN15AsyncFileWriterC1ER9EventLoop6XorpFdji(void* self, EventLoop& l
   made.insert(made.end(), {fd, static_cast<int>(coalesce), priority});
   __real__ZN15AsyncFileWriterC1ER9EventLoop6XorpFdji(self, loop, fd, coalesce, priority);
 }
+}
+
+// Stands in front of the runtime's for this whole process.
+void* operator new[](std::size_t bytes, const std::nothrow_t&) noexcept {
+  return refuse_memory ? nullptr : operator new[](bytes);
 }
 
 namespace {
@@ -206,13 +214,19 @@ TEST_F(VornSocketTest, ReadFromInsideTheCallGoesOn) {
   EXPECT_EQ(std::string(calls_[0].buffer, calls_[0].buffer + 2), "ab") << "buffers stay readable";
 }
 
-TEST_F(VornSocketTest, ZeroReadIsRefusedAndQueuesNothing) {
+TEST_F(VornSocketTest, ReadWithoutABufferIsRefusedAndQueuesNothing) {
   EXPECT_FALSE(socket_->read(0));
   EXPECT_EQ(socket_->create_buffer(0), nullptr);
   EXPECT_EQ(loop_.descriptor_count(), 0u);
   unsigned char* const buffer = socket_->create_buffer(100000);
   ASSERT_NE(buffer, nullptr);
   buffer[99999] = 1;
+
+  refuse_memory = true;
+  EXPECT_EQ(socket_->create_buffer(4), nullptr);
+  EXPECT_FALSE(socket_->read(4));
+  refuse_memory = false;
+  EXPECT_EQ(loop_.descriptor_count(), 0u);
 }
 
 TEST_F(VornSocketTest, NullFunctionIsRefusedAndTheEarlierOneStays) {
@@ -427,9 +441,11 @@ TEST_F(VornSocketTest, ExceptionsLeaveNoDescriptorBehind) {
   }
 }
 
-TEST_F(VornSocketTest, ReaderAndWriterGetDescriptorAndPriority) {
+TEST_F(VornSocketTest, KernelReaderAndWriterAreAskedForThis) {
+  opened.clear();
   made.clear();
   open();
+  EXPECT_EQ(opened, (std::vector<int>{AF_INET, SOCK_DGRAM, 0}));
   EXPECT_EQ(made, (std::vector<int>{descriptor_, 4, descriptor_, 1, 4}));
 }
 
@@ -448,9 +464,16 @@ TEST_F(VornSocketTest, FirstInitializeThatFails) {
   testing::internal::CaptureStdout();
   asked.clear();
   refuse_non_blocking = true;
-  { VornSocket failed(loop_); }
+  {
+    const int first = next_descriptor();
+    VornSocket failed(loop_);
+    EXPECT_TRUE(failed.bind_address("", 0)) << "it is open all the same";
+    failed.initialize();
+    EXPECT_FALSE(is_open(first));
+  }
   EXPECT_TRUE(asked.empty());
-  EXPECT_EQ(testing::internal::GetCapturedStdout(), "failed to set socket non-blocking\n");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(),
+            "failed to set socket non-blocking\nfailed to set socket non-blocking\n");
 }
 
 TEST_F(VornSocketTest, SmallKernelBuffersAreReportedAndUsed) {
@@ -461,7 +484,7 @@ TEST_F(VornSocketTest, SmallKernelBuffersAreReportedAndUsed) {
     open();
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               enough ? "" : "failed to set socket recv_buf\nfailed to set socket snd_buf\n");
-    EXPECT_EQ(asked, (std::vector<int>{262144, 49152, 262144, 49152}));
+    EXPECT_EQ(asked, (std::vector<int>{SO_RCVBUF, 262144, 49152, SO_SNDBUF, 262144, 49152}));
     socket_->read(4);
     send("ab");
     pump();

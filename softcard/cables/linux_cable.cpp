@@ -52,7 +52,6 @@ struct VirtualNetHeader {
 static_assert(sizeof(VirtualNetHeader) == 10, "as the kernel has it");
 
 constexpr std::uint8_t kFlagNeedsChecksum = 1;
-constexpr std::uint8_t kFlagChecksumValid = 2;
 constexpr std::uint8_t kSegmentCongestion = 0x80;  // a mark beside the kind: TCP's CWR is set
 
 struct SegmentKind {
@@ -69,7 +68,6 @@ constexpr SegmentKind kSegmentKinds[] = {
 Offload offload_of(const VirtualNetHeader& header) {
   Offload offload;
   offload.checksum_partial = (header.flags & kFlagNeedsChecksum) != 0;
-  offload.checksum_valid = (header.flags & kFlagChecksumValid) != 0;
   offload.checksum_start = header.checksum_start;
   offload.checksum_offset = header.checksum_offset;
   offload.segment_bytes = header.segment_bytes;

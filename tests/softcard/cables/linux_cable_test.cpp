@@ -448,6 +448,14 @@ TEST_F(LinuxCableTest, LossesAreCounted) {
   run_until([&] { return bridge_.lost[0] - before == 2; });
   hostage.clear();
   EXPECT_EQ(bridge_.arrived, 19u);
+  EXPECT_EQ(bridge_.cables[0]->describe(),
+            "linux c0, " + std::to_string(bridge_.lost[0]) + " received frames lost");
+
+  // Those that wait when the interface goes down still come, each in its place.
+  EXPECT_EQ(sink.send(*host, {some_frame(9000), some_frame(60), some_frame(8000)}), 3u);
+  ip("link set c0 down");
+  run_until([&] { return bridge_.arrived == 22; });
+  EXPECT_EQ(bridge_.lost[0] - before, 2u);
 }
 
 // What the kernel is told of the work that is left, read as it is.
@@ -459,6 +467,7 @@ TEST_F(LinuxCableTest, HeaderInFrontOfAFrameSaysWhatIsLeftToDo) {
   ASSERT_EQ(setsockopt(host.get(), SOL_PACKET, PACKET_VNET_HDR, &on, sizeof on), 0);
   const std::string tcp4 = " ipv4 src=198.51.100.1 dst=198.51.100.2 tcp sport=1 dport=2";
   const std::string tcp6 = " ipv6 src=2001:db8::1 dst=2001:db8::2 tcp sport=1 dport=2";
+  const std::string udp4 = " ipv4 src=198.51.100.1 dst=198.51.100.2 udp sport=1 dport=2";
   constexpr std::uint16_t kSegment = 1400;
   const struct {
     std::string text;
@@ -472,6 +481,10 @@ TEST_F(LinuxCableTest, HeaderInFrontOfAFrameSaysWhatIsLeftToDo) {
       {tcp4 + " flags=0x90 size=9000", Segmentation::tcp4, true, {0x8101, 54, kSegment, 34, 16}},
       {tcp4 + " flags=0x7f size=9000", Segmentation::tcp4, true, {0x0101, 54, kSegment, 34, 16}},
       {tcp6 + " flags=0x80 size=9000", Segmentation::tcp6, true, {0x8401, 74, kSegment, 54, 16}},
+      {udp4 + " payload=000000000080 size=9000",
+       Segmentation::udp,
+       true,
+       {0x0501, 42, kSegment, 34, 6}},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.text);
@@ -483,8 +496,8 @@ TEST_F(LinuxCableTest, HeaderInFrontOfAFrameSaysWhatIsLeftToDo) {
     frame->offload.checksum_partial = row.partial;
     frame->offload.segmentation = row.segmentation;
     if (row.partial) {
-      frame->offload.checksum_start = row.segmentation == Segmentation::tcp6 ? 54 : 34;
-      frame->offload.checksum_offset = 16;
+      frame->offload.checksum_start = row.header[3];
+      frame->offload.checksum_offset = row.header[4];
     }
     if (row.segmentation != Segmentation::none) frame->offload.segment_bytes = kSegment;
     ASSERT_EQ(bridge_.cables[0]->transmit(&frame, 1), 1u);

@@ -109,5 +109,55 @@ TEST_F(MemoryCableTest, CardTellsWhatItsCablesLost) {
   EXPECT_EQ(card.pipeline().drops(DropReason::cable_forgot), 0u);
 }
 
+TEST_F(MemoryCableTest, PatchCableJoinsTwoPorts) {
+  KeepingSink far_sink;
+  auto ends = PatchCable::make(3);
+  PatchCable& a = *ends.first;
+  a.plug(sink_, 4);
+  EXPECT_FALSE(a.carrier());
+  EXPECT_EQ(a.describe(), "patch, other end loose");
+  EXPECT_EQ(sink_.send(a, {some_frame(60)}), 0u);
+  ends.second->plug(far_sink, 5);
+  EXPECT_EQ(sink_.carrier_changes, 1);
+  EXPECT_TRUE(a.carrier());
+  EXPECT_EQ(a.describe(), "patch to port 5 of another card");
+  PortIndex port = 0;
+  EXPECT_EQ(a.far_end(port), &far_sink);
+  EXPECT_EQ(port, 5u);
+  a.offer_changed();
+  EXPECT_EQ(far_sink.carrier_changes, 1);
+
+  // What waits at the other end is bounded, and enters it as it polls, as a fresh frame.
+  EXPECT_EQ(
+      sink_.send(a, {some_frame(60, 0), some_frame(60, 1), some_frame(60, 2), some_frame(60)}), 3u);
+  EXPECT_EQ(ends.second->poll(2), 2u);
+  EXPECT_EQ(far_sink.take(), (std::vector<Bytes>{some_frame(60, 0), some_frame(60, 1)}));
+  EXPECT_EQ(ends.second->poll(2), 1u);
+  EXPECT_EQ(far_sink.take(), std::vector<Bytes>{some_frame(60, 2)});
+
+  ends.second.reset();
+  EXPECT_EQ(sink_.carrier_changes, 2);
+  EXPECT_FALSE(a.carrier());
+
+  // Within one card the frame itself goes over, without what was found out about it.
+  auto within = PatchCable::make();
+  within.first->plug(sink_, 0);
+  within.second->plug(sink_, 1);
+  FramePtr frame = sink_.frame_pool().make(60);
+  const Frame* const same = frame.get();
+  frame->ingress = 0;
+  frame->vlan = 10;
+  frame->priority = 3;
+  EXPECT_EQ(within.first->transmit(&frame, 1), 1u);
+  EXPECT_EQ(within.second->poll(9), 1u);
+  ASSERT_EQ(sink_.arrived.size(), 1u);
+  const Frame& got = *sink_.arrived.front();
+  EXPECT_EQ(&got, same);
+  EXPECT_EQ(got.ingress, kNoPort);
+  EXPECT_EQ(got.vlan, 0u);
+  EXPECT_EQ(got.priority, 0u);
+  sink_.arrived.clear();
+}
+
 }  // namespace
 }  // namespace softcard

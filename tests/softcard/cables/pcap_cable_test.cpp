@@ -158,7 +158,8 @@ TEST_F(PcapTest, FilesThatCannotBeUsedAreNamed) {
     EXPECT_EQ(PcapCable::open(row.input, row.output, clock_, error_), nullptr);
     EXPECT_EQ(error_.find(row.error), 0u) << error_;
   }
-  EXPECT_NE(PcapCable::open(good, "", clock_, error_), nullptr) << "the input is still whole";
+  EXPECT_NE(PcapCable::open(good, path("other"), clock_, error_), nullptr)
+      << "the input is still whole";
 }
 
 TEST_F(PcapTest, RecordsEnterThePortAsItPolls) {
@@ -192,6 +193,7 @@ TEST_F(PcapTest, NothingIsLostWhenThePoolIsUsedUp) {
   cable->plug(small, 0);
   EXPECT_EQ(cable->poll(1000), 3u);
   EXPECT_EQ(cable->poll(1000), 0u);
+  EXPECT_EQ(cable->describe(), "pcap from " + made_[0] + " (3 frames read)");
   EXPECT_EQ(small.take(),
             (std::vector<Bytes>{some_frame(60, 0), some_frame(60, 1), some_frame(60, 2)}));
   EXPECT_EQ(cable->poll(1000), 2u);

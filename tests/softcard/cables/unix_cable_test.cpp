@@ -146,8 +146,13 @@ TEST_F(UnixCableTest, PortThatIsOffTakesTheCarrierOfTheOtherEnd) {
   b.reset();
   b_sink_.on = true;
   run_until([&] { return name_is_there(); });
-  b = plug(b_sink_);
-  run_until([&] { return a->carrier(); });
+  a_sink_.on = false;
+  for (int i = 0; i < 2; ++i) {
+    b = plug(b_sink_);
+    run_until([&] { return a->carrier() && !b->carrier(); });
+    b.reset();
+    run_until([&] { return name_is_there(); });
+  }
 }
 
 TEST_F(UnixCableTest, SignalWaitsBehindFramesForRoom) {
@@ -251,7 +256,17 @@ TEST_F(UnixCableTest, LockOnTheFolderOrWantOfDescriptorsDelaysAlone) {
                       ": the other end cannot be let in: Too many open files");
   run_until([&] { return a->carrier(); });
   EXPECT_EQ(a->describe(), "unix " + path_);
+
+  // Nor one that comes when the other end goes.
   close(peer);
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+  const int passes_alone = passes_in_a_while();
+  const std::string text_alone = a->describe();
+  setrlimit(RLIMIT_NOFILE, &limit);
+  EXPECT_LT(passes_alone, kFewPasses);
+  EXPECT_EQ(text_alone,
+            "unix " + path_ + ", " + path_ + ": its folder cannot be locked: Too many open files");
+  run_until([&] { return name_is_there(); });
 }
 
 TEST_F(UnixCableTest, SlowEndMakesTheFastOneRefuse) {

@@ -63,7 +63,7 @@ Value destination_value(const softcard::Card& card, softcard::Destination destin
     case softcard::DestinationKind::port:
       return port_value(destination.number);
     case softcard::DestinationKind::lag:
-      return port_value(card.lag_usp(destination.number));
+      return port_value(card.tables().lags.usp_of(destination.number));
     case softcard::DestinationKind::cpu:
       return text_value("cpu");
     case softcard::DestinationKind::drop:

@@ -54,13 +54,14 @@ void show_port(Card& card, Arguments& arguments, Reply& reply) {
     const softcard::LinkMode mode = ports.mode(port);
     const std::uint16_t lag = card.lags().lag_of(port);
     softcard::Cable* const cable = card.cable(port);
-    table.add({port_value(port), flag_value(ports.admin(port)),
-               text_value(ports.is_up(port) ? "up" : "down"), enum_value(mode.speed),
-               enum_value(mode.duplex), flag_value(ports.autoneg(port)),
-               count_value(ports.mtu_bytes(port)), count_value(card.port_vlans().pvid(port)),
-               lag == softcard::LagTable::kNoLag ? text_value("-") : port_value(card.lag_usp(lag)),
-               text_value((cable == nullptr ? "none" : cable->describe()) +
-                          (card.signal_cut(port) ? " (pulled)" : ""))});
+    table.add(
+        {port_value(port), flag_value(ports.admin(port)),
+         text_value(ports.is_up(port) ? "up" : "down"), enum_value(mode.speed),
+         enum_value(mode.duplex), flag_value(ports.autoneg(port)),
+         count_value(ports.mtu_bytes(port)), count_value(card.port_vlans().pvid(port)),
+         lag == softcard::LagTable::kNoLag ? text_value("-") : port_value(card.lags().usp_of(lag)),
+         text_value((cable == nullptr ? "none" : cable->describe()) +
+                    (card.signal_cut(port) ? " (pulled)" : ""))});
   }
   reply.show("ports", table);
 }
@@ -124,7 +125,7 @@ void show_lag(Card& card, Arguments& arguments, Reply& reply) {
     if (!lag.exists) continue;
     std::vector<Value> members;
     for (unsigned i = 0; i < lag.size; ++i) members.push_back(port_value(lag.members[i]));
-    table.add({port_value(card.lag_usp(id)), count_value(id), enum_value(lag.psc),
+    table.add({port_value(card.lags().usp_of(id)), count_value(id), enum_value(lag.psc),
                list_value(members), ports_value(lag.set & card.ports().up())});
   }
   reply.show("lags", table);
@@ -300,7 +301,7 @@ void show_drops(Card& card, Arguments& arguments, Reply& reply) {
   for (const PortIndex port : ports) {
     for (std::size_t i = 0; i < softcard::kDropReasons; ++i) {
       const auto reason = static_cast<softcard::DropReason>(i);
-      const std::uint64_t frames = card.pipeline().drops(port, reason);
+      const std::uint64_t frames = card.tables().drops.count(port, reason);
       if (frames == 0) continue;
       table.add({port == softcard::kNoPort ? text_value("cpu") : port_value(port),
                  text_value(softcard::name(reason)), number_value(frames),
@@ -409,7 +410,7 @@ void show_lock(Card& card, Arguments& arguments, Reply& reply) {
   }
   const auto lags = static_cast<std::uint16_t>(card.lags().id_count());
   for (std::uint16_t id = 0; id < lags; ++id) {
-    add_limit(port_value(card.lag_usp(id)), locks.lag_limit(id),
+    add_limit(port_value(card.lags().usp_of(id)), locks.lag_limit(id),
               card.fdb().learned_on(softcard::Destination::lag(id)));
   }
   for (std::uint16_t vlan = 1; vlan <= softcard::kMaxVlan; ++vlan) {

@@ -29,26 +29,11 @@
 #include "softcard/events.h"
 #include "softcard/frames/frame.h"
 #include "softcard/pipeline/pipeline.h"
-#include "softcard/tables/cos_table.h"
-#include "softcard/tables/counters.h"
-#include "softcard/tables/fdb_table.h"
-#include "softcard/tables/filter_table.h"
-#include "softcard/tables/flood_block_table.h"
-#include "softcard/tables/flow_table.h"
-#include "softcard/tables/l3_table.h"
-#include "softcard/tables/lag_table.h"
-#include "softcard/tables/mac_lock_table.h"
-#include "softcard/tables/mirror_table.h"
-#include "softcard/tables/port_table.h"
-#include "softcard/tables/port_vlan_table.h"
-#include "softcard/tables/stp_table.h"
-#include "softcard/tables/traffic_table.h"
-#include "softcard/tables/vlan_class_table.h"
-#include "softcard/tables/vlan_table.h"
+#include "softcard/tables/tables.h"
 
 namespace softcard {
 
-class Card final : public CableSink {
+class Card final : public CableSink, private PortCables {
  public:
   // `clock` is shared with whoever moves it.
   Card(const CardDescription& description, std::shared_ptr<Clock> clock);
@@ -69,26 +54,27 @@ class Card final : public CableSink {
   const AddressPlan& addresses() const { return addresses_; }
   Clock& clock() const { return *clock_; }
 
-  // --- Tables --------------------------------------------------------------------------------
-  // Each takes part in what the card does from the moment it is changed. What concerns several of
-  // them is below.
+  // Each table takes part in what the card does from the moment it is changed. What concerns
+  // several of them is below.
+  Tables& tables() { return tables_; }
+  const Tables& tables() const { return tables_; }
+  PortTable& ports() { return tables_.ports; }
+  VlanTable& vlans() { return tables_.vlans; }
+  PortVlanTable& port_vlans() { return tables_.port_vlans; }
+  VlanClassTable& vlan_classes() { return tables_.vlan_classes; }
+  StpTable& stp() { return tables_.stp; }
+  LagTable& lags() { return tables_.lags; }
+  FdbTable& fdb() { return tables_.fdb; }
+  MacLockTable& mac_locks() { return tables_.mac_locks; }
+  TrafficTable& traffic() { return tables_.traffic; }
+  MirrorTable& mirrors() { return tables_.mirrors; }
+  FloodBlockTable& flood_blocks() { return tables_.flood_blocks; }
+  CosTable& cos() { return tables_.cos; }
+  FilterTable& filters() { return tables_.filters; }
+  FlowTable& flows() { return tables_.flows; }
+  L3Table& l3() { return tables_.l3; }
+  Counters& counters() { return tables_.counters; }
 
-  PortTable& ports() { return ports_; }
-  VlanTable& vlans() { return vlans_; }
-  PortVlanTable& port_vlans() { return port_vlans_; }
-  VlanClassTable& vlan_classes() { return vlan_classes_; }
-  StpTable& stp() { return stp_; }
-  LagTable& lags() { return lags_; }
-  FdbTable& fdb() { return fdb_; }
-  MacLockTable& mac_locks() { return mac_locks_; }
-  TrafficTable& traffic() { return traffic_; }
-  MirrorTable& mirrors() { return mirrors_; }
-  FloodBlockTable& flood_blocks() { return flood_blocks_; }
-  CosTable& cos() { return cos_; }
-  FilterTable& filters() { return filters_; }
-  FlowTable& flows() { return flows_; }
-  L3Table& l3() { return l3_; }
-  Counters& counters() { return counters_; }
   EventQueue& events() { return events_; }
   Pipeline& pipeline() { return pipeline_; }
 
@@ -110,17 +96,6 @@ class Card final : public CableSink {
   bool add_lag_members(unsigned id, const std::vector<PortIndex>& ports);
   // LagTable::remove_members(). What was learned on the LAG goes when no member is left.
   bool remove_lag_members(unsigned id, const std::vector<PortIndex>& ports);
-
-  // The LAG interface that has an id; LAG ids and interfaces are paired by the host. 0/0/0 when
-  // none has.
-  Usp lag_usp(unsigned id) const;
-  // The id of a LAG interface; false, and `id` untouched, when it has none.
-  bool lag_id(const Usp& lag, unsigned& id) const;
-  // False for an address that is no LAG interface, one that has an id, and an id that is paired
-  // or no LAG's.
-  bool pair_lag(const Usp& lag, unsigned id);
-  // False when the two are no pair.
-  bool unpair_lag(const Usp& lag, unsigned id);
 
   // --- MAC table -----------------------------------------------------------------------------
 
@@ -179,30 +154,17 @@ class Card final : public CableSink {
   void settle_signal(PortIndex port);
   void flush(Destination destination, FdbKind up_to);
 
+  bool plugged(PortIndex port) const override { return cables_[port] != nullptr; }
+  bool takes_offloads(PortIndex port) const override;
+  std::size_t transmit(PortIndex port, FramePtr* frames, std::size_t count) override;
+
   CardDescription description_;
   std::weak_ptr<const void> owner_;
   bool ended_ = false;
   std::shared_ptr<Clock> clock_;
   KeyedHash hash_;
   AddressPlan addresses_;
-  PortTable ports_;
-  VlanTable vlans_;
-  PortVlanTable port_vlans_;
-  VlanClassTable vlan_classes_;
-  StpTable stp_;
-  LagTable lags_;
-  FdbTable fdb_;
-  MacLockTable mac_locks_;
-  TrafficTable traffic_;
-  MirrorTable mirrors_;
-  FloodBlockTable flood_blocks_;
-  CosTable cos_;
-  FilterTable filters_;
-  FlowTable flows_;
-  L3Table l3_;
-  Counters counters_;
-  std::array<unsigned, kMaxLagNumber + 1> lag_id_by_number_;  // kUnpaired where none
-  std::vector<unsigned> lag_number_by_id_;                    // 0 where none
+  Tables tables_;
   std::uint64_t now_seconds_ = 0;
   FramePool frame_pool_;  // outlives everything that holds frames
   EventQueue events_;

@@ -8,7 +8,7 @@
 //   ports 8 speed 1000             # each such line appends ports
 //   ports 2 speed 10000
 //   port 3 mac 02:00:5e:00:20:01   # an address of its own for the port 1/1/3
-//   capacity fdb 4096              # see CardDescription::capacity for the names
+//   capacity fdb 4096              # see CardCapacity for the names
 //   mstp-instance 2 vlans 20,30-39 # these VLANs follow spanning-tree instance 2
 //   mac-moves 5                    # move events a second that one MAC address may cause
 //   hash-seed 1                    # for measurements that repeat; else drawn anew for each card
@@ -27,32 +27,10 @@
 
 #include "softcard/base/limits.h"
 #include "softcard/base/net_types.h"
+#include "softcard/tables/capacity.h"
+#include "softcard/tables/port_table.h"
 
 namespace softcard {
-
-struct PortDescription {
-  unsigned speed_mbps;  // the fastest the port can do: 10, 100, 1000, 2500, 10000, 25000, 40000
-                        // or 100000
-  MacAddress mac;
-};
-
-// The most entries of each table; a full table refuses and changes nothing. The names are those of
-// the statement `capacity`, with - for _.
-struct CardCapacity {
-  std::size_t vlans = kMaxVlan;
-  std::size_t lags = kMaxLagNumber;
-  std::size_t fdb = 131072;  // MAC addresses
-  std::size_t l3_interfaces = 4096;
-  std::size_t ipv4_hosts = 131072;
-  std::size_t ipv6_hosts = 65536;
-  std::size_t ipv4_routes = 131072;
-  std::size_t ipv6_routes = 65536;
-  std::size_t flows = 131072;
-  std::size_t mac_vlans = 1024;
-  std::size_t subnet_vlans = 1024;  // IPv4 and IPv6 each
-  std::size_t protocol_vlans = 16;  // per port
-  std::size_t arp_filters = 64;
-};
 
 struct CardDescription {
   // The default card.

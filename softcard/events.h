@@ -29,12 +29,13 @@
 #include "softcard/base/hash.h"
 #include "softcard/base/net_types.h"
 #include "softcard/frames/frame.h"
+#include "softcard/pipeline/pipeline.h"
 #include "softcard/tables/fdb_table.h"
 #include "vornlcapi/types.h"
 
 namespace softcard {
 
-class EventQueue {
+class EventQueue final : public CpuQueue {
  public:
   // `usp_of` gives the logical port of a destination: physical ports and LAGs, 0/0/0 for the rest.
   explicit EventQueue(std::function<Usp(Destination)> usp_of, KeyedHash hash = KeyedHash::drawn())
@@ -72,14 +73,12 @@ class EventQueue {
 
   // --- Posting --------------------------------------------------------------------------------
 
-  // Whether anybody listens for packets: without, there is no need to make a copy for one.
-  bool wants_packets() const { return listeners_[LCMGR_REPORT_RX_PACKET] != 0; }
-  // Likewise for changes of the MAC table: without, their time need not be asked for.
+  bool wants_packets() const override { return listeners_[LCMGR_REPORT_RX_PACKET] != 0; }
+  // Whether anybody listens for changes of the MAC table: without, their time need not be asked
+  // for.
   bool wants_mac_changes() const { return listeners_[LCMGR_REPORT_MAC_UPDATE] != 0; }
 
-  // A packet for the CPU: ingress, VLAN and priority are the frame's.  `reason` is RX_REASON_....
-  // False when it was not queued, for want of room or of a listener.
-  bool post_packet(FramePtr frame, unsigned reason);
+  bool post_packet(FramePtr frame, unsigned reason) override;
 
   void post_link_change(PortIndex port, const LinkStatus& status);
 

@@ -136,12 +136,12 @@ bool vornsdk_delete_sdk_instance(VornSdkBase* sdk) {
 
 bool vornsdk_lag_usp_to_lag_id(const Usp& lag, unsigned int& id) {
   const softcard::Card* const card = host::card();
-  return card != nullptr && card->lag_id(lag, id);
+  return card != nullptr && card->tables().lags.id_of(lag, id);
 }
 
 bool vornsdk_lag_id_to_lag_usp(unsigned int id, Usp& lag) {
   const softcard::Card* const card = host::card();
-  const Usp found = card == nullptr ? Usp(0, 0, 0) : card->lag_usp(id);
+  const Usp found = card == nullptr ? Usp(0, 0, 0) : card->tables().lags.usp_of(id);
   if (found == Usp(0, 0, 0)) return false;
   lag = found;
   return true;
@@ -152,14 +152,15 @@ bool vornsdk_lag_id_to_lag_usp(unsigned int id, Usp& lag) {
 bool vornsdk_add_lag_mapping(const Usp& lag, unsigned int id) {
   softcard::Card* const card = host::card();
   if (card == nullptr) return false;
-  if (card->pair_lag(lag, id)) return true;
-  if (card->lag_usp(id) == Usp(0, 0, 0) && card->delete_lag(id)) delete_lag_from_list(id, lag_list);
+  if (card->tables().lags.pair(lag, id)) return true;
+  if (card->tables().lags.usp_of(id) == Usp(0, 0, 0) && card->delete_lag(id))
+    delete_lag_from_list(id, lag_list);
   return false;
 }
 
 bool vornsdk_delete_lag_mapping(const Usp& lag, unsigned int id) {
   softcard::Card* const card = host::card();
-  return card != nullptr && card->unpair_lag(lag, id);
+  return card != nullptr && card->tables().lags.unpair(lag, id);
 }
 
 // ---- vorn_port_mapping.h ------------------------------------------------------------------------
@@ -189,7 +190,7 @@ bool vorn_usp_to_mp_list(const Usp& port, std::list<Mp>& mps) {
   softcard::Card* const card = host::card();
   unsigned id = 0;
   if (card == nullptr) return false;
-  if (card->lag_id(port, id)) return get_lag_member(id, mps);
+  if (card->tables().lags.id_of(port, id)) return get_lag_member(id, mps);
   if (!is_port_logical_vlan(port) || !card->vlans().known(port.port())) return false;
   for (const softcard::PortIndex member : card->vlans().members(port.port())) {
     mps.push_back(softcard::AddressPlan::mp_of(member));

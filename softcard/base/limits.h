@@ -21,6 +21,10 @@ constexpr bool valid_vlan(unsigned vlan) { return vlan >= 1 && vlan <= kMaxVlan;
 // Spanning-tree instances are 0 to kMstpInstances - 1.
 inline constexpr unsigned kMstpInstances = 64;
 
+// 802.1p priorities are 0 to kPriorities - 1, egress queues 0 to kQueues - 1.
+inline constexpr unsigned kPriorities = 8;
+inline constexpr unsigned kQueues = 8;
+
 // LAG interfaces are numbered 1 to kMaxLagNumber, LAG ids 0 to kMaxLagNumber - 1.
 inline constexpr unsigned kMaxLagNumber = 128;
 

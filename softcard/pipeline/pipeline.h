@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The forwarding pipeline: what becomes of a frame. pipeline.cpp reads from top to bottom as the
-// way of a frame; here stands what the rest of the card calls.
+// way of a frame; here stands what the rest of the card calls, and what the pipeline asks of it.
 //
 // Frames come in bursts, so that the memory that their lookups need is fetched for all of them
 // together; each frame is nevertheless handled after the one before it, with all that that one
@@ -14,25 +14,35 @@
 #include <cstdint>
 #include <vector>
 
+#include "softcard/base/clock.h"
 #include "softcard/base/net_types.h"
 #include "softcard/base/port_set.h"
 #include "softcard/frames/frame.h"
 #include "softcard/frames/parser.h"
+#include "softcard/pipeline/egress.h"
 #include "softcard/pipeline/trace.h"
-#include "softcard/tables/flow_table.h"
-#include "softcard/tables/l3_table.h"
-#include "softcard/tables/lag_table.h"
 #include "softcard/tables/storm_meter.h"
-#include "softcard/tables/traffic_table.h"
+#include "softcard/tables/tables.h"
 
 namespace softcard {
 
-class Card;
+// Where frames for the control plane wait.
+class CpuQueue {
+ public:
+  // Whether anybody takes packets: without, there is no need to make a copy for one.
+  virtual bool wants_packets() const = 0;
+  // Takes a packet whose ingress, VLAN and priority are the frame's; `reason` is RX_REASON_....
+  // False when it was not queued, for want of room or of somebody who takes it.
+  virtual bool post_packet(FramePtr frame, unsigned reason) = 0;
+
+ protected:
+  ~CpuQueue() = default;
+};
 
 class Pipeline {
  public:
-  // The pipeline of `card`, which outlives it and whose ports are there already.
-  explicit Pipeline(Card& card);
+  // All are kept and outlive the pipeline; the ports are there already.
+  Pipeline(Tables& tables, const Clock& clock, FramePool& pool, CpuQueue& cpu, PortCables& cables);
   Pipeline(const Pipeline&) = delete;
   Pipeline& operator=(const Pipeline&) = delete;
 
@@ -51,22 +61,10 @@ class Pipeline {
   bool send_from_cpu(const std::uint8_t* data, std::size_t bytes, unsigned type);
 
   // Records the way of every frame in `trace` until it is set to null.
-  void set_trace(Trace* trace) { trace_ = trace; }
-
-  // Frames and copies dropped at a port for a reason; trace.h says at which port which reason
-  // counts. kNoPort: frames that came from the CPU.
-  std::uint64_t drops(PortIndex port, DropReason reason) const;
-  // The sum over all ports and the CPU.
-  std::uint64_t drops(DropReason reason) const;
-  // Counts frames that the port's cable lost.
-  void add_drops(PortIndex port, DropReason reason, std::uint64_t frames) {
-    states_[port].drops[static_cast<std::size_t>(reason)] += frames;
-  }
-  void clear_drops();
-  void clear_drops(PortIndex port);
+  void set_trace(Trace* trace) { note_.set(trace); }
 
  private:
-  // Frames whose lookups wait for memory together, and most frames handed to a cable at a time.
+  // Frames whose lookups wait for memory together.
   static constexpr std::size_t kBurst = 32;
 
   // How a frame leaves a port.
@@ -103,23 +101,10 @@ class Pipeline {
     }
   };
 
-  // What waits for the cable of an egress port.
-  struct Staged {
-    std::size_t count = 0;
-    std::array<FramePtr, kBurst> frames;
-  };
-
-  // What a port remembers from frame to frame.
-  struct PortState {
-    std::array<StormMeter, kStormKinds> meters;
-    std::uint64_t pause_until_ns = 0;  // how long the last pause frame that it sent holds
-    std::array<std::uint64_t, kDropReasons> drops{};
-  };
-
   // The stages, in the order in which a frame meets them; those that are bool say whether the frame
   // goes on to the next one.
   bool arrive(Passage& passage);
-  bool classify(Passage& passage);
+  void classify(Passage& passage);
   void pass(Passage& passage);
   bool trap_reserved(Passage& passage);
   bool check_vlan(Passage& passage);
@@ -133,26 +118,20 @@ class Pipeline {
   void forward(Passage& passage);
   void learn(const Passage& passage);
   void route(Passage& passage);
+  void keep_from_routing(Passage& passage, DropReason reason, unsigned cpu_reason);
   void bridge(Passage& passage);
   void flood(Passage& passage, FramePtr frame, flood_block_type_t kind);
 
   // The ways out.
   void send(Passage& passage, FramePtr frame, Destination destination, Tagging tagging);
-  PortIndex choose_member(const Passage& passage, const Frame& frame, const Lag& lag,
-                          const PortSet& ready);
-  PortSet able(const Passage& passage, Tagging tagging) const;
-  bool refused(const Passage& passage, PortIndex egress, Tagging tagging, DropReason& reason) const;
+  PortSet eligible(const Passage& passage, Tagging tagging) const;
+  bool ineligible(const Passage& passage, PortIndex egress, Tagging tagging,
+                  DropReason& reason) const;
   bool emit(const Passage& passage, FramePtr frame, PortIndex egress, Tagging tagging);
   void mirror(const Frame& frame, PortIndex mirrored, const char* direction);
-  void transmit(FramePtr frame, PortIndex egress, unsigned queue);
-  void stage(FramePtr frame, PortIndex egress);
-  void flush(PortIndex egress);
-  void flush_all();
-  void push_back(PortIndex port);
   bool to_cpu(const Passage& passage, FramePtr frame, unsigned reason);
 
   bool read_cpu_frame(const std::uint8_t* data, std::size_t bytes, unsigned type, Passage& passage);
-  static std::uint64_t balance(const Headers& headers, const Frame& frame, lag_psc_t criterion);
   PortSet own_ports(const Passage& passage) const;
   const L3Interface* router_of(const Passage& passage) const;
   void find_next_hops(std::size_t count);
@@ -161,25 +140,19 @@ class Pipeline {
                       const L3RouteTable<Address>& all_routes);
   const NextHop* next_hop_of(const Passage& passage) const;
 
-  // Drops a whole frame on its way in or to its destination, or one copy on its way out.
+  // Drops a whole frame, on its way in or to its destination.
   void drop(Passage& passage, DropReason reason);
-  void refuse(PortIndex egress, DropReason reason);
 
-  template <class... Parts>
-  void note(const char* stage, const Parts&... parts) const {
-    if (trace_ != nullptr) add_note(stage, parts...);
-  }
-  template <class... Parts>
-  void add_note(const char* stage, const Parts&... parts) const;
-
-  Card& card_;
-  Trace* trace_ = nullptr;
-  std::uint64_t now_ns_ = 0;  // of the burst in hand
+  Tables& tables_;
+  const Clock& clock_;
+  FramePool& pool_;
+  CpuQueue& cpu_;
+  TraceWriter note_;
+  Egress egress_;
+  std::uint64_t now_ns_ = 0;       // of the burst in hand
+  std::uint64_t now_seconds_ = 0;  // the same, for what ages
   std::array<Passage, kBurst> passages_;
-  std::vector<Staged> staged_;  // by port
-  PortSet staged_ports_;
-  std::vector<PortState> states_;  // by port
-  std::array<std::uint64_t, kDropReasons> cpu_drops_{};
+  std::vector<std::array<StormMeter, kStormKinds>> meters_;  // by port
 };
 
 }  // namespace softcard

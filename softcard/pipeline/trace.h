@@ -1,75 +1,26 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Why a frame went where it went: the reasons for which frames are dropped, and the record of a
-// frame's way through the pipeline, table by table.
+// Why a frame went where it went: the record of its way through the pipeline, table by table, and
+// the words of that record.
 #ifndef SOFTCARD_PIPELINE_TRACE_H_
 #define SOFTCARD_PIPELINE_TRACE_H_
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 #include "softcard/base/net_types.h"
+#include "softcard/tables/tables.h"
 
 namespace softcard {
 
-// Why a frame, or one copy of it, went no further.
-enum class DropReason : std::uint8_t {
-  // On the way in; counted at the ingress port.
-  cable_lost,
-  runt,
-  oversize,
-  malformed,
-  link_down,
-  pause,
-  ingress_discard,
-  accept_frame,
-  no_vlan,
-  not_member,
-  stp_ingress,
-  mac_lock,
-  storm_broadcast,
-  storm_multicast,
-  storm_unicast,
-  // Where to; counted at the ingress port.
-  flow_miss,
-  flow_drop,
-  l2_disabled,
-  same_port,
-  flood_nowhere,
-  bad_ip,
-  ttl,
-  no_route,
-  no_interface,
-  router_local,
-  router_mtu,
-  lag_empty,
-  // On the way out; counted at the egress port.
-  egress_down,
-  egress_state,
-  egress_not_member,
-  stp_egress,
-  egress_l2_disabled,
-  egress_mtu,
-  flood_blocked,
-  unplugged,
-  cable_refused,
-  cable_forgot,
-  // Want of room: for a packet to the CPU at the ingress port, for a copy at the egress port.
-  cpu_queue,
-  no_buffer,
-  count_  // how many there are; no reason
-};
-inline constexpr std::size_t kDropReasons = static_cast<std::size_t>(DropReason::count_);
-
-// The reason's name in scripts and counters: its enumerator's, with - for _.
-const char* name(DropReason reason);
-// The reason in a few words.
-const char* text(DropReason reason);
-
 // Why a packet was handed to the CPU, in a few words; `reason` is RX_REASON_....
 const char* rx_reason_text(unsigned reason);
+
+// What a flow's action does, in a few words; `kind` is OF_ACTION_....
+const char* flow_action_text(unsigned kind);
 
 // The record of frames on their way. The pipeline fills one while it is set.
 class Trace {
@@ -89,6 +40,51 @@ class Trace {
 
  private:
   std::vector<Step> steps_;
+};
+
+// Numbers that a step shows as an address and in hexadecimal.
+struct MacText {
+  std::uint64_t number;  // MacAddress::to_number()
+};
+struct HexText {
+  std::uint64_t number;
+};
+
+// Writes the steps of a trace out of their parts: words, numbers, addresses, destinations and drop
+// reasons. Without a trace a step costs a comparison.
+class TraceWriter {
+ public:
+  // `tables`, which the writer keeps, know the names of LAGs.
+  explicit TraceWriter(const Tables& tables) : tables_(tables) {}
+
+  // Writes to `trace` until it is set to null.
+  void set(Trace* trace) { trace_ = trace; }
+
+  template <class... Parts>
+  void operator()(const char* stage, const Parts&... parts) const {
+    if (trace_ != nullptr) write(stage, parts...);
+  }
+
+ private:
+  template <class... Parts>
+  void write(const char* stage, const Parts&... parts) const {
+    std::string line;
+    (append(line, parts), ...);
+    trace_->add(stage, std::move(line));
+  }
+
+  static void append(std::string& line, const char* words) { line += words; }
+  template <class Number, class = std::enable_if_t<std::is_integral_v<Number>>>
+  static void append(std::string& line, Number number) {
+    line += std::to_string(number);
+  }
+  static void append(std::string& line, DropReason reason);
+  static void append(std::string& line, HexText hex);
+  static void append(std::string& line, MacText mac);
+  void append(std::string& line, Destination destination) const;
+
+  const Tables& tables_;
+  Trace* trace_ = nullptr;
 };
 
 }  // namespace softcard

@@ -1221,7 +1221,7 @@ bool SoftSdk::traverse_mac_table(void* arg) {
       const Destination destination = entry.destination();
       Usp usp(0, 0, 0);
       if (destination.is_port()) usp = AddressPlan::usp_of(destination.number);
-      if (destination.is_lag()) usp = card_.lag_usp(destination.number);
+      if (destination.is_lag()) usp = card_.lags().usp_of(destination.number);
       ctype_l2_addr_s record{};
       write_mac(entry.mac(), record.mac);
       record.vlan = entry.vlan();

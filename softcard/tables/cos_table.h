@@ -8,13 +8,10 @@
 #include <array>
 #include <cstdint>
 
+#include "softcard/base/limits.h"
 #include "softcard/base/net_types.h"
-#include "softcard/base/port_set.h"
 
 namespace softcard {
-
-inline constexpr unsigned kPriorities = 8;
-inline constexpr unsigned kQueues = 8;
 
 class CosTable {
  public:

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The counters of the ports: every kind of stat_type_t, from which the brief set follows. A port
-// whose counters are off keeps their values. Drops by reason are the pipeline's.
+// whose counters are off keeps their values. Drops by reason are in
+// drop_counters.h.
 //
 // Conventions: a PortIndex given is a port of the card. Sizes are bytes of the whole frame without
 // its checksum.
@@ -13,12 +14,19 @@
 #include <vector>
 
 #include "softcard/base/net_types.h"
+#include "softcard/frames/parser.h"
 #include "vornlcapi/enums.h"
 
 namespace softcard {
 
 // What a frame's destination address says of its kind.
 enum class CastKind : std::uint8_t { unicast, multicast, broadcast };
+
+// The kind of a destination address; `destination` is MacAddress::to_number().
+constexpr CastKind cast_of(std::uint64_t destination) {
+  if ((destination >> 40 & 1) == 0) return CastKind::unicast;
+  return destination == kBroadcast ? CastKind::broadcast : CastKind::multicast;
+}
 
 class Counters {
  public:

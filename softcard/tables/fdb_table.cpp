@@ -74,7 +74,7 @@ std::size_t FdbTable::remove_mac(const MacAddress& mac) {
 }
 
 std::size_t FdbTable::flush(const FdbFilter& filter) {
-  const List* by_vlan = filter.vlan ? &vlan_lists_[*filter.vlan & 0xFFF] : nullptr;
+  const List* by_vlan = filter.vlan ? &vlan_lists_[*filter.vlan % kVlanCount] : nullptr;
   const List* by_destination = nullptr;
   if (filter.destination) {
     by_destination = find_list(*filter.destination);

@@ -8,8 +8,8 @@
 // costs what it removes.  Nothing is allocated after construction, except when a port or LAG number
 // larger than any before is seen.
 //
-// Conventions: VLAN ids are 0 to 4095; times are seconds of the card's clock, which never goes
-// back. A full table refuses a new entry and changes nothing.
+// Conventions: VLAN ids are below kVlanCount; times are seconds of the card's clock, which never
+// goes back. A full table refuses a new entry and changes nothing.
 #ifndef SOFTCARD_TABLES_FDB_TABLE_H_
 #define SOFTCARD_TABLES_FDB_TABLE_H_
 
@@ -22,6 +22,7 @@
 
 #include "softcard/base/hash.h"
 #include "softcard/base/net_types.h"
+#include "softcard/tables/capacity.h"
 
 namespace softcard {
 
@@ -50,7 +51,7 @@ constexpr std::uint64_t fdb_key(std::uint16_t vlan, std::uint64_t mac) {
 // One entry, 16 bytes.  Only FdbTable changes it.
 class FdbEntry {
  public:
-  std::uint16_t vlan() const { return static_cast<std::uint16_t>(key_ >> 48 & 0xFFF); }
+  std::uint16_t vlan() const { return static_cast<std::uint16_t>((key_ >> 48) % kVlanCount); }
   MacAddress mac() const { return MacAddress::from_number(key_); }
   Destination destination() const {
     return {static_cast<DestinationKind>(flags_ >> kDestinationShift & 7), number_};
@@ -116,7 +117,7 @@ struct FdbFilter {
 
 class FdbTable {
  public:
-  static constexpr std::size_t kDefaultCapacity = 131072;
+  static constexpr std::size_t kDefaultCapacity = CardCapacity().fdb;
   static constexpr std::uint32_t kDefaultAgeingSeconds = 300;
 
   // Makes room for `capacity` entries, at least 1 and at most 2^28.
@@ -164,7 +165,7 @@ class FdbTable {
   bool remove(std::uint16_t vlan, const MacAddress& mac);
 
   // Removes the entries of `mac` in all VLANs and returns how many there were.  Asks once in each
-  // VLAN that has entries at all: at most 4096 lookups, and no list per address to keep.
+  // VLAN that has entries at all: at most kVlanCount lookups, and no list per address to keep.
   std::size_t remove_mac(const MacAddress& mac);
 
   // Removes what fits `filter` and returns how many entries that was.
@@ -189,7 +190,9 @@ class FdbTable {
   // The learned entries that point to `destination`.
   std::size_t learned_on(Destination destination) const;
   // The learned entries in `vlan`.
-  std::size_t learned_in(std::uint16_t vlan) const { return vlan_lists_[vlan & 0xFFF].learned; }
+  std::size_t learned_in(std::uint16_t vlan) const {
+    return vlan_lists_[vlan % kVlanCount].learned;
+  }
 
   // Calls visit(const FdbEntry&) for each entry, by VLAN and address from the lowest up.  `visit`
   // may change the table: each entry that stays is visited exactly once, and one that is added

@@ -43,8 +43,8 @@ FlowKey FlowTable::mask_of(const FlowMatch& match) {
   FlowKey mask;
   mask.set_ethernet(static_cast<PortIndex>(ones(kFlowInPort, 0xFFFF)),
                     ones(kFlowSourceMac, kMacBits), ones(kFlowDestinationMac, kMacBits),
-                    static_cast<std::uint16_t>(ones(kFlowVlan, 0xFFF)),
-                    static_cast<std::uint8_t>(ones(kFlowPriority, 0x7)),
+                    static_cast<std::uint16_t>(ones(kFlowVlan, kVlanCount - 1)),
+                    static_cast<std::uint8_t>(ones(kFlowPriority, kPriorities - 1)),
                     static_cast<std::uint16_t>(ones(kFlowEtherType, 0xFFFF)));
   if (asks(kFlowIpProtocol | kFlowTos)) {
     mask.set_ip(static_cast<std::uint8_t>(ones(kFlowIpProtocol, 0xFF)),
@@ -131,7 +131,7 @@ FlowResult FlowTable::add(const FlowMatch& match, std::uint32_t& id, std::int32_
 
 FlowResult FlowTable::add_with_id(const FlowMatch& match, std::uint32_t id, std::int32_t priority) {
   if (((match.fields & kFlowVlan) != 0 && match.vlan >= kVlanCount) ||
-      ((match.fields & kFlowPriority) != 0 && match.priority > 7)) {
+      ((match.fields & kFlowPriority) != 0 && match.priority >= kPriorities)) {
     return FlowResult::bad_match;
   }
   if (ids_.find(id) != kNil) return FlowResult::id_taken;

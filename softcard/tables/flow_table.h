@@ -23,6 +23,7 @@
 #include "softcard/base/id_map.h"
 #include "softcard/base/net_types.h"
 #include "softcard/base/pool.h"
+#include "softcard/tables/capacity.h"
 
 namespace softcard {
 
@@ -124,7 +125,7 @@ struct FlowMatch {
   PortIndex in_port = 0;
   MacAddress source_mac;
   MacAddress destination_mac;
-  std::uint16_t vlan = 0;     // 0 to 4095
+  std::uint16_t vlan = 0;     // below kVlanCount
   std::uint8_t priority = 0;  // PCP, 0 to 7
   std::uint16_t ether_type = 0;
   Ipv4 ipv4_source = 0;       // bits outside the mask do not count
@@ -182,7 +183,7 @@ enum class FlowResult {
   done,
   full,       // no room for the flow, or for one more action
   id_taken,   // a flow has that id
-  bad_match,  // a VLAN id above 4095 or a PCP above 7
+  bad_match,  // no VLAN id, or no PCP
   no_flow,    // no flow has that id
   exists,     // the flow has that action already
   no_action,  // the flow has no such action
@@ -190,7 +191,7 @@ enum class FlowResult {
 
 class FlowTable {
  public:
-  static constexpr std::size_t kDefaultCapacity = 131072;
+  static constexpr std::size_t kDefaultCapacity = CardCapacity().flows;
   static constexpr std::int32_t kDefaultPriority = 32768;
 
   explicit FlowTable(std::size_t capacity = kDefaultCapacity, KeyedHash hash = KeyedHash::drawn());

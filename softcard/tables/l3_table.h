@@ -20,6 +20,7 @@
 #include "softcard/base/net_types.h"
 #include "softcard/base/pool.h"
 #include "softcard/base/prefix_trie.h"
+#include "softcard/tables/capacity.h"
 
 namespace softcard {
 
@@ -29,7 +30,7 @@ enum class L3Add {
   replaced,  // an entry of the same key has the new values
   exists,    // refused: another entry stands in the way and was not to be replaced
   full,      // refused: no room
-  invalid,   // refused: a VLAN id above 4095 or a mask length beyond the address
+  invalid,   // refused: no VLAN id or a mask length beyond the address
 };
 
 // True for added and replaced.
@@ -93,7 +94,7 @@ class L3InterfaceTable {
 
   // Returns the interface that owns `mac` in `vlan`, or null: whether a frame is the router's.
   const L3Interface* find(std::uint16_t vlan, const MacAddress& mac) const {
-    if (per_vlan_[vlan & 0xFFF] == 0) return nullptr;
+    if (per_vlan_[vlan % kVlanCount] == 0) return nullptr;
     return find_pair(vlan, mac);
   }
 
@@ -325,20 +326,12 @@ class L3RouteTable {
 
 // --- All of them ----------------------------------------------------------------------------
 
-// How many entries each table takes.
-struct L3Capacity {
-  std::size_t interfaces = 4096;
-  std::size_t ipv4_hosts = 131072;
-  std::size_t ipv6_hosts = 65536;
-  std::size_t ipv4_routes = 131072;
-  std::size_t ipv6_routes = 65536;
-};
-
 // The layer-3 tables of a card.  They stand side by side: removing an interface leaves the hosts
 // and routes that name it, and those find no interface until one has that id again.
 struct L3Table {
-  explicit L3Table(const L3Capacity& capacity = L3Capacity(), KeyedHash hash = KeyedHash::drawn())
-      : interfaces(capacity.interfaces, hash),
+  explicit L3Table(const CardCapacity& capacity = CardCapacity(),
+                   KeyedHash hash = KeyedHash::drawn())
+      : interfaces(capacity.l3_interfaces, hash),
         ipv4_hosts(capacity.ipv4_hosts, hash),
         ipv6_hosts(capacity.ipv6_hosts, hash),
         ipv4_routes(capacity.ipv4_routes, hash),

@@ -6,7 +6,10 @@
 
 namespace softcard {
 
-LagTable::LagTable(std::size_t capacity) : lags_(capacity) { lag_of_.fill(kNoLag); }
+LagTable::LagTable(std::size_t capacity) : lags_(capacity), number_by_id_(capacity) {
+  lag_of_.fill(kNoLag);
+  id_by_number_.fill(kUnpaired);
+}
 
 bool LagTable::create(unsigned& id) {
   const auto free =
@@ -58,6 +61,37 @@ bool LagTable::remove_members(unsigned id, const std::vector<PortIndex>& ports) 
 bool LagTable::set_psc(unsigned id, lag_psc_t psc) {
   if (!exists(id) || psc < LAG_PSC_SRC_MAC || psc > LAG_PSC_SRC_DST_IP_PORT) return false;
   lags_[id].psc = psc;
+  return true;
+}
+
+// ---- LAG interfaces -----------------------------------------------------------------------------
+
+Usp LagTable::usp_of(unsigned id) const {
+  const bool paired = id < number_by_id_.size() && number_by_id_[id] != 0;
+  return paired ? AddressPlan::lag_usp(number_by_id_[id]) : Usp(0, 0, 0);
+}
+
+bool LagTable::id_of(const Usp& lag, unsigned& id) const {
+  if (!AddressPlan::is_lag(lag) || id_by_number_[lag.port()] == kUnpaired) return false;
+  id = id_by_number_[lag.port()];
+  return true;
+}
+
+bool LagTable::pair(const Usp& lag, unsigned id) {
+  unsigned present = 0;
+  if (!AddressPlan::is_lag(lag) || id_of(lag, present) || !exists(id) || number_by_id_[id] != 0) {
+    return false;
+  }
+  id_by_number_[lag.port()] = id;
+  number_by_id_[id] = lag.port();
+  return true;
+}
+
+bool LagTable::unpair(const Usp& lag, unsigned id) {
+  unsigned present = 0;
+  if (!id_of(lag, present) || present != id) return false;
+  id_by_number_[lag.port()] = kUnpaired;
+  number_by_id_[id] = 0;
   return true;
 }
 

@@ -2,6 +2,7 @@
 //
 // Link aggregation groups: their members in the order they were added, and how a frame's member is
 // chosen. A port belongs to one LAG at most. LAGs have ids from 0; a new one gets the lowest free.
+// Which LAG interface (1/2/n) has which id is the host's to say: it pairs them.
 #ifndef SOFTCARD_TABLES_LAG_TABLE_H_
 #define SOFTCARD_TABLES_LAG_TABLE_H_
 
@@ -9,6 +10,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "softcard/base/address_plan.h"
 #include "softcard/base/net_types.h"
 #include "softcard/base/port_set.h"
 #include "vornlcapi/enums.h"
@@ -55,9 +57,25 @@ class LagTable {
   // False when the LAG or the strategy does not exist.
   bool set_psc(unsigned id, lag_psc_t psc);
 
+  // --- LAG interfaces ------------------------------------------------------------------------
+
+  // The LAG interface that has an id; 0/0/0 when none has.
+  Usp usp_of(unsigned id) const;
+  // The id of a LAG interface; false, and `id` untouched, when it has none.
+  bool id_of(const Usp& lag, unsigned& id) const;
+  // False for an address that is no LAG interface, one that has an id, and an id that is paired
+  // or no LAG's.
+  bool pair(const Usp& lag, unsigned id);
+  // False when the two are no pair.
+  bool unpair(const Usp& lag, unsigned id);
+
  private:
+  static constexpr unsigned kUnpaired = UINT32_MAX;
+
   std::vector<Lag> lags_;  // by id
   std::array<std::uint16_t, kMaxPorts> lag_of_;
+  std::array<unsigned, kMaxLagNumber + 1> id_by_number_;  // kUnpaired where none
+  std::vector<unsigned> number_by_id_;                    // 0 where none
 };
 
 }  // namespace softcard

@@ -10,6 +10,7 @@
 #include <array>
 #include <vector>
 
+#include "softcard/base/limits.h"
 #include "softcard/base/net_types.h"
 #include "softcard/base/port_set.h"
 

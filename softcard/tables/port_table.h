@@ -13,15 +13,21 @@
 #ifndef SOFTCARD_TABLES_PORT_TABLE_H_
 #define SOFTCARD_TABLES_PORT_TABLE_H_
 
+#include <cstdint>
 #include <functional>
 #include <vector>
 
 #include "softcard/base/net_types.h"
 #include "softcard/base/port_set.h"
-#include "softcard/card_description.h"
 #include "vornlcapi/enums.h"
 
 namespace softcard {
+
+struct PortDescription {
+  unsigned speed_mbps;  // the fastest the port can do: 10, 100, 1000, 2500, 10000, 25000, 40000
+                        // or 100000
+  MacAddress mac;
+};
 
 // Bits of port_ability_type_t.
 using AbilitySet = unsigned;

@@ -4,8 +4,6 @@
 
 #include <algorithm>
 
-#include "softcard/tables/cos_table.h"
-
 namespace softcard {
 
 PortVlanTable::PortVlanTable(PortIndex ports, std::size_t protocol_vlans_per_port)

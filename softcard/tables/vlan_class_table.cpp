@@ -3,7 +3,6 @@
 #include "softcard/tables/vlan_class_table.h"
 
 #include "softcard/base/limits.h"
-#include "softcard/tables/cos_table.h"
 #include "softcard/tables/l3_table.h"
 
 namespace softcard {

@@ -132,7 +132,7 @@ TEST_F(CpuTest, SendsByForwarding) {
   EXPECT_EQ(card.fdb().find(10, MacAddress::from_bytes(mac('x'))), nullptr);
   ok(sdk.add_system_mac(mac('s'), 10));
   ok(sdk.send_packet_from_cpu(packet("x s vlan=10")));
-  EXPECT_EQ(card.pipeline().drops(kNoPort, DropReason::cpu_queue), 1u);
+  EXPECT_EQ(card.tables().drops.count(kNoPort, DropReason::cpu_queue), 1u);
   EXPECT_FALSE(sdk.send_packet_from_cpu(packet("x b vlan=99")));
   ok(sdk.set_port_stp_state(mp(3), STP_STATE_BLOCKING));
   ok(sdk.send_packet_from_cpu(packet("x all vlan=20")));
@@ -311,7 +311,7 @@ TEST_F(CpuTest, TraceTellsTheWay) {
   trace.clear();
   in(0, "a b vlan=77");
   EXPECT_TRUE(trace.steps().empty());
-  EXPECT_EQ(card.pipeline().drops(DropReason::no_vlan), 2u);
+  EXPECT_EQ(card.tables().drops.count(DropReason::no_vlan), 2u);
 }
 
 }  // namespace

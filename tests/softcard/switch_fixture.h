@@ -200,7 +200,7 @@ class SwitchTest : public ::testing::Test {
     return value;
   }
   std::uint64_t drops(PortIndex port, DropReason reason) {
-    return card.pipeline().drops(port, reason);
+    return card.tables().drops.count(port, reason);
   }
 
   void warp(double seconds) {

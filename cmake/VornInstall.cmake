@@ -19,11 +19,24 @@ else()
   set(xorp_headers PATTERN "*.hh")
 endif()
 install(DIRECTORY platform/ DESTINATION ${platform_dir} COMPONENT dev
-  FILES_MATCHING PATTERN "*.h" ${xorp_headers})
+  FILES_MATCHING PATTERN "*.h" ${xorp_headers} PATTERN "rules.h" EXCLUDE)
 install(EXPORT vornlcapi NAMESPACE vornlcapi:: FILE vornlcapiTargets.cmake
   DESTINATION ${package_dir} COMPONENT dev)
 
+if(TARGET vorn_no_event_loop)
+  install(TARGETS vorn_no_event_loop EXPORT vornlcapi)
+  install(FILES examples/minimal_host/no_event_loop.cpp
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/vornlcapi COMPONENT dev)
+endif()
+if(TARGET vorn_host_check)
+  install(TARGETS vorn_host_check EXPORT vornlcapi
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+endif()
+
 if(TARGET softcard)
+  # What a program needs beside the archive when the C compiler links it.
+  set(VORN_CXX_RUNTIME ${CMAKE_CXX_IMPLICIT_LINK_LIBRARIES})
+  list(REMOVE_ITEM VORN_CXX_RUNTIME ${CMAKE_C_IMPLICIT_LINK_LIBRARIES})
   set_target_properties(softcard PROPERTIES EXPORT_NAME softcard_archive)
   install(TARGETS softcard EXPORT vornlcapi_softcard
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)

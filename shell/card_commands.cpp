@@ -95,10 +95,10 @@ void time(Shell& shell, Arguments& arguments, Reply& reply) {
     if (word != "warp") throw Error("'" + word + "' is not warp");
     const std::uint64_t nanoseconds = take_nanoseconds(arguments);
     arguments.finish();
-    if (!clock.warp_ns(nanoseconds)) {
-      throw Error(clock.warp_ns(0)
-                      ? "the card's time ends 2^64 ns after its start"
-                      : "the card runs in real time; start with --virtual-time to warp");
+    if (!softcard::host::warp_ns(nanoseconds)) {
+      throw Error(dynamic_cast<softcard::VirtualClock*>(&clock) == nullptr
+                      ? "the card runs in real time; start with --virtual-time to warp"
+                      : "the card's time ends 2^64 ns after its start");
     }
     return;
   }

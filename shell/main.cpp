@@ -54,7 +54,11 @@ int run(const Settings& settings, const char* script) {
   const bool at_terminal = !settings.has_commands && script == nullptr && isatty(STDIN_FILENO) != 0;
   const bool virtual_time = settings.time == Settings::Time::kVirtual ||
                             (settings.time == Settings::Time::kDefault && !at_terminal);
-  if (virtual_time) softcard::host::use_clock(std::make_shared<softcard::VirtualClock>());
+  if (virtual_time) {
+    softcard::host::use_clock(std::make_shared<softcard::VirtualClock>());
+    // The shell's own loop waits for what is typed, and for other processes.
+    softcard::host::loop_in_real_time();
+  }
   if (!settings.card_file.empty()) softcard::host::use_description_file(settings.card_file);
 
   int ports = 0;

@@ -2,6 +2,7 @@
 
 #include "softcard/card.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "softcard/cables/memory_cable.h"
@@ -255,6 +256,13 @@ std::size_t Card::run_once(std::size_t budget) {
     if (cable != nullptr) done += cable->poll(budget);
   }
   return done + deliver_events();
+}
+
+std::uint64_t Card::next_due_ns() const {
+  const std::uint64_t seconds = tables_.fdb.next_due_seconds();
+  const std::uint64_t ageing =
+      seconds > UINT64_MAX / kNanosecondsPerSecond ? UINT64_MAX : seconds * kNanosecondsPerSecond;
+  return std::min(ageing, events_.next_due_ns());
 }
 
 void Card::clear_counters() {

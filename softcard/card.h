@@ -142,6 +142,11 @@ class Card final : public CableSink, private PortCables {
   // of each) and delivers the events. Returns how much was done: 0 when nothing was waiting.
   std::size_t run_once(std::size_t budget = 256);
 
+  // When run_once() next has something to do though nothing came in, nanoseconds of the clock: an
+  // address that may be too old, a move that was held back. Nothing is due before. UINT64_MAX:
+  // never, as things are.
+  std::uint64_t next_due_ns() const;
+
   // Seconds of the clock when the last round or burst of frames began: good enough for what ages.
   std::uint64_t now_seconds() const { return now_seconds_; }
 

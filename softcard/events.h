@@ -26,6 +26,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "softcard/base/clock.h"
 #include "softcard/base/hash.h"
 #include "softcard/base/net_types.h"
 #include "softcard/frames/frame.h"
@@ -91,6 +92,11 @@ class EventQueue final : public CpuQueue {
   // returns how many those were.  Called from within a callback it does nothing.  An exception of
   // a callback passes through; the events behind are delivered by the next call.
   std::size_t deliver(std::uint64_t now_ns);
+
+  // When a move that is held back is next due, nanoseconds; none is before. UINT64_MAX: never.
+  std::uint64_t next_due_ns() const {
+    return moves_.empty() ? UINT64_MAX : earliest_since_ns_ + kNanosecondsPerSecond;
+  }
 
   // Whether events are queued.
   bool pending() const { return !queue_.empty() || next_ < delivering_.size(); }

@@ -10,6 +10,8 @@
 #include <utility>
 #include <vector>
 
+#include "softcard/base/refusal.h"
+#include "softcard/eventloop/loop_time.h"
 #include "softcard/sdk/sdk.h"
 #include "vorn_lag_list.h"
 #include "vorn_port_mapping.h"
@@ -38,6 +40,8 @@ struct Process {
   CardDescription description;  // of the line card that was initialised
   AddressPlan addresses{0};     // no ports before that
   std::shared_ptr<Instance> instance;
+  std::uint64_t cards_made = 0;
+  bool in_warp = false;
 };
 
 // Lives from the first use to the end of the process, whatever is loaded before or after.
@@ -53,6 +57,35 @@ std::list<LagNode>::iterator find_lag(std::list<LagNode>& list, unsigned id) {
 
 bool contains(const std::list<Mp>& members, const Mp& mp) {
   return std::find(members.begin(), members.end(), mp) != members.end();
+}
+
+// Cables in a loop, or tasks that come again and again, would keep an instant going for ever.
+constexpr unsigned kMostRounds = 1000;
+
+// The time of the event loop while the clock is virtual: the card's.
+class CardTime final : public LoopTime {
+ public:
+  std::uint64_t now_ns() const override { return clock().now_ns(); }
+
+  void advance(std::uint64_t most_ns) override {
+    const std::uint64_t now = now_ns();
+    std::uint64_t next = now + std::min(most_ns, UINT64_MAX - now);
+    const Instance* const instance = process().instance.get();
+    if (instance != nullptr) next = std::min(next, instance->card.next_due_ns());
+    clock().warp_ns(std::max(next, now + 1) - now);
+    if (process().instance != nullptr) process().instance->card.run_once();
+  }
+
+ private:
+  static Clock& clock() {
+    Instance* const instance = process().instance.get();
+    return instance != nullptr ? instance->card.clock() : *process().clock;
+  }
+};
+
+CardTime& card_time() {
+  static CardTime* const kTime = new CardTime;
+  return *kTime;
 }
 
 // A line card in use stays as it is.
@@ -85,6 +118,7 @@ bool create_instance() {
   if (own.clock == nullptr) own.clock = std::make_shared<RealClock>();
   own.instance = std::make_shared<Instance>(own.description, own.clock, own.watch);
   own.instance->card.set_owner(own.instance);
+  ++own.cards_made;
   return true;
 }
 
@@ -97,13 +131,67 @@ void use_description(const CardDescription& description) {
 
 void use_description_file(const std::string& path) { process().description_path = path; }
 
-void use_clock(std::shared_ptr<Clock> clock) { process().clock = std::move(clock); }
+void use_clock(std::shared_ptr<Clock> clock) {
+  const bool is_virtual = dynamic_cast<const VirtualClock*>(clock.get()) != nullptr;
+  process().clock = std::move(clock);
+  set_loop_time(is_virtual ? &card_time() : nullptr);
+}
+
+void loop_in_real_time() { set_loop_time(nullptr); }
 
 const std::string& error() { return process().error; }
 
 Card* card() {
   Instance* const instance = process().instance.get();
   return instance == nullptr ? nullptr : &instance->card;
+}
+
+std::uint64_t card_number() { return process().cards_made; }
+
+const std::string& last_refusal() { return softcard::last_refusal(); }
+
+std::size_t run() {
+  std::size_t done = 0;
+  for (unsigned round = 0; round < kMostRounds; ++round) {
+    // A callback may end the card.
+    Card* const present = card();
+    std::size_t more = present == nullptr ? 0 : present->run_once();
+    more += run_loop_once() ? 1 : 0;
+    if (more == 0) break;
+    done += more;
+  }
+  return done;
+}
+
+bool warp_ns(std::uint64_t ns) {
+  Process& own = process();
+  Card* const present = card();
+  if (present == nullptr) return refuse("time: there is no card");
+  if (own.in_warp) return refuse("time: it is being moved on already");
+  Clock& clock = present->clock();
+  const std::uint64_t start = clock.now_ns();
+  if (dynamic_cast<VirtualClock*>(&clock) == nullptr) {
+    return refuse("time: the card runs in real time");
+  }
+  if (ns > UINT64_MAX - start) return refuse("time: beyond 2^64 ns");
+  const std::uint64_t target = start + ns;
+  const std::uint64_t number = card_number();
+  const std::shared_ptr<const void> alive = present->keep_alive();
+  struct Guard {
+    bool& flag;
+    explicit Guard(bool& set) : flag(set) { flag = true; }
+    ~Guard() { flag = false; }
+  } guard(own.in_warp);
+  run();
+  while (card() != nullptr && card_number() == number && clock.now_ns() < target) {
+    const std::uint64_t now = clock.now_ns();
+    std::uint64_t next = std::min(target, card()->next_due_ns());
+    std::uint64_t timer = 0;
+    if (loop_time() != nullptr && next_timer(timer)) next = std::min(next, timer);
+    clock.warp_ns(std::max(next, now + 1) - now);
+    run();
+  }
+  return true;
 }
 
 CallWatch& call_watch() { return process().watch; }

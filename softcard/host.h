@@ -48,8 +48,14 @@ void use_description(const CardDescription& description);
 // Names a file that the next vorn_lcmgr_api_init() reads: it fails, and error() says why, when the
 // file is malformed. An empty path goes back to the description set before.
 void use_description_file(const std::string& path);
-// The clock of the next cards; a RealClock without a call.
+// The clock of the next cards; a RealClock without a call. The process's event loop runs on a
+// VirtualClock, too, from this call on: its timers wait for warp_ns(), and EventLoop::run() moves
+// the time on to the next timer when it has nothing else to do. loop_in_real_time() spares the
+// loop.
 void use_clock(std::shared_ptr<Clock> clock);
+// Has the process's event loop run on the system's clock whatever the card's is, until the next
+// use_clock(): for a program that waits for people or for other processes.
+void loop_in_real_time();
 
 // ---- Afterwards -------------------------------------------------------------------------------
 
@@ -58,6 +64,23 @@ const std::string& error();
 
 // The card, from vorn_lcmgr_api_init() to vorn_lcmgr_api_terminate(); null at other times.
 Card* card();
+
+// Counts the cards that the process has made: tells one card from the next.
+std::uint64_t card_number();
+
+// Why an entry point, or the card, refused something last: "VLAN 5000: above 4094". A success
+// leaves it as it is; softcard/base/refusal.h counts them.
+const std::string& last_refusal();
+
+// Lets the card and the event loop do all that waits: frames in cables, ageing, events, timers that
+// are due, tasks, descriptors that are ready. Returns how much that was; 0 without a card.
+std::size_t run();
+
+// Moves a virtual clock on by `ns`, from one thing that is due to the next: each timer of the event
+// loop, each aged address and each event comes in its order and sees its own time. False, and
+// nothing done, without a card, for a clock that runs by itself, beyond 2^64 ns, and within a
+// callback of warp_ns() itself. A callback that ends the card ends the warp.
+bool warp_ns(std::uint64_t ns);
 
 // The watch over the SDK's calls. It is the process's: traces and refusals hold from card to card.
 CallWatch& call_watch();

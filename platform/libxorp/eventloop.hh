@@ -116,6 +116,8 @@ class EventLoop : private NONCOPYABLE {
  protected:
   static void set_flag(bool* flag, bool value) { *flag = value; }
 
+  friend class EventLoopDriver;  // a host's own way to run its loop, where it has one
+
   // The members and their order are XORP's, those that this loop does not use included.
   ClockBase* _clock;
   TimerList _timer_list;

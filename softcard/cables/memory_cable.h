@@ -49,6 +49,8 @@ class MemoryCable : public Cable {
   bool take(std::vector<std::uint8_t>& frame);
 
   std::size_t waiting() const { return sent_.size(); }
+  // The frame that take() would take; there is one.
+  const std::vector<std::uint8_t>& first() const { return sent_.front(); }
   void clear();
   // Frames that were forgotten since the cable was plugged.
   std::uint64_t forgotten() const { return forgotten_; }

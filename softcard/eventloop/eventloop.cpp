@@ -7,8 +7,10 @@
 #include <algorithm>
 #include <climits>
 #include <csignal>
+#include <cstdint>
 
 #include "softcard/eventloop/fatal.h"
+#include "softcard/eventloop/loop_time.h"
 
 int xorp_do_run = 1;
 int eventloop_instance_count = 0;
@@ -18,6 +20,14 @@ namespace {
 const int kForever = -1;
 const int kLongestWaitOnTheWayOutMs = 1000;
 
+softcard::LoopTime* the_time = nullptr;
+EventLoop* the_loop = nullptr;
+
+std::uint64_t to_ns(const TimeVal& time) {
+  return static_cast<std::uint64_t>(time.sec()) * 1000000000 +
+         static_cast<std::uint64_t>(time.usec()) * 1000;
+}
+
 // In milliseconds for poll(2), rounded up so that the timer is due when the wait is over.
 int wait_ms(const TimeVal& wait) {
   const int64_t ms = wait.to_ms() + (wait.usec() % TimeVal::ONE_THOUSAND != 0 ? 1 : 0);
@@ -25,6 +35,45 @@ int wait_ms(const TimeVal& wait) {
 }
 
 }  // namespace
+
+// What a loop lets its host do.
+class EventLoopDriver {
+ public:
+  static bool next_timer(EventLoop& loop, std::uint64_t& at_ns) {
+    TimeVal delay;
+    if (!loop._timer_list.get_next_delay(delay)) return false;
+    TimeVal now;
+    loop.current_time(now);
+    at_ns = to_ns(now + delay);
+    return true;
+  }
+
+  static bool run_once(EventLoop& loop) {
+    loop._clock->advance_time();
+    bool done = loop._timer_list.run();
+    if (!loop._task_list.empty()) {
+      loop._task_list.run();
+      done = true;
+    }
+    if (loop._selector_list.serve_ready()) return true;
+    loop._selector_list.wait(0);
+    return loop._selector_list.serve_ready() || done;
+  }
+};
+
+namespace softcard {
+
+void set_loop_time(LoopTime* time) { the_time = time; }
+
+LoopTime* loop_time() { return the_time; }
+
+bool next_timer(std::uint64_t& at_ns) {
+  return the_loop != nullptr && EventLoopDriver::next_timer(*the_loop, at_ns);
+}
+
+bool run_loop_once() { return the_loop != nullptr && EventLoopDriver::run_once(*the_loop); }
+
+}  // namespace softcard
 
 EventLoop::EventLoop()
     : _clock(new SystemClock),
@@ -36,11 +85,13 @@ EventLoop::EventLoop()
       _last_ev_type() {
   softcard::require(eventloop_instance_count == 0, "a process has one loop at a time");
   ++eventloop_instance_count;
+  the_loop = this;
   std::signal(SIGPIPE, SIG_IGN);
 }
 
 EventLoop::~EventLoop() {
   --eventloop_instance_count;
+  the_loop = nullptr;
   delete _clock;
 }
 
@@ -60,6 +111,13 @@ void EventLoop::run() {
     timeout_ms = kLongestWaitOnTheWayOutMs;
   }
   if (_selector_list.serve_ready()) return;
+  if (the_time != nullptr && timeout_ms > 0 && !_timer_list.empty()) {
+    _selector_list.wait(0);
+    if (_selector_list.serve_ready()) return;
+    the_time->advance(to_ns(delay));
+    _clock->advance_time();
+    return;
+  }
   _selector_list.wait(timeout_ms);
   // A callback counts its timers from the end of the wait.
   _clock->advance_time();

@@ -177,6 +177,12 @@ class FdbTable {
   void set_ageing_seconds(std::uint32_t seconds) { ageing_seconds_ = seconds; }
   std::uint32_t ageing_seconds() const { return ageing_seconds_; }
 
+  // When age() may next find an entry to remove, in seconds; no entry is due before. UINT64_MAX:
+  // never, as things are.
+  std::uint64_t next_due_seconds() const {
+    return ageing_seconds_ == 0 || learned_ == 0 ? UINT64_MAX : oldest_seen_ + ageing_seconds_;
+  }
+
   // Removes the learned entries whose time is over at `now` and returns how many those were.  May
   // be called at any rate: the table is read through only when an entry may be due, at most once a
   // second, and the result depends on `now` alone.

@@ -10,6 +10,7 @@
 #include "codec.h"
 #include "shell.h"
 #include "softcard/pipeline/trace.h"
+#include "softcard/sdk/flow_fields.h"
 
 namespace shell {
 
@@ -195,38 +196,10 @@ void show_l3(Card& card, Arguments& arguments, Reply& reply) {
 // A flow's match in the words that vorn_add_of_flow reads.
 std::string match_text(const softcard::FlowMatch& match) {
   ctype_of_flow_s flow{};
-  const std::pair<std::uint32_t, unsigned> bits[] = {
-      {softcard::kFlowInPort, OF_MATCH_IN_PORT},
-      {softcard::kFlowSourceMac, OF_MATCH_SRC_MAC},
-      {softcard::kFlowDestinationMac, OF_MATCH_DST_MAC},
-      {softcard::kFlowVlan, OF_MATCH_VLAN_ID},
-      {softcard::kFlowPriority, OF_MATCH_VLAN_PRIORITY},
-      {softcard::kFlowEtherType, OF_MATCH_ETHER_TYPE},
-      {softcard::kFlowIpv4Source, OF_MATCH_SRC_IP},
-      {softcard::kFlowIpv4Destination, OF_MATCH_DST_IP},
-      {softcard::kFlowIpProtocol, OF_MATCH_IP_PROTOCOL},
-      {softcard::kFlowTos, OF_MATCH_TOS},
-      {softcard::kFlowL4Source, OF_MATCH_SRC_L4_PORT},
-      {softcard::kFlowL4Destination, OF_MATCH_DST_L4_PORT},
-  };
-  for (const auto& [field, bit] : bits) {
-    if ((match.fields & field) != 0) flow.flags |= bit;
-  }
+  softcard::write_flow_fields(match, flow);
+  if ((match.fields & softcard::kFlowInPort) != 0) flow.flags |= OF_MATCH_IN_PORT;
   const Usp in_port = softcard::AddressPlan::usp_of(match.in_port);
   flow.in_port = {in_port.unit(), in_port.slot(), in_port.port()};
-  std::copy(match.source_mac.bytes.begin(), match.source_mac.bytes.end(), flow.src_mac);
-  std::copy(match.destination_mac.bytes.begin(), match.destination_mac.bytes.end(), flow.dst_mac);
-  flow.vlan_id = match.vlan;
-  flow.vlan_priority = match.priority;
-  flow.ether_type = match.ether_type;
-  flow.src_ip = match.ipv4_source;
-  flow.src_ip_mask = match.ipv4_source_mask;
-  flow.dst_ip = match.ipv4_destination;
-  flow.dst_ip_mask = match.ipv4_destination_mask;
-  flow.src_l4_port = match.l4_source;
-  flow.dst_l4_port = match.l4_destination;
-  flow.ip_protocol = match.ip_protocol;
-  flow.tos = match.tos;
   std::string text = flow_text(flow);
   if (match.udf.mask != 0) {
     const unsigned base = static_cast<unsigned>(match.udf.base) + OF_UDF_FRAME;

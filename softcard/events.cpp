@@ -7,22 +7,11 @@
 
 #include "softcard/base/address_plan.h"
 #include "softcard/base/clock.h"
+#include "softcard/tables/fdb_record.h"
 
 namespace softcard {
 
 namespace {
-
-unsigned flags_of(FdbKind kind) {
-  switch (kind) {
-    case FdbKind::static_entry:
-      return L2_ADDR_STATIC;
-    case FdbKind::system_entry:
-      return L2_ADDR_SYSTEM;
-    case FdbKind::learned:
-      break;
-  }
-  return 0;
-}
 
 usp_s record_of(const Usp& usp) { return {usp.unit(), usp.slot(), usp.port()}; }
 
@@ -275,13 +264,11 @@ void EventQueue::call(const Registration& registration, Event& event) const {
       const MacRecord& mac = event.mac;
       const Usp port = usp_of_(mac.destination);
       if (c) {
-        ctype_l2_addr_s record = {{}, mac.vlan, record_of(port), flags_of(mac.kind)};
-        std::copy(mac.mac.bytes.begin(), mac.mac.bytes.end(), record.mac);
+        auto record = fdb_record<ctype_l2_addr_s>(mac.vlan, mac.mac, record_of(port), mac.kind);
         reinterpret_cast<void (*)(ctype_l2_addr_s*, int, void*)>(registration.callback)(
             &record, mac.what, registration.user_data);
       } else {
-        L2Addr record = {{}, mac.vlan, port, flags_of(mac.kind)};
-        std::copy(mac.mac.bytes.begin(), mac.mac.bytes.end(), record.mac);
+        auto record = fdb_record<L2Addr>(mac.vlan, mac.mac, port, mac.kind);
         reinterpret_cast<void (*)(L2Addr*, int, void*)>(registration.callback)(
             &record, mac.what, registration.user_data);
       }

@@ -13,6 +13,7 @@
 #include "softcard/base/refusal.h"
 #include "softcard/eventloop/loop_time.h"
 #include "softcard/sdk/sdk.h"
+#include "softcard/sdk/watched_sdk.h"
 #include "vorn_lag_list.h"
 #include "vorn_port_mapping.h"
 #include "vorn_sdk.h"
@@ -22,13 +23,14 @@ std::list<LagNode> lag_list;
 namespace softcard::host {
 namespace {
 
-// The card and its SDK object: made and destroyed together.
+// The card and its SDK, bare and watched: made and destroyed together.
 struct Instance {
   Instance(const CardDescription& description, std::shared_ptr<Clock> clock, CallWatch& watch)
-      : card(description, std::move(clock)), sdk(card, watch) {}
+      : card(description, std::move(clock)), sdk(card, watch), watched_sdk(sdk, watch) {}
 
   Card card;
   SoftSdk sdk;
+  WatchedSdk watched_sdk;
 };
 
 struct Process {
@@ -206,6 +208,7 @@ bool vornsdk_get_sdk_instance(VornSdkBase*& sdk) {
   host::Instance* const instance = host::process().instance.get();
   if (instance == nullptr) return false;
   sdk = &instance->sdk;
+  if (host::call_watch().watching()) sdk = &instance->watched_sdk;
   return true;
 }
 
@@ -213,7 +216,9 @@ bool vornsdk_create_sdk_instance() { return host::create_instance(); }
 
 bool vornsdk_delete_sdk_instance(VornSdkBase* sdk) {
   host::Process& own = host::process();
-  if (own.instance == nullptr || sdk != &own.instance->sdk) return false;
+  if (own.instance == nullptr || (sdk != &own.instance->sdk && sdk != &own.instance->watched_sdk)) {
+    return false;
+  }
   // A callback may have asked for it: then the card stays until the call of it that is under way
   // comes back.
   own.instance->card.end();

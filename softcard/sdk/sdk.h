@@ -4,12 +4,14 @@
 // tables. What an operation means is said in vorn_sdk_base.h; what this card refuses, in
 // docs/softcard.md.
 //
-// An operation that is refused changes nothing.
+// An operation that is refused changes nothing. The operations of a family stand in the file of
+// its name.
 #ifndef SOFTCARD_SDK_SDK_H_
 #define SOFTCARD_SDK_SDK_H_
 
 #include <list>
 #include <string>
+#include <type_traits>
 
 #include "softcard/card.h"
 #include "softcard/sdk/call_watch.h"
@@ -22,7 +24,7 @@ inline constexpr int kFreeCallClearCounters = 1;
 
 class SoftSdk final : public VornSdkBase {
  public:
-  // Both outlive the object.
+  // Both outlive the object. `watch` is what set_lcmgr_trace() switches.
   SoftSdk(Card& card, CallWatch& watch) : card_(card), watch_(watch) {}
 
   // ---- VLANs ------------------------------------------------------------------------------------
@@ -271,14 +273,22 @@ class SoftSdk final : public VornSdkBase {
   bool set_lcmgr_trace(const std::string& target, bool on) override;
 
  private:
-  // Carries `work` out on the card, watched as an operation of `module`. `work` returns a bool, or
+  // Calls work(PortIndex) for a port of the card, false for any other. `work` returns a bool, or
   // nothing when it cannot fail.
-  template <class Work, class... Arguments>
-  bool on_card(Module module, const char* operation, Work&& work, const Arguments&... arguments);
-  // The same on a port: work(PortIndex). Refused when `mp` is no port of the card.
-  template <class Work, class... Arguments>
-  bool on_port(Module module, const char* operation, const Mp& mp, Work&& work,
-               const Arguments&... arguments);
+  template <class Work>
+  bool on_port(const Mp& mp, Work&& work) {
+    PortIndex port = 0;
+    if (!card_.addresses().port_of(mp, port)) return false;
+    if constexpr (std::is_void_v<decltype(work(port))>) {
+      work(port);
+      return true;
+    } else {
+      return work(port);
+    }
+  }
+
+  bool set_storm_limit(const Mp& mp, StormKind kind, unsigned int frames_per_second);
+  bool get_storm_limit(const Mp& mp, StormKind kind, unsigned int& frames_per_second);
 
   Card& card_;
   CallWatch& watch_;

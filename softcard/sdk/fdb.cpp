@@ -1,0 +1,163 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The MAC table, its limits and locks.
+
+#include "softcard/sdk/sdk.h"
+
+#include "softcard/sdk/conversions.h"
+#include "softcard/tables/fdb_record.h"
+
+namespace softcard {
+namespace {
+
+bool bit_of(const unsigned char* bitmap, unsigned vlan) {
+  return (bitmap[vlan / 8] >> (vlan % 8) & 1) != 0;
+}
+
+// What a flush removes everywhere.
+FdbFilter flushed(bool and_static) {
+  FdbFilter filter;
+  filter.up_to = and_static ? FdbKind::static_entry : FdbKind::learned;
+  return filter;
+}
+
+}  // namespace
+
+bool SoftSdk::add_mac_to_port(const Mp& mp, const unsigned char* mac, unsigned int vlan,
+                              bool trunk) {
+  Destination destination;
+  return card_.vlans().known(vlan) && destination_of(card_, mp, trunk, destination) &&
+         card_.fdb().add_static(static_cast<std::uint16_t>(vlan), mac_of(mac), destination,
+                                card_.now_seconds());
+}
+
+bool SoftSdk::add_system_mac(const unsigned char* mac, unsigned int vlan) {
+  return card_.vlans().known(vlan) &&
+         card_.fdb().add_system(static_cast<std::uint16_t>(vlan), mac_of(mac), card_.now_seconds());
+}
+
+bool SoftSdk::add_system_mac_vlan_bitmap(const unsigned char* mac, const unsigned char* bitmap) {
+  return card_.add_system_mac(mac_of(mac), bitmap);
+}
+
+bool SoftSdk::delete_mac(const unsigned char* mac, unsigned int vlan) {
+  return valid_vlan(vlan) && card_.fdb().remove(static_cast<std::uint16_t>(vlan), mac_of(mac));
+}
+
+bool SoftSdk::delete_mac_vlan_bitmap(const unsigned char* mac, unsigned char* bitmap) {
+  bool removed = false;
+  for (unsigned vlan = 1; vlan <= kMaxVlan; ++vlan) {
+    if (!bit_of(bitmap, vlan)) continue;
+    removed |= card_.fdb().remove(static_cast<std::uint16_t>(vlan), mac_of(mac));
+  }
+  return removed;
+}
+
+bool SoftSdk::delete_mac_by_mac(const unsigned char* mac) {
+  return card_.fdb().remove_mac(mac_of(mac)) != 0;
+}
+
+bool SoftSdk::clear_fdb_by_port(const Mp& mp, bool trunk, bool and_static) {
+  Destination destination;
+  if (!destination_of(card_, mp, trunk, destination)) return false;
+  FdbFilter filter = flushed(and_static);
+  filter.destination = destination;
+  card_.fdb().flush(filter);
+  return true;
+}
+
+bool SoftSdk::clear_fdb_by_vlan(unsigned int vlan, bool and_static) {
+  if (!card_.vlans().known(vlan)) return false;
+  FdbFilter filter = flushed(and_static);
+  filter.vlan = static_cast<std::uint16_t>(vlan);
+  card_.fdb().flush(filter);
+  return true;
+}
+
+bool SoftSdk::clear_fdb_table(bool and_static) {
+  card_.fdb().flush(flushed(and_static));
+  return true;
+}
+
+bool SoftSdk::set_fdb_aging_time(int seconds) {
+  if (seconds < 0) return false;
+  card_.fdb().set_ageing_seconds(static_cast<std::uint32_t>(seconds));
+  return true;
+}
+
+bool SoftSdk::get_fdb_aging_time(int& seconds) {
+  seconds = static_cast<int>(card_.fdb().ageing_seconds());
+  return true;
+}
+
+bool SoftSdk::traverse_mac_table(void* arg) {
+  const auto* const request = static_cast<const mac_traverse_s*>(arg);
+  if (request == nullptr || request->visit == nullptr) return false;
+  bool more = true;
+  const std::shared_ptr<const void> alive = card_.keep_alive();
+  card_.fdb().for_each([&](const FdbEntry& entry) {
+    if (!more) return;
+    const Usp usp = card_.tables().usp_of(entry.destination());
+    const auto record = fdb_record<ctype_l2_addr_s>(
+        entry.vlan(), entry.mac(), {usp.unit(), usp.slot(), usp.port()}, entry.kind());
+    more = request->visit(&record, request->user_data) != 0 && !card_.ended();
+  });
+  return true;
+}
+
+bool SoftSdk::set_port_mac_lock(const Mp& mp, bool on) {
+  return on_port(mp, [&](PortIndex port) { card_.mac_locks().set_lock(port, on, true); });
+}
+
+bool SoftSdk::get_port_mac_lock(const Mp& mp, bool& on) {
+  return on_port(mp, [&](PortIndex port) { on = card_.mac_locks().locked(port); });
+}
+
+bool SoftSdk::set_port_mac_lock_ext(const Mp& mp, bool on, bool drop) {
+  return on_port(mp, [&](PortIndex port) { card_.mac_locks().set_lock(port, on, drop); });
+}
+
+bool SoftSdk::get_port_mac_lock_ext(const Mp& mp, bool& on, bool& drop) {
+  return on_port(mp, [&](PortIndex port) {
+    on = card_.mac_locks().locked(port);
+    drop = card_.mac_locks().drop_setting(port);
+  });
+}
+
+bool SoftSdk::set_system_mac_limit(const Mp& mp, int limit, unsigned int kind) {
+  MacLockTable& limits = card_.mac_locks();
+  PortIndex port = 0;
+  switch (kind) {
+    case PORT_KIND_PHYSICAL:
+      return card_.addresses().port_of(mp, port) && limits.set_port_limit(port, limit);
+    case PORT_KIND_LAG:
+      return mp.module() == 0 && card_.lags().exists(mp.port()) &&
+             limits.set_lag_limit(mp.port(), limit);
+    case PORT_KIND_VLAN:
+      return mp.module() == 0 && card_.vlans().known(mp.port()) &&
+             limits.set_vlan_limit(mp.port(), limit);
+    case PORT_KIND_SYSTEM:
+      return mp == Mp(0, 0) && limits.set_system_limit(limit);
+    default:
+      return false;
+  }
+}
+
+bool SoftSdk::get_system_mac_limit(const Mp& mp, int& limit, unsigned int kind) {
+  const MacLockTable& limits = card_.mac_locks();
+  PortIndex port = 0;
+  if (mp == Mp(0, 0)) {
+    limit = limits.system_limit();
+  } else if (kind == PORT_KIND_PHYSICAL && card_.addresses().port_of(mp, port)) {
+    limit = limits.port_limit(port);
+  } else if (kind == PORT_KIND_LAG && mp.module() == 0 && card_.lags().exists(mp.port())) {
+    limit = limits.lag_limit(mp.port());
+  } else if (kind == PORT_KIND_VLAN && mp.module() == 0 && card_.vlans().known(mp.port())) {
+    limit = limits.vlan_limit(mp.port());
+  } else {
+    return false;
+  }
+  return true;
+}
+
+}  // namespace softcard

@@ -1,0 +1,306 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// The watch over an SDK, here over the recording one: every operation arrives there as it was
+// called, and is traced and refused by its name in VornSdkBase.
+
+#include "softcard/sdk/watched_sdk.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <fstream>
+#include <functional>
+#include <regex>
+#include <tuple>
+#include <vector>
+
+#include "tests/support/recorder.h"
+
+namespace softcard {
+namespace {
+
+using Sdk = VornSdkBase;
+using vorn::test::host;
+
+// ---- Arguments of every type, different for each number -----------------------------------------
+
+template <class T>
+T make(unsigned number) {
+  if constexpr (std::is_pointer_v<T>) {  // functions, user data, addresses, bitmaps, arrays
+    alignas(16) static unsigned char buffers[32][512];
+    unsigned char* const buffer = buffers[number % 32];
+    std::memset(buffer, static_cast<int>(number), sizeof buffers[0]);
+    host().names[buffer] = "buffer " + std::to_string(number);
+    return reinterpret_cast<T>(buffer);
+  } else if constexpr (std::is_same_v<T, bool>) {
+    return number % 2 == 0;
+  } else if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>) {
+    return static_cast<T>(number);
+  } else if constexpr (std::is_same_v<T, Mp>) {
+    return {number, number + 50};
+  } else if constexpr (std::is_same_v<T, Usp>) {
+    return {number, number + 50, number + 60};
+  } else if constexpr (std::is_same_v<T, std::list<Mp>>) {
+    return {Mp(number, 1), Mp(number, 2)};
+  } else if constexpr (std::is_same_v<T, std::string>) {
+    return "name" + std::to_string(number);
+  } else if constexpr (std::is_same_v<T, Packet>) {
+    Packet packet;
+    packet.set_type(number);
+    packet.set_data({0xca, 0xfe});
+    return packet;
+  } else if constexpr (std::is_trivially_copyable_v<T>) {  // records of flows
+    T record{};
+    unsigned char bytes[sizeof(T)];
+    std::memset(bytes, static_cast<int>(number), sizeof bytes);
+    std::memcpy(&record, bytes, sizeof bytes);
+    return record;
+  } else {
+    return T();  // lists of counters
+  }
+}
+
+template <class T>
+struct Argument {
+  explicit Argument(unsigned number) : number_(number), value_(make<T>(number)) {}
+  T& get() {
+    host().names[&value_] = "argument " + std::to_string(number_);
+    return value_;
+  }
+  unsigned number_;
+  T value_;
+};
+template <>
+struct Argument<unsigned char[6]> {
+  explicit Argument(unsigned) {}
+  unsigned char (&get())[6] {
+    host().names[&value_] = "address";
+    return value_;
+  }
+  unsigned char value_[6] = {1, 2, 3, 4, 5, 6};
+};
+
+template <class... Parameters, std::size_t... number>
+bool call_with(Sdk& sdk, bool (Sdk::*operation)(Parameters...), std::index_sequence<number...>) {
+  std::tuple<Argument<std::remove_cv_t<std::remove_reference_t<Parameters>>>...> arguments{
+      static_cast<unsigned>(number + 1)...};
+  return (sdk.*operation)(std::get<number>(arguments).get()...);
+}
+
+using Operation = std::function<bool(Sdk&)>;
+
+template <class... Parameters>
+Operation operation_of(bool (Sdk::*operation)(Parameters...)) {
+  return [operation](Sdk& sdk) {
+    return call_with(sdk, operation, std::index_sequence_for<Parameters...>());
+  };
+}
+
+// ---- Every operation ----------------------------------------------------------------------------
+
+// clang-format off
+std::vector<Operation> all_operations() {
+  const auto o = [](auto operation) { return operation_of(operation); };
+  return {
+      o(&Sdk::create_vlan), o(&Sdk::delete_vlan), o(&Sdk::add_ports_to_vlan),
+      o(&Sdk::delete_ports_from_vlan), o(&Sdk::get_vlan_info), o(&Sdk::set_port_mstp_state),
+      o(&Sdk::get_port_mstp_state), o(&Sdk::create_lag), o(&Sdk::delete_lag),
+      o(&Sdk::add_ports_to_lag), o(&Sdk::delete_ports_from_lag),
+      o(&Sdk::set_lag_balancing_strategy), o(&Sdk::get_lag_balancing_strategy),
+      o(&Sdk::set_port_mirror), o(&Sdk::get_port_mirror), o(&Sdk::set_port_state),
+      o(&Sdk::get_port_state), o(&Sdk::set_port_autoneg), o(&Sdk::get_port_autoneg),
+      o(&Sdk::set_port_speed), o(&Sdk::get_port_speed), o(&Sdk::set_port_duplex),
+      o(&Sdk::get_port_duplex), o(&Sdk::set_port_flow_control_8023x),
+      o(&Sdk::get_port_flow_control_8023x), o(&Sdk::set_port_jaming_control),
+      o(&Sdk::get_port_jaming_control), o(&Sdk::set_port_mtu), o(&Sdk::get_port_mtu),
+      o(&Sdk::set_port_stat_enable), o(&Sdk::get_port_stat_enabled), o(&Sdk::get_port_stat_counter),
+      o(&Sdk::get_port_stat_counter32), o(&Sdk::get_port_stat_counter_all64),
+      o(&Sdk::get_port_stat_counter_all32), o(&Sdk::get_port_stat_counter_all64_ext),
+      o(&Sdk::get_port_stat_counter_all32_ext), o(&Sdk::get_port_brief_stat_counter64),
+      o(&Sdk::get_port_brief_stat_counter32), o(&Sdk::get_port_brief_stat_counter_all64),
+      o(&Sdk::clear_port_stat_counter), o(&Sdk::set_port_stp_state), o(&Sdk::get_port_stp_state),
+      o(&Sdk::set_port_bpdu_processing), o(&Sdk::get_port_bpdu_processing),
+      o(&Sdk::add_mac_to_port), o(&Sdk::add_system_mac), o(&Sdk::add_system_mac_vlan_bitmap),
+      o(&Sdk::delete_mac), o(&Sdk::delete_mac_vlan_bitmap), o(&Sdk::delete_mac_by_mac),
+      o(&Sdk::clear_fdb_by_port), o(&Sdk::clear_fdb_by_vlan), o(&Sdk::clear_fdb_table),
+      o(&Sdk::set_fdb_aging_time), o(&Sdk::get_fdb_aging_time), o(&Sdk::set_port_link_state),
+      o(&Sdk::get_port_link_state), o(&Sdk::set_port_mac_lock), o(&Sdk::get_port_mac_lock),
+      o(&Sdk::set_port_mac_lock_ext), o(&Sdk::get_port_mac_lock_ext),
+      o(&Sdk::set_port_broadcast_control), o(&Sdk::get_port_broadcast_control),
+      o(&Sdk::set_port_multicast_control), o(&Sdk::get_port_multicast_control),
+      o(&Sdk::set_port_unicast_control), o(&Sdk::get_port_unicast_control),
+      o(&Sdk::set_port_egress_admin_state), o(&Sdk::get_port_egress_admin_state),
+      o(&Sdk::set_port_ingress_discarding), o(&Sdk::get_port_ingress_discarding),
+      o(&Sdk::set_port_pvid), o(&Sdk::get_port_pvid), o(&Sdk::set_port_vlan_priority),
+      o(&Sdk::get_port_vlan_priority), o(&Sdk::set_port_vlan_accept_frame),
+      o(&Sdk::get_port_vlan_accept_frame), o(&Sdk::set_system_mac_limit),
+      o(&Sdk::get_system_mac_limit), o(&Sdk::set_port_protocol_vlan),
+      o(&Sdk::delete_port_protocol_vlan), o(&Sdk::delete_port_protocol_vlan_all),
+      o(&Sdk::set_mac_vlan), o(&Sdk::set_ipv4_subnet_vlan), o(&Sdk::set_ipv6_subnet_vlan),
+      o(&Sdk::send_packet_by_port), o(&Sdk::send_packet_from_cpu), o(&Sdk::get_port_ability),
+      o(&Sdk::set_port_advertising_ability), o(&Sdk::get_port_advertising_ability),
+      o(&Sdk::get_port_current_ability), o(&Sdk::get_port_peer_ability),
+      o(&Sdk::set_port_flood_blocking), o(&Sdk::get_port_flood_blocking),
+      o(&Sdk::set_port_flood_blocking_cpu), o(&Sdk::get_port_flood_blocking_cpu),
+      o(&Sdk::set_port_cos_mapping), o(&Sdk::get_port_cos_mapping), o(&Sdk::get_line_card_usp),
+      o(&Sdk::free_call), o(&Sdk::set_switch_forward_mode), o(&Sdk::get_switch_forward_mode),
+      o(&Sdk::add_arp_filter), o(&Sdk::delete_arp_filter), o(&Sdk::delete_arp_filter_all),
+      o(&Sdk::add_ip_protocol_filter), o(&Sdk::delete_ip_protocol_filter),
+      o(&Sdk::delete_ip_protocol_filter_all), o(&Sdk::add_l4_destination_port_filter),
+      o(&Sdk::delete_l4_destination_port_filter), o(&Sdk::delete_l4_destination_port_filter_all),
+      o(&Sdk::set_port_l2_enable), o(&Sdk::set_port_switch_unknown_unicast_to_cpu),
+      o(&Sdk::get_port_switch_unknown_unicast_to_cpu), o(&Sdk::set_switch_unknown_unicast_to_cpu),
+      o(&Sdk::get_switch_unknown_unicast_to_cpu), o(&Sdk::add_of_flow),
+      o(&Sdk::add_of_flow_with_id), o(&Sdk::delete_of_flow), o(&Sdk::clear_of_flow_table),
+      o(&Sdk::add_of_flow_action), o(&Sdk::delete_of_flow_action), o(&Sdk::clear_of_flow_action),
+      o(&Sdk::set_of_flow_priority), o(&Sdk::get_of_flow_priority),
+      o(&Sdk::get_of_flow_stat_counter64), o(&Sdk::get_of_flow_stat_counter32),
+      o(&Sdk::register_mac_update_callback), o(&Sdk::register_mac_update_callback_c),
+      o(&Sdk::register_link_change_callback), o(&Sdk::register_link_change_callback_c),
+      o(&Sdk::register_rx_packet_callback), o(&Sdk::register_rx_packet_callback_c),
+      o(&Sdk::deregister_event_callback), o(&Sdk::traverse_mac_table), o(&Sdk::create_l3_interface),
+      o(&Sdk::create_l3_interface_with_id), o(&Sdk::get_l3_interface), o(&Sdk::delete_l3_interface),
+      o(&Sdk::delete_l3_interface_by_id), o(&Sdk::delete_l3_interface_all),
+      o(&Sdk::add_l3_host_ip4), o(&Sdk::add_l3_host_ip6), o(&Sdk::get_l3_host_ip4),
+      o(&Sdk::get_l3_host_ip6), o(&Sdk::get_l3_route_by_subnet_ip4),
+      o(&Sdk::get_l3_route_by_subnet_ip6), o(&Sdk::delete_l3_host_by_interface),
+      o(&Sdk::delete_l3_host_by_network_ip4), o(&Sdk::delete_l3_host_by_network_ip6),
+      o(&Sdk::delete_l3_host_by_addr_ip4), o(&Sdk::delete_l3_host_by_addr_ip6),
+      o(&Sdk::clear_l3_host_table), o(&Sdk::add_l3_route_ip4), o(&Sdk::add_l3_route_ip6),
+      o(&Sdk::delete_l3_route_by_interface), o(&Sdk::delete_l3_route_by_subnet_ip4),
+      o(&Sdk::delete_l3_route_by_subnet_ip6), o(&Sdk::clear_l3_route_table),
+      o(&Sdk::set_lcmgr_trace),
+  };
+}
+// clang-format on
+
+using Names = std::vector<std::string>;
+
+class WatchedSdkTest : public testing::Test {
+ protected:
+  WatchedSdkTest() {
+    watch_.set_sink([this](const std::string& line) { traced_.push_back(line); });
+  }
+
+  // What the recorder sees of an operation called at `sdk`, which answers `result`.
+  static Names steps_of(const Operation& operation, Sdk& sdk, bool result) {
+    host().steps.clear();
+    EXPECT_EQ(operation(sdk), result);
+    return host().steps;
+  }
+
+  static Sdk& fresh_recorder() {
+    host().reset();
+    return *host().sdk;
+  }
+
+  CallWatch watch_;
+  WatchedSdk watched_{fresh_recorder(), watch_};
+  Names traced_;
+};
+
+TEST_F(WatchedSdkTest, HandsEveryOperationThroughUnderItsName) {
+  EXPECT_TRUE(watch_.set_trace("trace_level_all", true));
+  Names tried;
+  for (const Operation& operation : all_operations()) {
+    const Names bare = steps_of(operation, *host().sdk, true);
+    const std::string name = bare.front().substr(0, bare.front().find('('));
+    tried.push_back(name);
+    traced_.clear();
+    EXPECT_EQ(steps_of(operation, watched_, true), bare);
+    EXPECT_EQ(traced_.size(), 1u) << name;
+    EXPECT_EQ(traced_.front().compare(0, name.size() + 1, name + "("), 0) << traced_.front();
+
+    host().refuse = 1;  // the SDK itself says no
+    EXPECT_EQ(steps_of(operation, watched_, false), bare);
+    host().refuse = 0;
+    EXPECT_TRUE(watch_.refuse(name, 1)) << name;
+    EXPECT_EQ(steps_of(operation, watched_, false), Names()) << name;
+    EXPECT_EQ(watch_.pending_refusals(), 0u) << name;
+
+    host().steps.clear();
+    host().throws = 1;
+    EXPECT_THROW(operation(watched_), vorn::test::Thrown) << name;
+    host().throws = 0;
+  }
+
+  std::ifstream header(VORN_SDK_HEADER);
+  const std::string text((std::istreambuf_iterator<char>(header)), {});
+  const std::regex slot(R"(virtual bool (\w+)\([^;{]*\) = 0;)");
+  Names declared;
+  for (std::sregex_iterator at(text.begin(), text.end(), slot), end; at != end; ++at) {
+    declared.push_back((*at)[1]);
+  }
+  EXPECT_EQ(tried, declared);
+
+  const auto operations = CallWatch::operations();
+  Names watched(operations.begin(), operations.end());
+  std::sort(watched.begin(), watched.end());
+  std::sort(declared.begin(), declared.end());
+  EXPECT_EQ(watched, declared);
+}
+
+TEST_F(WatchedSdkTest, TracesEachOperationWithOneModule) {
+  const struct {
+    const char* module;
+    const char* operation;
+    std::size_t operations;
+  } rows[] = {{"lcmgr", "free_call", 12},        {"sif", "add_l3_route_ip6", 45},
+              {"rstp", "set_port_stp_state", 6}, {"stat", "clear_port_stat_counter", 12},
+              {"policy", "add_of_flow", 43},     {"switch_mirror", "set_port_mirror", 2},
+              {"vlan", "set_port_pvid", 17},     {"lacp", "create_lag", 6},
+              {"fdb", "delete_mac", 18}};
+  std::size_t traced = 0;
+  for (const auto& row : rows) {
+    EXPECT_FALSE(watch_.watching());
+    EXPECT_TRUE(watch_.set_trace(row.module, true));
+    EXPECT_TRUE(watch_.watching() && watch_.traces(row.operation)) << row.module;
+    const auto all = CallWatch::operations();
+    const auto count = std::count_if(all.begin(), all.end(),
+                                     [&](std::string_view name) { return watch_.traces(name); });
+    EXPECT_EQ(static_cast<std::size_t>(count), row.operations) << row.module;
+    traced += row.operations;
+    EXPECT_TRUE(watch_.set_trace(row.module, false));
+  }
+  EXPECT_EQ(traced, CallWatch::operations().size());
+}
+
+TEST_F(WatchedSdkTest, ShowsArgumentsAsTheyAreMeant) {
+  EXPECT_TRUE(watch_.set_trace("trace_level_sdk", true));
+  unsigned char mac[6] = {2, 0, 0x5e, 0, 0x53, 0xa};
+  const unsigned char ip6[16] = {0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+  unsigned char bitmap[512] = {0, 4};
+  bitmap[511] = 0x40;
+  std::list<Mp> ports = {Mp(2, 7), Mp(2, 8)};
+  std::list<Mp> none;
+  unsigned id = 33;
+  of_flow_mp_s flow;
+  std::memset(&flow.match, 0, sizeof flow.match);
+  flow.match.flags = 0x88;
+  Packet packet;
+  packet.set_data({1, 2, 3});
+  watched_.set_ipv4_subnet_vlan(0xc0000200, 0xffffff00, 10, 5);
+  watched_.get_l3_host_ip6(ip6, Mp(0, 33), mac, id, true);
+  watched_.delete_mac_vlan_bitmap(mac, bitmap);
+  watched_.add_ports_to_vlan(10, ports, none);
+  watched_.set_lcmgr_trace("vlan", false);
+  watched_.add_of_flow_with_id(flow, 7);
+  watched_.send_packet_from_cpu(packet);
+  host().answers = true;  // writes, and says no
+  host().refuse = host().steps.size() + 1;
+  watched_.get_l3_host_ip6(ip6, Mp(0, 33), mac, id, true);
+  EXPECT_EQ(
+      traced_,
+      (Names{"set_ipv4_subnet_vlan(192.0.2.0, 255.255.255.0, 10, 5) = true",
+             "get_l3_host_ip6(2001:db8::1, 0:33, "
+             "02:00:5e:00:53:0a, 33, true) = true",
+             "delete_mac_vlan_bitmap(02:00:5e:00:53:0a, {10 4094}) = true",
+             "add_ports_to_vlan(10, [2:7 2:8], []) = true", "set_lcmgr_trace(vlan, false) = true",
+             "add_of_flow_with_id(136, 7) = true", "send_packet_from_cpu(3, 0) = true",
+             "get_l3_host_ip6(2001:db8::1, 0:33, ?, ?, true) = "
+             "false"}));
+}
+
+}  // namespace
+}  // namespace softcard

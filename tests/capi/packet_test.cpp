@@ -31,6 +31,19 @@ TEST(Packet, OfNoLengthIsNotSent) {
   EXPECT_TRUE(host().steps.empty());
 }
 
+TEST(Packet, OfAnyOtherLengthIsSentWhole) {
+  for (const unsigned int length : {1U, 0x10001U}) {
+    std::vector<unsigned char> data(length, 0x5a);
+    ctype_packet_s packet = {length, 3, data.data()};
+    std::string hex;
+    while (hex.size() < 2 * length) hex += "5a";
+    host().reset();
+    EXPECT_EQ(1, ctype_vorn_send_packet_from_cpu(&packet));
+    EXPECT_TRUE(host().steps.back() == "send_packet_from_cpu(3 " + text(length) + " " + hex + ")")
+        << length;
+  }
+}
+
 // Whether a packet without any port is an error is the SDK's to say.
 TEST(Packet, IsSentThroughEmptyLists) {
   host().reset();

@@ -131,10 +131,10 @@ inline usp_s lag = {1, 20, 5};      // id 33
 inline usp_s new_lag = {1, 20, 9};  // none yet
 inline usp_s unsorted[] = {{1, 1, 9}, {1, 1, 3}, {1, 1, 6}, {1, 1, 3}};
 inline usp_s pair[] = {{1, 1, 2}, {1, 1, 1}};
-inline unsigned char mac[] = {0x02, 0x00, 0x5e, 0x00, 0x53, 0x11, 0xff};
-inline unsigned char ip6[] = {0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x11, 0xff};
-inline unsigned char mask6[] = {0xff, 0xff, 0xff, 0xff, 0, 0, 0,    2,   0,
-                                0,    0,    0,    0,    0, 0, 0x22, 0xff};
+inline usp_s twice[] = {{1, 1, 2}, {1, 1, 2}};
+inline unsigned char mac[6] = {0x02, 0x00, 0x5e, 0x00, 0x53, 0x11};
+inline unsigned char ip6[16] = {0x20, 0x01, 0x0d, 0xb8, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0, 0x11};
+inline unsigned char mask6[16] = {0xff, 0xff, 0xff, 0xff, 0, 0, 0, 2, 0, 0, 0, 0, 0, 0, 0, 0x22};
 
 // Flags as a careless caller passes them: only the low 8 bits count.
 constexpr int kOn = 0x1280;

@@ -265,7 +265,8 @@ struct FlowData {
       matches.push_back(match);
       FlowKey key;
       key.set_ethernet(1, 0x020000000000u + i, 0x020000000001u, 1, 0, 0x0800);
-      key.set_ip(17, 0);
+      key.set_ip_protocol(17);
+      key.set_tos(0);
       key.set_ipv4(match.ipv4_source, match.ipv4_destination);
       key.set_l4_ports(1000, 53);
       keys.push_back(key);

@@ -44,6 +44,12 @@ void Frame::erase(std::size_t at, std::size_t bytes) {
   }
 }
 
+FramePool::FramePool(std::size_t small_frames, std::size_t large_frames)
+    : small_{kSmallBytes, small_frames, 256}, large_{kLargeBytes, large_frames, 8} {
+  // So that growing never fails for want of a place to keep the slab.
+  blocks_.reserve(small_frames / small_.slab + large_frames / large_.slab + 2);
+}
+
 FramePtr FramePool::make(const std::uint8_t* data, std::size_t bytes) {
   FramePtr frame = make(bytes);
   if (frame != nullptr && bytes != 0) std::memcpy(frame->data(), data, bytes);
@@ -70,8 +76,12 @@ bool FramePool::stock(Shelf& shelf) {
   const std::size_t count = std::min(shelf.slab, shelf.limit - shelf.made);
   const std::size_t capacity = Frame::kHeadroom + shelf.frame_bytes;
   const std::size_t stride = in_lines(kObjectBytes + capacity);
-  blocks_.emplace_back(
-      static_cast<std::uint8_t*>(::operator new(count* stride, std::align_val_t(kLine))));
+  try {
+    blocks_.emplace_back(
+        static_cast<std::uint8_t*>(::operator new(count* stride, std::align_val_t(kLine))));
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
   std::uint8_t* place = blocks_.back().get();
   for (std::size_t i = 0; i < count; ++i, place += stride) {
     Frame* frame = new (place) Frame(*this, capacity);

@@ -114,12 +114,12 @@ class FramePool {
   static constexpr std::size_t kDefaultLargeFrames = 512;
 
   explicit FramePool(std::size_t small_frames = kDefaultSmallFrames,
-                     std::size_t large_frames = kDefaultLargeFrames)
-      : small_{kSmallBytes, small_frames, 256}, large_{kLargeBytes, large_frames, 8} {}
+                     std::size_t large_frames = kDefaultLargeFrames);
   FramePool(const FramePool&) = delete;
   FramePool& operator=(const FramePool&) = delete;
 
-  // A fresh frame of `bytes` undefined bytes; null when it is too long or the pool is used up.
+  // A fresh frame of `bytes` undefined bytes; null when it is too long, the pool is used up or no
+  // memory is left.
   FramePtr make(std::size_t bytes) {
     if (bytes > kLargeBytes) return nullptr;
     Shelf& shelf = bytes <= kSmallBytes ? small_ : large_;
@@ -158,7 +158,7 @@ class FramePool {
     void operator()(std::uint8_t* block) const;
   };
 
-  // Makes more frames for `shelf`; false when it has reached its limit.
+  // Makes more frames for `shelf`; false when it has reached its limit or no memory is left.
   bool stock(Shelf& shelf);
   void take_back(Frame* frame) {
     frame->reset();

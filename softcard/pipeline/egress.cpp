@@ -43,9 +43,10 @@ void Egress::flush(PortIndex egress) {
   Staged& staged = staged_[egress];
   const std::size_t sent = cables_.transmit(egress, staged.frames.data(), staged.count);
   if (sent != staged.count) {
-    count_errors(egress,
-                 cables_.plugged(egress) ? DropReason::cable_refused : DropReason::unplugged,
-                 staged.count - sent);
+    const DropReason reason =
+        cables_.plugged(egress) ? DropReason::cable_refused : DropReason::unplugged;
+    note_("out", Destination::port(egress), ": ", reason);
+    count_errors(egress, reason, staged.count - sent);
   }
   staged.count = 0;
   staged_ports_.erase(egress);
@@ -97,9 +98,7 @@ void Egress::drop(PortIndex egress, DropReason reason) {
   tables_.counters.add(egress, STAT_OUT_DISCARDS);
 }
 
-// Counts frames that were sent as far as the card is concerned.
 void Egress::count_errors(PortIndex egress, DropReason reason, std::size_t frames) {
-  note_("out", Destination::port(egress), ": ", reason);
   tables_.drops.add(egress, reason, frames);
   tables_.counters.add(egress, STAT_OUT_ERRORS, frames);
 }

@@ -88,6 +88,7 @@ class Egress {
     if (staged.count == kBurst) flush(egress);
   }
   void flush(PortIndex egress);
+  // Counts frames that were sent as far as the card is concerned.
   void count_errors(PortIndex egress, DropReason reason, std::size_t frames);
 
   Tables& tables_;

@@ -77,18 +77,46 @@ struct Unrouted {
   unsigned cpu_reason;
 };
 
+// Addresses that mean something on one link alone: link-local ones, groups, limited broadcast.
+bool of_link(Ipv4 ip) { return ip >> 16 == 0xA9FE || ip >> 28 == 0xE || ip == 0xFFFFFFFF; }
+bool of_link(const Ipv6Address& ip) {
+  return ip.bytes[0] == 0xFF || (ip.bytes[0] == 0xFE && (ip.bytes[1] & 0xC0) == 0x80);
+}
+
+// Addresses that mean something in one host alone: loopback, and the unspecified address.
+bool of_host(Ipv4 ip) { return ip >> 24 == 127 || ip == 0; }
+bool of_host(const Ipv6Address& ip) {
+  return std::all_of(ip.bytes.begin(), ip.bytes.end() - 1, [](std::uint8_t b) { return b == 0; }) &&
+         ip.bytes.back() <= 1;
+}
+
+// Nothing when a router may pass a packet between these addresses on. What is for the link that it
+// came from is the router's own.
+template <class Address>
+std::optional<Unrouted> why_not_routed(const Address& source, const Address& destination) {
+  if (of_link(destination)) return Unrouted{DropReason::router_local, RX_REASON_ROUTER};
+  if (of_host(destination) || of_link(source) || of_host(source)) {
+    return Unrouted{DropReason::martian, 0};
+  }
+  return std::nullopt;
+}
+
 // Nothing for a packet that is passed on if a route is there.
 std::optional<Unrouted> why_not_routed(const Frame& frame, const Headers& headers) {
   if (headers.l3_damaged) return Unrouted{DropReason::bad_ip, 0};
   if (headers.l3 != Layer3::ipv4 && headers.l3 != Layer3::ipv6) {
     return Unrouted{DropReason::router_local, RX_REASON_ROUTER};
   }
-  if (headers.l3 == Layer3::ipv4) {
-    const std::uint8_t* const header = frame.data() + headers.l3_offset;
-    if (fold(sum_words(header, (header[0] & 0xFu) * std::size_t{4})) != 0xFFFF) {
-      return Unrouted{DropReason::bad_ip, 0};
-    }
+  const std::uint8_t* const header = frame.data() + headers.l3_offset;
+  if (headers.l3 == Layer3::ipv4 &&
+      fold(sum_words(header, (header[0] & 0xFu) * std::size_t{4})) != 0xFFFF) {
+    return Unrouted{DropReason::bad_ip, 0};
   }
+  const auto why = headers.l3 == Layer3::ipv4
+                       ? why_not_routed(headers.ipv4_source, headers.ipv4_destination)
+                       : why_not_routed(Ipv6Address::from_bytes(header + 8),
+                                        Ipv6Address::from_bytes(header + 24));
+  if (why) return why;
   if (headers.options) return Unrouted{DropReason::router_local, RX_REASON_OPTIONS};
   if (headers.ttl <= 1) return Unrouted{DropReason::ttl, RX_REASON_TTL};
   return std::nullopt;
@@ -108,7 +136,37 @@ Pipeline::Pipeline(Tables& tables, const Clock& clock, FramePool& pool, CpuQueue
 
 // ---- A burst of frames --------------------------------------------------------------------------
 
+// Frames on their way together. What an exception leaves of them goes nowhere: neither what waits
+// for its turn nor what is staged may leave with later frames.
+class Pipeline::Burst {
+ public:
+  explicit Burst(Pipeline& pipeline) : pipeline_(pipeline) {}
+  Burst(const Burst&) = delete;
+  Burst& operator=(const Burst&) = delete;
+  ~Burst() {
+    if (!sent_) pipeline_.abandon();
+  }
+  void send() {
+    pipeline_.egress_.flush();
+    sent_ = true;
+  }
+
+ private:
+  Pipeline& pipeline_;
+  bool sent_ = false;
+};
+
+void Pipeline::abandon() {
+  egress_.discard();
+  for (Passage& passage : passages_) {
+    if (passage.frame == nullptr) continue;
+    passage.frame.reset();
+    count_drop(passage, DropReason::no_buffer);
+  }
+}
+
 void Pipeline::receive(PortIndex port, FramePtr* frames, std::size_t count) {
+  Burst frames_in_hand(*this);
   now_ns_ = clock_.now_ns();
   now_seconds_ = now_ns_ / kNanosecondsPerSecond;
   tables_.fdb.age(now_seconds_);
@@ -128,7 +186,7 @@ void Pipeline::receive(PortIndex port, FramePtr* frames, std::size_t count) {
     frames += burst;
     count -= burst;
   }
-  egress_.flush();
+  frames_in_hand.send();
 }
 
 // ---- In at a port -------------------------------------------------------------------------------
@@ -196,8 +254,7 @@ bool Pipeline::arrive(Passage& passage) {
 void Pipeline::classify(Passage& passage) {
   const PortIndex port = passage.ingress;
   const Headers& headers = passage.headers;
-  const std::uint16_t lag = tables_.lags.lag_of(port);
-  passage.source = lag == LagTable::kNoLag ? Destination::port(port) : Destination::lag(lag);
+  passage.source = tables_.lags.resolve(Destination::port(port));
 
   const VlanClassTable& classes = tables_.vlan_classes;
   const PortVlanTable& settings = tables_.port_vlans;
@@ -326,8 +383,9 @@ bool Pipeline::trap_reserved(Passage& passage) {
   const bool member =
       tables_.vlans.exists(passage.vlan) && tables_.vlans.members(passage.vlan).contains(port);
   if (!member) passage.frame->vlan = 0;
-  FramePtr frame = std::move(passage.frame);
-  if (!to_cpu(passage, std::move(frame), RX_REASON_RESERVED)) drop(passage, DropReason::cpu_queue);
+  if (!to_cpu(passage, std::move(passage.frame), RX_REASON_RESERVED)) {
+    drop(passage, DropReason::cpu_queue);
+  }
   return false;
 }
 
@@ -352,7 +410,7 @@ bool Pipeline::check_vlan(Passage& passage) {
 bool Pipeline::check_lock(Passage& passage) {
   if (!tables_.mac_locks.drops_unknown(passage.ingress)) return true;
   const FdbEntry* entry = tables_.fdb.find(fdb_key(passage.vlan, passage.headers.source));
-  if (entry != nullptr && entry->destination() == passage.source) {
+  if (entry != nullptr && tables_.lags.resolve(entry->destination()) == passage.source) {
     note_("lock", "locked, and ", MacText{passage.headers.source}, " is known here");
     return true;
   }
@@ -414,8 +472,7 @@ bool Pipeline::trap_filtered(Passage& passage) {
     return true;
   }
   note_("filter", "matches");
-  FramePtr frame = std::move(passage.frame);
-  if (!to_cpu(passage, std::move(frame), reason)) drop(passage, DropReason::cpu_queue);
+  if (!to_cpu(passage, std::move(passage.frame), reason)) drop(passage, DropReason::cpu_queue);
   return false;
 }
 
@@ -437,15 +494,17 @@ bool Pipeline::apply_flow(Passage& passage) {
                    passage.priority, headers.ether_type);
   switch (headers.l3) {
     case Layer3::arp:
-      key.set_ip(static_cast<std::uint8_t>(headers.arp_operation), 0);
+      key.set_ip_protocol(static_cast<std::uint8_t>(headers.arp_operation));
       key.set_ipv4(headers.ipv4_source, headers.ipv4_destination);
       break;
     case Layer3::ipv4:
       key.set_ipv4(headers.ipv4_source, headers.ipv4_destination);
-      key.set_ip(headers.ip_protocol, headers.tos);
+      key.set_ip_protocol(headers.ip_protocol);
+      key.set_tos(headers.tos);
       break;
     case Layer3::ipv6:
-      key.set_ip(headers.ip_protocol, headers.tos);
+      key.set_ip_protocol(headers.ip_protocol);
+      key.set_tos(headers.tos);
       break;
     case Layer3::none:
       break;
@@ -480,8 +539,7 @@ bool Pipeline::apply_flow(Passage& passage) {
     if (action.kind != OF_ACTION_OUTPUT) {
       rewrite(passage, action);
     } else if (&action == last) {
-      FramePtr frame = std::move(passage.frame);
-      output(passage, std::move(frame), action);
+      output(passage, std::move(passage.frame), action);
       return false;
     } else if (action.words[0] != OF_PORT_DROP) {
       output(passage, pool_.copy(*passage.frame), action);
@@ -494,7 +552,7 @@ bool Pipeline::apply_flow(Passage& passage) {
 // that know VLANs tag as always.
 void Pipeline::output(Passage& passage, FramePtr frame, const FlowAction& action) {
   if (frame == nullptr) {
-    if (passage.ingress != kNoPort) egress_.drop(passage.ingress, DropReason::no_buffer);
+    count_drop(passage, DropReason::no_buffer);
     return;
   }
   switch (action.words[0]) {
@@ -619,7 +677,7 @@ void Pipeline::learn(const Passage& passage) {
   FdbTable& fdb = tables_.fdb;
   const std::uint64_t mac = passage.headers.source;
   const FdbEntry* entry = fdb.find(fdb_key(passage.vlan, mac));
-  if (entry != nullptr && entry->destination() == passage.source) {
+  if (entry != nullptr && tables_.lags.resolve(entry->destination()) == passage.source) {
     fdb.touch(*entry, now_seconds_);
     note_("learn", MacText{mac}, " is known here");
     return;
@@ -688,9 +746,10 @@ void Pipeline::route(Passage& passage) {
   }
   passage.vlan = out->vlan;
 
-  PortIndex egress = hop->destination.number;
-  if (hop->destination.is_lag()) {
-    egress = choose_member(passage.headers, *passage.frame, tables_.lags[egress],
+  const Destination way = tables_.lags.resolve(hop->destination);
+  PortIndex egress = way.number;
+  if (way.is_lag()) {
+    egress = choose_member(passage.headers, *passage.frame, tables_.lags[way.number],
                            eligible(passage, Tagging::by_membership));
     if (egress == kNoPort) {
       drop(passage, DropReason::lag_empty);
@@ -703,7 +762,7 @@ void Pipeline::route(Passage& passage) {
   }
 
   note_("l3", "next hop ", MacText{hop->mac.to_number()}, " through interface ", out->id, ", VLAN ",
-        out->vlan, ", ", hop->destination);
+        out->vlan, ", ", way);
   FramePtr frame = std::move(passage.frame);
   set_source_mac(*frame, passage.headers, out->mac.to_number());
   set_destination_mac(*frame, passage.headers, hop->mac.to_number());
@@ -717,8 +776,7 @@ void Pipeline::route(Passage& passage) {
 void Pipeline::keep_from_routing(Passage& passage, DropReason reason, unsigned cpu_reason) {
   if (cpu_reason != 0) {
     note_("l3", text(reason));
-    FramePtr frame = std::move(passage.frame);
-    if (to_cpu(passage, std::move(frame), cpu_reason)) return;
+    if (to_cpu(passage, std::move(passage.frame), cpu_reason)) return;
   }
   drop(passage, reason);
 }
@@ -739,63 +797,53 @@ const NextHop* Pipeline::next_hop_of(const Passage& passage) const {
 
 void Pipeline::bridge(Passage& passage) {
   const Headers& headers = passage.headers;
-  if (passage.ingress != kNoPort && !tables_.traffic.l2_on(passage.ingress)) {
-    // The CPU still gets its copies of floods.
-    const flood_block_type_t kind = flood_kind(headers);
-    if (headers.group() && !tables_.flood_blocks.blocked_to_cpu(passage.ingress, kind)) {
-      to_cpu(passage, pool_.copy(*passage.frame), RX_REASON_FLOOD);
-    }
-    drop(passage, DropReason::l2_disabled);
-    return;
-  }
+  const bool from_port = passage.ingress != kNoPort;
+  // Where layer 2 is off only the CPU gets frames.
+  const bool cpu_only = from_port && !tables_.traffic.l2_on(passage.ingress);
   passage.bridged = true;
 
   const FdbEntry* entry = tables_.fdb.find(fdb_key(passage.vlan, headers.destination));
-  const Destination destination = entry == nullptr ? Destination::none() : entry->destination();
-  switch (destination.kind) {
-    case DestinationKind::port:
-    case DestinationKind::lag: {
-      note_("fdb", MacText{headers.destination}, " is at ", destination);
-      if (destination == passage.source || destination == Destination::port(passage.ingress)) {
-        drop(passage, DropReason::same_port);
-        return;
-      }
-      FramePtr frame = std::move(passage.frame);
-      send(passage, std::move(frame), destination, Tagging::by_membership);
-      return;
-    }
-    case DestinationKind::cpu: {
+  if (entry != nullptr) {
+    const Destination destination = tables_.lags.resolve(entry->destination());
+    if (destination.kind == DestinationKind::cpu) {
       note_("fdb", MacText{headers.destination}, " is the switch's own");
-      FramePtr frame = std::move(passage.frame);
-      if (!to_cpu(passage, std::move(frame), RX_REASON_SYSTEM_MAC)) {
+      if (!to_cpu(passage, std::move(passage.frame), RX_REASON_SYSTEM_MAC)) {
         drop(passage, DropReason::cpu_queue);
       }
       return;
     }
-    case DestinationKind::none:
-    case DestinationKind::drop:
-      break;
+    note_("fdb", MacText{headers.destination}, " is at ", destination);
+    if (cpu_only) {
+      drop(passage, DropReason::l2_disabled);
+    } else if (from_port && destination == passage.source) {
+      drop(passage, DropReason::same_port);
+    } else {
+      send(passage, std::move(passage.frame), destination, Tagging::by_membership);
+    }
+    return;
   }
 
   const flood_block_type_t kind = flood_kind(headers);
-  bool copy_to_cpu = true;
+  bool cpu_copy = from_port;
   unsigned reason = RX_REASON_FLOOD;
   if (kind == FLOOD_BLOCK_UNKNOWN_UNICAST) {
     note_("fdb", MacText{headers.destination}, " is unknown");
     if (!check_storm(passage, StormKind::unknown_unicast)) return;
-    copy_to_cpu = passage.ingress != kNoPort &&
-                  tables_.traffic.copies_unknown_unicast_to_cpu(passage.ingress);
+    cpu_copy = from_port && tables_.traffic.copies_unknown_unicast_to_cpu(passage.ingress);
     reason = RX_REASON_UNKNOWN_UNICAST;
   }
-  if (copy_to_cpu && passage.ingress != kNoPort) {
+  if (cpu_copy) {
     if (tables_.flood_blocks.blocked_to_cpu(passage.ingress, kind)) {
       note_("flood", "kept from the CPU");
     } else {
-      to_cpu(passage, pool_.copy(*passage.frame), reason);
+      copy_to_cpu(passage, reason);
     }
   }
-  FramePtr frame = std::move(passage.frame);
-  flood(passage, std::move(frame), kind);
+  if (cpu_only) {
+    drop(passage, DropReason::l2_disabled);
+    return;
+  }
+  flood(passage, std::move(passage.frame), kind);
 }
 
 // Sends the frame out of every other port of its VLAN that has a link and may send it.
@@ -971,19 +1019,32 @@ void Pipeline::mirror(const Frame& frame, PortIndex mirrored, const char* direct
 
 // ---- To the CPU ---------------------------------------------------------------------------------
 
-// Queues the frame for the CPU. False when it has no room, nobody listens, or the frame came from
-// there.
+// Whether the CPU takes packets that came the way of this one.
+bool Pipeline::cpu_takes(const Passage& passage) const {
+  const bool from_cpu = passage.ingress == kNoPort;
+  if (!from_cpu && cpu_.wants_packets()) return true;
+  note_("cpu", from_cpu ? "came from there" : "nobody listens for packets");
+  return false;
+}
+
+// Queues the frame for the CPU. False when it does not take it or has no room.
 bool Pipeline::to_cpu(const Passage& passage, FramePtr frame, unsigned reason) {
-  if (frame == nullptr || passage.ingress == kNoPort || !cpu_.wants_packets()) {
-    note_("cpu", frame == nullptr             ? "no frame for the copy is left"
-                 : passage.ingress == kNoPort ? "came from there"
-                                              : "nobody listens for packets");
-    return false;
-  }
+  if (!cpu_takes(passage)) return false;
   complete_checksum(*frame);
   const bool queued = cpu_.post_packet(std::move(frame), reason);
   note_("cpu", queued ? "to the CPU: " : "the queue is full: ", rx_reason_text(reason));
   return queued;
+}
+
+// Queues a copy for the CPU; the frame itself goes on.
+void Pipeline::copy_to_cpu(const Passage& passage, unsigned reason) {
+  if (!cpu_takes(passage)) return;
+  FramePtr copy = pool_.copy(*passage.frame);
+  if (copy == nullptr) {
+    count_drop(passage, DropReason::no_buffer);
+  } else {
+    to_cpu(passage, std::move(copy), reason);
+  }
 }
 
 // ---- From the CPU -------------------------------------------------------------------------------
@@ -1006,6 +1067,7 @@ bool Pipeline::read_cpu_frame(const std::uint8_t* data, std::size_t bytes, unsig
 bool Pipeline::send_by_port(const std::vector<PortIndex>& tagged,
                             const std::vector<PortIndex>& untagged, const std::uint8_t* data,
                             std::size_t bytes, unsigned type) {
+  Burst burst(*this);
   Passage passage;
   if (!read_cpu_frame(data, bytes, type, passage)) return false;
   bool sent = false;
@@ -1025,12 +1087,13 @@ bool Pipeline::send_by_port(const std::vector<PortIndex>& tagged,
   };
   for (const PortIndex egress : tagged) send_copy(egress, Tagging::tagged);
   for (const PortIndex egress : untagged) send_copy(egress, Tagging::untagged);
-  egress_.flush();
+  burst.send();
   return sent;
 }
 
 bool Pipeline::send_from_cpu(const std::uint8_t* data, std::size_t bytes, unsigned type) {
   constexpr std::uint16_t kDefaultVlan = 1;
+  Burst burst(*this);
   Passage passage;
   if (!read_cpu_frame(data, bytes, type, passage)) return false;
   passage.vlan = passage.headers.tag_vlan() != 0 ? passage.headers.tag_vlan() : kDefaultVlan;
@@ -1039,7 +1102,7 @@ bool Pipeline::send_from_cpu(const std::uint8_t* data, std::size_t bytes, unsign
   passage.frame->priority = passage.priority;
   passage.router = router_of(passage);
   if (apply_flow(passage)) forward(passage);
-  egress_.flush();
+  burst.send();
   return true;
 }
 
@@ -1048,6 +1111,10 @@ bool Pipeline::send_from_cpu(const std::uint8_t* data, std::size_t bytes, unsign
 void Pipeline::drop(Passage& passage, DropReason reason) {
   passage.frame.reset();
   note_("verdict", reason);
+  count_drop(passage, reason);
+}
+
+void Pipeline::count_drop(const Passage& passage, DropReason reason) {
   tables_.drops.add(passage.ingress, reason);
   if (passage.ingress == kNoPort) return;
   tables_.counters.add(passage.ingress, STAT_IN_DISCARDS);

@@ -46,7 +46,9 @@ class Pipeline {
   Pipeline(const Pipeline&) = delete;
   Pipeline& operator=(const Pipeline&) = delete;
 
-  // Takes frames that came in at `port`, in their order; every pointer is null afterwards.
+  // Takes frames that came in at `port`, in their order; every pointer is null afterwards. Where
+  // memory runs out, or a cable throws, the exception passes through: what was under way is lost
+  // and counted, and pointers that are not null yet stay the caller's.
   void receive(PortIndex port, FramePtr* frames, std::size_t count);
 
   // Sends a frame from the CPU out of each port listed, with a tag (its own, else one of the port's
@@ -101,6 +103,8 @@ class Pipeline {
     }
   };
 
+  class Burst;
+
   // The stages, in the order in which a frame meets them; those that are bool say whether the frame
   // goes on to the next one.
   bool arrive(Passage& passage);
@@ -129,7 +133,9 @@ class Pipeline {
                   DropReason& reason) const;
   bool emit(const Passage& passage, FramePtr frame, PortIndex egress, Tagging tagging);
   void mirror(const Frame& frame, PortIndex mirrored, const char* direction);
+  bool cpu_takes(const Passage& passage) const;
   bool to_cpu(const Passage& passage, FramePtr frame, unsigned reason);
+  void copy_to_cpu(const Passage& passage, unsigned reason);
 
   bool read_cpu_frame(const std::uint8_t* data, std::size_t bytes, unsigned type, Passage& passage);
   PortSet own_ports(const Passage& passage) const;
@@ -142,6 +148,8 @@ class Pipeline {
 
   // Drops a whole frame, on its way in or to its destination.
   void drop(Passage& passage, DropReason reason);
+  void count_drop(const Passage& passage, DropReason reason);
+  void abandon();
 
   Tables& tables_;
   const Clock& clock_;

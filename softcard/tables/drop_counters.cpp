@@ -38,6 +38,7 @@ constexpr ReasonRow kReasons[] = {
     {DropReason::no_route, "no-route", "to the router, and no host or route matches"},
     {DropReason::no_interface, "no-interface", "the next hop's router interface does not exist"},
     {DropReason::router_local, "router-local", "to the router itself"},
+    {DropReason::martian, "martian", "to the router, between addresses that no router connects"},
     {DropReason::router_mtu, "router-mtu", "too long for the router's way out"},
     {DropReason::lag_empty, "lag-empty", "no member of the LAG can send"},
     {DropReason::egress_down, "egress-down", "the egress port has no link"},
@@ -54,7 +55,7 @@ constexpr ReasonRow kReasons[] = {
     {DropReason::cable_forgot, "cable-forgot", "sent, and kept in memory until there was no room"},
     {DropReason::cpu_queue, "cpu-queue",
      "nobody takes packets for the CPU, or their queue is full"},
-    {DropReason::no_buffer, "no-buffer", "no frame is left for a copy"},
+    {DropReason::no_buffer, "no-buffer", "no memory is left for the frame"},
 };
 
 constexpr bool in_order() {

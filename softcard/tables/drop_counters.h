@@ -43,6 +43,7 @@ enum class DropReason : std::uint8_t {
   no_route,
   no_interface,
   router_local,
+  martian,
   router_mtu,
   lag_empty,
   // On the way out; counted at the egress port.
@@ -56,7 +57,7 @@ enum class DropReason : std::uint8_t {
   unplugged,
   cable_refused,
   cable_forgot,
-  // Want of room: for a packet to the CPU at the ingress port, for a copy at the egress port.
+  // Want of room: for a copy to one port at that port, else at the ingress port.
   cpu_queue,
   no_buffer,
   count_  // how many there are; no reason

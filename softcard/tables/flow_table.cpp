@@ -29,7 +29,8 @@ FlowKey FlowTable::key_of(const FlowMatch& match) {
   FlowKey key;
   key.set_ethernet(match.in_port, match.source_mac.to_number(), match.destination_mac.to_number(),
                    match.vlan, match.priority, match.ether_type);
-  key.set_ip(match.ip_protocol, match.tos);
+  key.set_ip_protocol(match.ip_protocol);
+  key.set_tos(match.tos);
   key.set_ipv4(match.ipv4_source, match.ipv4_destination);
   key.set_l4_ports(match.l4_source, match.l4_destination);
   key.words_[4] |= match.udf.value;
@@ -46,10 +47,8 @@ FlowKey FlowTable::mask_of(const FlowMatch& match) {
                     static_cast<std::uint16_t>(ones(kFlowVlan, kVlanCount - 1)),
                     static_cast<std::uint8_t>(ones(kFlowPriority, kPriorities - 1)),
                     static_cast<std::uint16_t>(ones(kFlowEtherType, 0xFFFF)));
-  if (asks(kFlowIpProtocol | kFlowTos)) {
-    mask.set_ip(static_cast<std::uint8_t>(ones(kFlowIpProtocol, 0xFF)),
-                static_cast<std::uint8_t>(ones(kFlowTos, 0xFF)));
-  }
+  if (asks(kFlowIpProtocol)) mask.set_ip_protocol(0xFF);
+  if (asks(kFlowTos)) mask.set_tos(0xFF);
   if (asks(kFlowIpv4Source | kFlowIpv4Destination)) {
     mask.set_ipv4(asks(kFlowIpv4Source) ? match.ipv4_source_mask : 0,
                   asks(kFlowIpv4Destination) ? match.ipv4_destination_mask : 0);

@@ -42,11 +42,15 @@ class FlowKey {
     words_[1] = destination << 16 | std::uint64_t{vlan} << 4 | std::uint64_t{priority};
     words_[3] |= std::uint64_t{ether_type} << 48;
   }
-  // Of IPv4 and IPv6 alike the protocol, behind extension headers, and TOS or traffic class; of ARP
-  // the operation and 0.
-  void set_ip(std::uint8_t protocol, std::uint8_t tos) {
-    words_[3] |= std::uint64_t{protocol} << 8 | tos;
-    words_[4] |= kHasIp;
+  // Of IPv4 and IPv6 alike the protocol, behind extension headers; of ARP the operation.
+  void set_ip_protocol(std::uint8_t protocol) {
+    words_[3] |= std::uint64_t{protocol} << 8;
+    words_[4] |= kHasIpProtocol;
+  }
+  // TOS of IPv4, traffic class of IPv6.
+  void set_tos(std::uint8_t tos) {
+    words_[3] |= tos;
+    words_[4] |= kHasTos;
   }
   // Of IPv4, and of ARP the sender's and the target's address.
   void set_ipv4(Ipv4 source, Ipv4 destination) {
@@ -63,9 +67,10 @@ class FlowKey {
   friend class FlowTable;
 
   static constexpr std::uint64_t kHeaders = std::uint64_t{0xFFFFFFFF} << 32;
-  static constexpr std::uint64_t kHasIp = std::uint64_t{1} << 32;
+  static constexpr std::uint64_t kHasIpProtocol = std::uint64_t{1} << 32;
   static constexpr std::uint64_t kHasIpv4 = std::uint64_t{1} << 33;
   static constexpr std::uint64_t kHasL4Ports = std::uint64_t{1} << 34;
+  static constexpr std::uint64_t kHasTos = std::uint64_t{1} << 35;
 
   // source MAC 48, in port 16 | destination MAC 48, VLAN 12, PCP 4 | IPv4 source 32, destination 32
   // | Ethernet type 16, L4 source 16, destination 16, protocol 8, TOS 8 | headers 32, qualifier 32

@@ -37,6 +37,11 @@ class LagTable {
 
   // The LAG that a port belongs to, or kNoLag.
   std::uint16_t lag_of(PortIndex port) const { return lag_of_[port]; }
+  // Where frames for a destination go: while a port is a member of a LAG, that is the LAG.
+  Destination resolve(Destination destination) const {
+    if (!destination.is_port() || lag_of_[destination.number] == kNoLag) return destination;
+    return Destination::lag(lag_of_[destination.number]);
+  }
   // `id` is below id_count().
   const Lag& operator[](std::size_t id) const { return lags_[id]; }
   std::size_t id_count() const { return lags_.size(); }

@@ -20,7 +20,7 @@ struct Frame {
   std::uint16_t vlan = 1;
   std::uint8_t priority = 0;
   std::uint16_t ether_type = 0x0800;
-  bool has_ip = false, has_ipv4 = false, has_l4 = false;
+  bool has_ip = false, has_tos = false, has_ipv4 = false, has_l4 = false;
   Ipv4 ip_source = 0, ip_destination = 0;
   std::uint8_t protocol = 0, tos = 0;
   std::uint16_t l4_source = 0, l4_destination = 0;
@@ -30,7 +30,8 @@ struct Frame {
     FlowKey key;
     key.set_ethernet(in_port, source.to_number(), destination.to_number(), vlan, priority,
                      ether_type);
-    if (has_ip) key.set_ip(protocol, tos);
+    if (has_ip) key.set_ip_protocol(protocol);
+    if (has_tos) key.set_tos(tos);
     if (has_ipv4) key.set_ipv4(ip_source, ip_destination);
     if (has_l4) key.set_l4_ports(l4_source, l4_destination);
     return key;
@@ -71,7 +72,7 @@ bool matches(const FlowMatch& m, const Frame& f) {
          !differs(kFlowIpv4Destination, f.has_ipv4, m.ipv4_destination & m.ipv4_destination_mask,
                   f.ip_destination & m.ipv4_destination_mask) &&
          !differs(kFlowIpProtocol, f.has_ip, m.ip_protocol, f.protocol) &&
-         !differs(kFlowTos, f.has_ip, m.tos, f.tos) &&
+         !differs(kFlowTos, f.has_tos, m.tos, f.tos) &&
          !differs(kFlowL4Source, f.has_l4, m.l4_source, f.l4_source) &&
          !differs(kFlowL4Destination, f.has_l4, m.l4_destination, f.l4_destination) &&
          udf_matches(m.udf, f);
@@ -131,6 +132,7 @@ class FlowTableTest : public ::testing::Test {
     f.priority = byte_below(2);
     f.ether_type = word_below(2);
     f.has_ip = below(4) != 0;
+    f.has_tos = f.has_ip && below(4) != 0;
     f.has_ipv4 = f.has_ip && below(4) != 0;
     f.has_l4 = f.has_ip && below(2) != 0;
     f.ip_source = ip();
@@ -230,7 +232,7 @@ TEST_F(FlowTableTest, LookupAgreesWithBruteForce) {
 // What the fields say under the mask of each of them: one bit off in any field is another frame.
 TEST_F(FlowTableTest, EveryFieldCounts) {
   Frame frame;
-  frame.has_ip = frame.has_ipv4 = frame.has_l4 = true;
+  frame.has_ip = frame.has_tos = frame.has_ipv4 = frame.has_l4 = true;
   FlowMatch match;
   match.fields = (kFlowL4Destination << 1) - 1;
   match.in_port = frame.in_port = 0xFFFF;
@@ -267,6 +269,7 @@ TEST_F(FlowTableTest, EveryFieldCounts) {
       [](Frame& f) { f.l4_destination ^= 1; },
       [](Frame& f) { f.has_l4 = false; },
       [](Frame& f) { f.has_ipv4 = false; },
+      [](Frame& f) { f.has_tos = false; },
   };
   for (std::size_t i = 0; i < std::size(changes); ++i) {
     Frame other = frame;

@@ -150,6 +150,23 @@ TEST_F(FlowForwardingTest, EveryFieldOfTheMatch) {
        "a b ipv4 src=192.0.2.1 dst=192.0.2.2"},
       {"traffic class", OF_MATCH_TOS, [](of_flow_mp_s& f) { f.match.tos = 8; }, kUdp6,
        "a b ipv6 src=2001:db8::1 dst=2001:db8::2"},
+      // What a frame lacks matches nothing, not even 0.
+      {"no TOS", OF_MATCH_TOS, [](of_flow_mp_s& f) { f.match.tos = 0; },
+       "a b ipv4 src=192.0.2.1 dst=192.0.2.2", kArp},
+      {"no IP for TOS", OF_MATCH_TOS, [](of_flow_mp_s& f) { f.match.tos = 0; },
+       "a b ipv6 src=2001:db8::1 dst=2001:db8::2", "a b"},
+      {"no protocol", OF_MATCH_IP_PROTOCOL, [](of_flow_mp_s& f) { f.match.ip_protocol = 0; },
+       "a b ipv4 src=192.0.2.1 dst=192.0.2.2 proto=0", "a b"},
+      {"no IPv4", OF_MATCH_SRC_IP, [](of_flow_mp_s& f) { f.match.src_ip_mask = 0; }, kUdp, kUdp6},
+      {"no IPv4 at all", OF_MATCH_DST_IP, [](of_flow_mp_s& f) { f.match.dst_ip_mask = 0; }, kArp,
+       "a b"},
+      {"no source port", OF_MATCH_SRC_L4_PORT, [](of_flow_mp_s& f) { f.match.src_l4_port = 0; },
+       "a b ipv4 src=192.0.2.1 dst=192.0.2.2 udp sport=0 dport=0",
+       "a b ipv4 src=192.0.2.1 dst=192.0.2.2 proto=89"},
+      {"no ports in a later fragment", OF_MATCH_DST_L4_PORT,
+       [](of_flow_mp_s& f) { f.match.dst_l4_port = 0; },
+       "a b ipv4 src=192.0.2.1 dst=192.0.2.2 mf=1 udp sport=0 dport=0",
+       "a b ipv4 src=192.0.2.1 dst=192.0.2.2 frag=64 proto=17 payload=0000000000000000"},
   };
   vlan(1, mps({0}), {});
   for (const Row& row : kRows) {

@@ -99,6 +99,72 @@ TEST_F(L3ForwardingTest, WhatTheRouterHandsToTheCpu) {
   EXPECT_EQ(drops(0, DropReason::bad_ip), 2u);
 }
 
+// Where default routes are there: what a router answers itself goes to the CPU, and what no router
+// may pass on goes nowhere. The neighbours of these addresses are routed like any.
+TEST_F(L3ForwardingTest, Martians) {
+  const unsigned char any[16] = {};
+  ok(route(2, 0, 0, 'c'));
+  ok(sdk.add_l3_route_ip6(mp(2), false, any, any, mac('c'), s));
+  enum Scope { kGlobal, kLink, kHost };
+  const struct {
+    const char* address;
+    Scope scope;
+  } kRows[] = {{"0.0.0.0", kHost},
+               {"0.0.0.1", kGlobal},
+               {"126.255.255.255", kGlobal},
+               {"127.0.0.1", kHost},
+               {"127.255.255.255", kHost},
+               {"128.0.0.0", kGlobal},
+               {"169.253.255.255", kGlobal},
+               {"169.254.0.0", kLink},
+               {"169.254.255.255", kLink},
+               {"169.255.0.0", kGlobal},
+               {"223.255.255.255", kGlobal},
+               {"224.0.0.5", kLink},
+               {"239.255.255.255", kLink},
+               {"240.0.0.0", kGlobal},
+               {"255.255.255.254", kGlobal},
+               {"255.255.255.255", kLink},
+               {"::", kHost},
+               {"::1", kHost},
+               {"::2", kGlobal},
+               {"100::1", kGlobal},
+               {"0:1::", kGlobal},
+               {"fe7f::1", kGlobal},
+               {"fe80::1", kLink},
+               {"febf::1", kLink},
+               {"fec0::1", kGlobal},
+               {"feff::1", kGlobal},
+               {"ff00::", kLink},
+               {"ff02::1", kLink}};
+  const std::string routed = "0 in; 2 out q0", dropped = "0 in in-discards !martian";
+  counted();
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.address);
+    const bool v6 = std::strchr(row.address, ':') != nullptr;
+    const std::string ip = v6 ? "ipv6" : "ipv4", peer = v6 ? "2001:db8::9" : "203.0.113.9";
+    in(0, "a r " + ip + " src=" + peer + " dst=" + row.address + " payload=01");
+    if (row.scope == kLink) cpu(RX_REASON_ROUTER, "a r " + ip + " dst=" + row.address);
+    if (row.scope == kGlobal) out(2, "s c " + ip + " dst=" + row.address);
+    EXPECT_EQ(counted(), row.scope == kGlobal ? routed : row.scope == kHost ? dropped : "0 in");
+    in(0, "a r " + ip + " src=" + row.address + " dst=" + peer + " payload=01");
+    if (row.scope == kGlobal) out(2, "s c " + ip + " src=" + row.address);
+    EXPECT_EQ(counted(), row.scope == kGlobal ? routed : dropped);
+  }
+  // The link's own addresses come before TTL, options and source.
+  for (const char* frame : {"a r ipv4 src=0.0.0.0 dst=255.255.255.255 udp sport=68 dport=67",
+                            "a r ipv6 src=fe80::1 dst=fe80::2 hops=255 icmp6 type=135",
+                            "a r ipv4 src=192.0.2.1 dst=224.0.0.9 ttl=1 udp sport=520 dport=520",
+                            "a r ipv6 src=fe80::1 dst=ff02::16 hops=1 hopopts icmp6 type=143"}) {
+    in(0, frame);
+    cpu(RX_REASON_ROUTER, frame);
+  }
+  // A host or route there changes nothing.
+  ok(sdk.add_l3_host_ip4(mp(2), false, 0xa9fe0101, mac('c'), s));
+  in(0, "a r ipv4 src=192.0.2.1 dst=169.254.1.1");
+  cpu(RX_REASON_ROUTER, "");
+}
+
 // effect: add_l3_route_ip4 - the longest prefix, then the lowest metric, then the earliest
 // effect: delete_l3_route_by_subnet_ip4 - the next best takes over
 // effect: clear_l3_route_table - no way is left
@@ -239,6 +305,38 @@ TEST_F(L3ForwardingTest, OutOfALagAndBackOutOfTheSamePort) {
   out(3, "s c vlan=20 ipv4 ttl=63");
 }
 
+// A way through a port that is, or becomes, a member of a LAG is the LAG's.
+TEST_F(L3ForwardingTest, HostsAndRoutesOnAMemberAreTheLags) {
+  const unsigned char far6[16] = {0x20, 0x01, 0x0d, 0xb8, 0, 9};
+  std::list<Mp> member = mps({5});
+  ok(sdk.delete_ports_from_lag(z, member));
+  ok(sdk.add_l3_host_ip4(mp(5), false, kC4, mac('c'), s));  // it becomes one
+  ok(sdk.add_ports_to_lag(z, member));
+  ok(sdk.add_l3_host_ip6(mp(5), false, kC6, mac('c'), s));
+  ok(route(5, 0xcb007100, 0xffffff00, 'd'));
+  ok(sdk.add_l3_route_ip6(mp(5), false, far6, kMask6, mac('d'), s));
+  const char* const kFrames[] = {kPing, kPing6, "a r ipv4 src=192.0.2.1 dst=203.0.113.1",
+                                 "a r ipv6 src=2001:db8:1::1 dst=2001:db8:9::1"};
+  for (const PortIndex left : {PortIndex{4}, PortIndex{5}}) {
+    ok(sdk.set_port_link_state(mp(left == 4 ? 5 : 4), PHY_STATE_DOWN));
+    for (const char* frame : kFrames) in(0, frame);
+    out(left, "s c ipv4");
+    out(left, "s c ipv6");
+    out(left, "s d ipv4");
+    out(left, "s d ipv6");
+    ok(sdk.set_port_link_state(mp(left == 4 ? 5 : 4), PHY_STATE_UP));
+  }
+  unsigned char hop[6] = {};
+  unsigned interface = 0;
+  ok(sdk.get_l3_host_ip4(kC4, mp(5), hop, interface, false));  // it reads as it was set
+  EXPECT_FALSE(sdk.get_l3_host_ip4(kC4, Mp(0, z), hop, interface, true));
+  ok(sdk.delete_ports_from_lag(z, member));
+  ok(sdk.set_port_link_state(mp(5), PHY_STATE_DOWN));
+  counted();
+  in(0, kPing);
+  EXPECT_EQ(counted(), "0 in; 5 out-discards !egress-down");
+}
+
 TEST_F(L3ForwardingTest, BurstsAreRoutedFrameByFrame) {
   ok(sdk.add_l3_host_ip4(mp(2), false, kC4, mac('c'), s));
   ok(route(3, 0xcb007100, 0xffffff00, 'd'));
@@ -253,12 +351,7 @@ TEST_F(L3ForwardingTest, BurstsAreRoutedFrameByFrame) {
                                  "a r ipv4 src=192.0.2.1 dst=203.0.113.6",
                                  "a r ipv6 src=2001:db8:1::1 dst=2001:db8:2::7",
                                  "a r ipv6 src=2001:db8:1::1 dst=2001:db9::1"};
-  std::vector<FramePtr> burst;
-  for (const char* text : kFrames) {
-    const auto frame = bytes_of(text);
-    burst.push_back(card.frame_pool().make(frame.data(), frame.size()));
-  }
-  card.frames_arrived(0, burst.data(), burst.size());
+  burst(0, {std::begin(kFrames), std::end(kFrames)});
   out(2, "s c ipv4 dst=198.51.100.1");
   out(3, "s d ipv4 dst=203.0.113.5");
   out({1, 3}, "a b");

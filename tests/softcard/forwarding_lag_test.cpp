@@ -181,6 +181,39 @@ TEST_F(LagForwardingTest, MembersBecomePortsAgain) {
   skip({0, 2, 3, 4, 5});
 }
 
+// A static address on a port that is, or becomes, a member is the LAG's while the port is one.
+TEST_F(LagForwardingTest, StaticAddressOfAMemberIsTheLags) {
+  ok(sdk.add_mac_to_port(mp(2), mac('b'), 1, false));
+  ok(sdk.add_mac_to_port(mp(4), mac('e'), 1, false));
+  const unsigned y = lag({4, 5});
+  std::set<PortIndex> members;
+  for (unsigned n = 10; n < 40; ++n) {
+    members.insert(way("02:00:00:00:00:" + std::to_string(n) + " b"));
+    members.insert(way("02:00:00:00:00:" + std::to_string(n) + " e"));
+  }
+  EXPECT_EQ(members, (std::set<PortIndex>{1, 2, 3, 4, 5}));
+  counted();
+  in(1, "c b");  // never back into the LAG
+  in(5, "f e");
+  EXPECT_EQ(counted(), "1 in in-discards !same-port; 5 in in-discards !same-port");
+  ok(sdk.set_port_link_state(mp(2), PHY_STATE_DOWN));
+  ok(sdk.set_port_link_state(mp(4), PHY_STATE_DOWN));
+  EXPECT_TRUE(way("a b") == 1 || way("a b") == 3);
+  EXPECT_EQ(way("a e"), 5);
+  const FdbEntry* entry = card.tables().fdb.find(1, MacAddress::from_bytes(mac('b')));
+  EXPECT_EQ(entry->destination(), Destination::port(2)) << "it reads as it was set";
+
+  ok(sdk.set_port_mac_lock(mp(1), true));  // known at one member is known at all
+  in(1, "b a");
+  out(0, "b a");
+  EXPECT_EQ(card.tables().fdb.find(1, MacAddress::from_bytes(mac('b')))->hit(), true);
+  ok(sdk.set_port_link_state(mp(4), PHY_STATE_UP));
+  ok(sdk.delete_lag(y));
+  EXPECT_EQ(way("a e"), 4);
+  in(5, "f e");
+  out(4, "f e");
+}
+
 TEST_F(LagForwardingTest, BetweenTwoLags) {
   const unsigned y = lag({4, 5});
   ok(sdk.add_mac_to_port(Mp(0, y), mac('y'), 1, true));

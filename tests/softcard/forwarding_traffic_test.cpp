@@ -84,6 +84,33 @@ TEST_F(TrafficTest, Layer2Off) {
   cpu(RX_REASON_FLOOD, "x all");
 }
 
+TEST_F(TrafficTest, Layer2OffStillReachesTheCpu) {
+  ok(sdk.set_port_l2_enable(mp(1), false));
+  ok(sdk.set_port_flood_blocking_cpu(mp(1), FLOOD_BLOCK_NONE));
+  ok(sdk.add_system_mac(mac('s'), 10));
+  ok(sdk.add_mac_to_port(mp(2), mac('c'), 10, false));
+  counted();
+  const struct {
+    const char* frame;
+    unsigned to_cpu;  // 0: the CPU gets nothing
+    const char* counted;
+  } kRows[] = {{"b s", RX_REASON_SYSTEM_MAC, "1 in"},
+               {"b x", 0, "1 in in-discards !l2-disabled"},
+               {"b c", 0, "1 in in-discards !l2-disabled"},
+               {"b all", RX_REASON_FLOOD, "1 in-broadcast in-discards !l2-disabled"}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.frame);
+    in(1, row.frame);
+    if (row.to_cpu != 0) cpu(row.to_cpu, row.frame);
+    EXPECT_EQ(counted(), row.counted);
+  }
+  ok(sdk.set_port_switch_unknown_unicast_to_cpu(mp(1), true));
+  in(1, "b x");
+  cpu(RX_REASON_UNKNOWN_UNICAST, "b x");
+  ok(sdk.set_port_flood_blocking_cpu(mp(1), FLOOD_BLOCK_UNKNOWN_UNICAST));
+  in(1, "b x");
+}
+
 // ---- Storm control ------------------------------------------------------------------------------
 
 // effect: set_port_broadcast_control - broadcasts beyond the rate are dropped

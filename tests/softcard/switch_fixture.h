@@ -46,7 +46,8 @@ class SwitchTest : public ::testing::Test {
     std::vector<std::uint8_t> frame;
   };
 
-  SwitchTest() {
+  explicit SwitchTest(const CardDescription& description = eight_ports())
+      : card(description, clock) {
     EXPECT_TRUE(sdk.register_rx_packet_callback(
         [](RxPacket* packet, void* test) {
           static_cast<SwitchTest*>(test)->packets.push_back(
@@ -114,6 +115,16 @@ class SwitchTest : public ::testing::Test {
 
   void in(PortIndex port, const std::string& words) { in(port, bytes_of(words)); }
   void in(PortIndex port, const std::vector<std::uint8_t>& frame) { cable(port).send(frame); }
+
+  // Frames that come in together.
+  void burst(PortIndex port, const std::vector<std::string>& words) {
+    std::vector<FramePtr> frames;
+    for (const std::string& frame : words) {
+      const auto bytes = bytes_of(frame);
+      frames.push_back(card.frame_pool().make(bytes.data(), bytes.size()));
+    }
+    card.frames_arrived(port, frames.data(), frames.size());
+  }
 
   // The next frame that each port sent shows what `words` say; "" takes any.
   void out(PortIndex port, const std::string& words) { out({port}, words); }
@@ -208,11 +219,82 @@ class SwitchTest : public ::testing::Test {
     card.run_once();
   }
 
+  // Every counter and drop of every port that has changed since the last call, but octets and the
+  // classes of sizes: "0 in; 1 out q0; 2 out-discards !egress-down", with x2 for two.
+  std::string counted() {
+    static constexpr const char* kNames[STAT_TYPE_COUNT] = {nullptr,
+                                                            "in",
+                                                            "in-multicast",
+                                                            "in-broadcast",
+                                                            "in-discards",
+                                                            "in-errors",
+                                                            nullptr,
+                                                            "out",
+                                                            "out-multicast",
+                                                            "out-broadcast",
+                                                            "out-discards",
+                                                            "out-errors",
+                                                            nullptr,
+                                                            nullptr,
+                                                            nullptr,
+                                                            nullptr,
+                                                            nullptr,
+                                                            nullptr,
+                                                            nullptr,
+                                                            "undersize",
+                                                            "oversize",
+                                                            "in-pause",
+                                                            "out-pause",
+                                                            "jams",
+                                                            "in-storm",
+                                                            "in-vlan",
+                                                            "in-stp",
+                                                            "in-lock",
+                                                            "q0",
+                                                            "q1",
+                                                            "q2",
+                                                            "q3",
+                                                            "q4",
+                                                            "q5",
+                                                            "q6",
+                                                            "q7"};
+    std::vector<std::uint64_t> values;
+    std::string text;
+    const auto add = [&](std::string& line, const std::string& name, std::uint64_t value) {
+      const std::uint64_t before = values.size() < counted_.size() ? counted_[values.size()] : 0;
+      values.push_back(value);
+      if (value == before) return;
+      line += " " + name;
+      if (value != before + 1) line += " x" + std::to_string(value - before);
+    };
+    const Tables& tables = card.tables();
+    for (PortIndex port = 0; port <= tables.ports.count(); ++port) {
+      const bool cpu_port = port == tables.ports.count();
+      std::string line;
+      for (unsigned type = 0; type < STAT_TYPE_COUNT && !cpu_port; ++type) {
+        if (kNames[type] == nullptr) continue;
+        add(line, kNames[type], tables.counters.value(port, static_cast<stat_type_t>(type)));
+      }
+      for (std::size_t i = 0; i < kDropReasons; ++i) {
+        const auto reason = static_cast<DropReason>(i);
+        add(line, std::string("!") + name(reason),
+            tables.drops.count(cpu_port ? kNoPort : port, reason));
+      }
+      if (line.empty()) continue;
+      text += (text.empty() ? "" : "; ") + (cpu_port ? "cpu" : std::to_string(port)) + line;
+    }
+    counted_ = values;
+    return text;
+  }
+
   std::shared_ptr<VirtualClock> clock = std::make_shared<VirtualClock>();
-  Card card{eight_ports(), clock};
+  Card card;
   CallWatch watch;
   SoftSdk sdk{card, watch};
   std::deque<CpuPacket> packets;
+
+ private:
+  std::vector<std::uint64_t> counted_;
 };
 
 }  // namespace softcard

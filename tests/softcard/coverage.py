@@ -62,7 +62,7 @@ FRAMELESS = {
 }
 
 # What a test looks at.
-LOOKS = re.compile(r"\b(out|skip|cpu|none|stat|drops|passed|passes|way|flooded|packets|expect)\(|"
+LOOKS = re.compile(r"\b(out|skip|cpu|none|stat|drops|counted|passed|passes|way|flooded|packets|expect)\(|"
                    r"get_port_(brief_)?stat_counter|waiting\(\)|take\(|hear\(")
 TEST = re.compile(r"^TEST(?:_F|_P)?\(\s*(\w+)\s*,\s*(\w+)\s*\)", re.M)
 HELPER = re.compile(r"^  (?:[\w:<>&*]+ )*(\w+)\([^;]*?\)(?: const)?(?: override)? \{$", re.M)

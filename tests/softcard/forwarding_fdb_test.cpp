@@ -55,11 +55,7 @@ TEST_F(FdbForwardingTest, LearnsAndStopsFlooding) {
 }
 
 TEST_F(FdbForwardingTest, WithinABurstEachFrameKnowsWhatTheOneBeforeTaught) {
-  FramePtr burst[2];
-  const auto first = bytes_of("a all"), second = bytes_of("d a");
-  burst[0] = card.frame_pool().make(first.data(), first.size());
-  burst[1] = card.frame_pool().make(second.data(), second.size());
-  card.frames_arrived(0, burst, 2);
+  burst(0, {"a all", "d a"});
   skip({1, 2, 3});
   EXPECT_EQ(drops(0, DropReason::same_port), 1u);
 }

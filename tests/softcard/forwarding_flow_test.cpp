@@ -327,6 +327,54 @@ TEST_F(FlowForwardingTest, QueueAndRewrittenFrameOnTheOrdinaryWay) {
   EXPECT_EQ(stat(1, STAT_OUT_QUEUE_5), 1u);
 }
 
+// The queue of the ordinary way is that of the priority that the frame has by then.
+TEST_F(FlowForwardingTest, QueueOfARewrittenPriority) {
+  const unsigned id = add(flow(0));
+  act(id, OF_ACTION_SET_VLAN_PRIORITY, 6);
+  act(id, OF_ACTION_OUTPUT, OF_PORT_NORMAL);
+  ok(sdk.set_port_cos_mapping(mp(3), 6, 4));
+  ok(sdk.add_mac_to_port(mp(3), mac('d'), 10, false));
+  counted();
+  in(0, "a b vlan=10 prio=2");
+  out(1, "a b untagged");
+  EXPECT_EQ(counted(), "0 in; 1 out q6");
+  in(0, "a d");
+  out(3, "a d vlan=10 prio=6");
+  EXPECT_EQ(counted(), "0 in; 3 out q4");
+  act(id, OF_ACTION_SET_QUEUE, 1);  // a queue that is set goes before both
+  ok(sdk.delete_of_flow_action(id, OF_ACTION_OUTPUT, {{OF_PORT_NORMAL, 0, 0}}, Mp(0, 0)));
+  act(id, OF_ACTION_OUTPUT, OF_PORT_NORMAL);
+  in(0, "a d");
+  out(3, "a d vlan=10 prio=6");
+  EXPECT_EQ(counted(), "0 in; 3 out q1");
+}
+
+// What a filter takes no flow sees.
+TEST_F(FlowForwardingTest, FiltersComeBeforeFlows) {
+  const unsigned id = add(flow(0));
+  output(id, 2);
+  ok(sdk.add_l4_destination_port_filter(53));
+  in(0, kUdp);
+  cpu(RX_REASON_L4_PORT_FILTER, kUdp);
+  EXPECT_EQ(packets(id), 0u);
+  in(0, kArp);
+  out(2, kArp);
+}
+
+// Each flow counts the frame as it came in, once.
+TEST_F(FlowForwardingTest, CountsFramesAndBytes) {
+  const unsigned id = add(flow(0));
+  act(id, OF_ACTION_SET_VLAN_ID, 20);
+  output(id, 1);
+  output(id, 2);
+  in(0, "a b size=100");
+  in(2, "c b size=64");
+  skip({1}, 2);
+  skip({2});
+  const Flow* counting = card.tables().flows.get(id);
+  EXPECT_TRUE(counting->packets == 2 && counting->bytes == 164);
+}
+
 TEST_F(FlowForwardingTest, OrdinaryWayInAnotherVlanAndThroughTheRouter) {
   vlan(20, {}, mps({4, 5}));
   unsigned id = add(flow(0));
@@ -367,6 +415,11 @@ TEST_F(FlowForwardingTest, ForwardModes) {
     if (row.from_c) out(1, "c b");
   }
   EXPECT_EQ(drops(2, DropReason::flow_miss), 1u);
+  ok(sdk.clear_of_flow_table());  // by flows alone, and there is none
+  ok(sdk.set_switch_forward_mode(SWITCH_FORWARD_MODE_FLOW));
+  counted();
+  in(0, "a b");
+  EXPECT_EQ(counted(), "0 in in-discards !flow-miss");
 }
 
 TEST_F(FlowForwardingTest, SpanningTreeHoldsForFlowsToo) {

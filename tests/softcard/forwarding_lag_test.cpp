@@ -51,7 +51,7 @@ TEST_F(LagForwardingTest, IsOnePortForFloodsAndLearning) {
   skip({4, 5});
   in(2, "b all");  // nothing goes to 1 and 3
   skip({0, 4, 5});
-  EXPECT_EQ(card.fdb().find(1, MacAddress::from_bytes(mac('b')))->destination(),
+  EXPECT_EQ(card.tables().fdb.find(1, MacAddress::from_bytes(mac('b')))->destination(),
             Destination::lag(static_cast<std::uint16_t>(x)));
   const PortIndex member = way("a b");
   EXPECT_TRUE(member >= 1 && member <= 3);
@@ -166,6 +166,98 @@ TEST_F(LagForwardingTest, FailsOverAndKeepsTheFlowsOfTheOthers) {
   EXPECT_EQ(way("a b"), 3);
 }
 
+// Each state that keeps a member from sending leaves its frames to the others, and none is lost.
+TEST_F(LagForwardingTest, OnlyMembersThatCanSendAreChosen) {
+  ok(sdk.add_mac_to_port(Mp(0, x), mac('b'), 1, true));
+  const struct {
+    const char* name;
+    void (*hold)(LagForwardingTest& test, bool on);
+    bool floods_only;
+  } kRows[] = {
+      {"link", [](LagForwardingTest& t, bool on) { t.ok(t.sdk.set_port_state(mp(2), !on)); },
+       false},
+      {"egress",
+       [](LagForwardingTest& t, bool on) { t.ok(t.sdk.set_port_egress_admin_state(mp(2), !on)); },
+       false},
+      {"layer 2", [](LagForwardingTest& t, bool on) { t.ok(t.sdk.set_port_l2_enable(mp(2), !on)); },
+       false},
+      {"spanning tree",
+       [](LagForwardingTest& t, bool on) {
+         t.ok(t.sdk.set_port_stp_state(mp(2), on ? STP_STATE_BLOCKING : STP_STATE_FORWARDING));
+       },
+       false},
+      {"VLAN",
+       [](LagForwardingTest& t, bool on) {
+         std::list<Mp> member = mps({2}), tagged;
+         t.ok(on ? t.sdk.delete_ports_from_vlan(1, member)
+                 : t.sdk.add_ports_to_vlan(1, tagged, member));
+       },
+       false},
+      {"flood blocking",
+       [](LagForwardingTest& t, bool on) {
+         t.ok(t.sdk.set_port_flood_blocking(mp(0), mp(2), on ? FLOOD_BLOCK_ALL : FLOOD_BLOCK_NONE));
+       },
+       true},
+  };
+  std::list<Mp> away = mps({4, 5});
+  ok(sdk.delete_ports_from_vlan(1, away));
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    row.hold(*this, true);
+    card.clear_counters();
+    std::map<PortIndex, unsigned> known, flooded;
+    for (unsigned n = 10; n < 70; ++n) {
+      ++known[way("02:00:00:00:00:" + std::to_string(n) + " b")];
+      ++flooded[way("02:00:00:00:00:" + std::to_string(n) + " all")];
+    }
+    EXPECT_TRUE(known[1] > 8 && known[3] > 8 && (known[2] > 8) == row.floods_only);
+    EXPECT_TRUE(flooded[1] > 8 && flooded[3] > 8 && flooded[2] == 0);
+    EXPECT_EQ(stat(2, STAT_OUT_DISCARDS), 0u);
+    row.hold(*this, false);
+  }
+}
+
+// A member's lock keeps unknown addresses out of the LAG at that member alone.
+TEST_F(LagForwardingTest, LockedMember) {
+  ok(sdk.set_port_mac_lock(mp(2), true));
+  counted();
+  in(2, "b a");
+  EXPECT_EQ(counted(), "2 in in-discards in-lock !mac-lock");
+  in(1, "b a");
+  skip({0, 4, 5});
+  in(2, "b a");  // the LAG knows it by now
+  skip({0, 4, 5});
+  ok(sdk.set_port_mac_lock_ext(mp(3), true, false));
+  in(3, "c a");
+  skip({0, 4, 5});
+  EXPECT_EQ(card.tables().fdb.find(1, MacAddress::from_bytes(mac('c'))), nullptr);
+}
+
+TEST_F(LagForwardingTest, FlowsToAllPortsSendOneCopyToEachLag) {
+  const unsigned y = lag({4, 5});
+  const unsigned id = flow_of_all_frames();
+  ok(sdk.add_of_flow_action(id, OF_ACTION_OUTPUT, {{OF_PORT_ALL, 0, 0}}, Mp(0, 0)));
+  const auto copies = [&](std::initializer_list<PortIndex> members) {
+    std::size_t sum = 0;
+    for (const PortIndex port : members) {
+      sum += cable(port).waiting();
+      cable(port).clear();
+    }
+    return sum;
+  };
+  for (unsigned n = 10; n < 30; ++n) {
+    const std::string frame = "02:00:00:00:00:" + std::to_string(n) + " b";
+    in(0, frame);
+    EXPECT_TRUE(copies({1, 2, 3}) == 1 && copies({4, 5}) == 1);
+    in(2, frame);  // nothing back into its own LAG
+    EXPECT_TRUE(copies({1, 2, 3}) == 0 && copies({4, 5}) == 1 && copies({0}) == 1);
+  }
+  ok(sdk.set_port_link_state(mp(4), PHY_STATE_DOWN));
+  in(0, "a b");
+  EXPECT_TRUE(copies({1, 2, 3}) == 1 && copies({5}) == 1);
+  ok(sdk.delete_lag(y));
+}
+
 // effect: delete_ports_from_lag - the port is one of its own again
 // effect: delete_lag - the members are ports of their own again
 TEST_F(LagForwardingTest, MembersBecomePortsAgain) {
@@ -226,7 +318,7 @@ TEST_F(LagForwardingTest, BetweenTwoLags) {
   ok(sdk.set_system_mac_limit(Mp(0, y), 1, PORT_KIND_LAG));
   in(4, "y y");
   in(5, "z z");
-  EXPECT_EQ(card.fdb().learned_on(Destination::lag(static_cast<std::uint16_t>(y))), 1u);
+  EXPECT_EQ(card.tables().fdb.learned_on(Destination::lag(static_cast<std::uint16_t>(y))), 1u);
   for (const PortIndex port : card.ports().all()) cable(port).clear();
 }
 

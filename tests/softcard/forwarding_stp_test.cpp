@@ -58,25 +58,58 @@ TEST_F(StpTest, StatesOfThePort) {
   EXPECT_EQ(drops(0, DropReason::stp_egress), 4u);
 }
 
+// VLAN 20 follows instance 2.
+class MstpTest : public SwitchTest {
+ protected:
+  static CardDescription two_instances() {
+    CardDescription description = eight_ports();
+    description.mstp_instance[20] = 2;
+    return description;
+  }
+  MstpTest() : SwitchTest(two_instances()) {
+    vlan(10, mps({0, 1, 2}), {});
+    vlan(20, mps({0, 1, 2}), {});
+    for (PortIndex port = 0; port < 3; ++port) {
+      ok(sdk.set_port_flood_blocking_cpu(mp(port), FLOOD_BLOCK_ALL));
+    }
+    for (const unsigned number : {10u, 20u}) {
+      ok(sdk.add_mac_to_port(mp(1), mac('b'), number, false));
+    }
+    counted();
+  }
+};
+
 // effect: set_port_mstp_state - the same for the VLANs of the instance alone
-TEST_F(StpTest, InstanceByVlan) {
-  CardDescription description = eight_ports();
-  description.mstp_instance[20] = 2;
-  Card two(description, clock);
-  SoftSdk other(two, watch);
-  ok(other.create_vlan(20));
-  std::list<Mp> tagged = mps({0, 1}), untagged;
-  ok(other.add_ports_to_vlan(20, tagged, untagged));
-  ok(other.set_port_mstp_state(2, mp(0), MSTP_STATE_BLOCKING));
-  mstp_state_t state = MSTP_STATE_FORWARDING;
-  ok(other.get_port_mstp_state(2, mp(0), state));
-  EXPECT_EQ(state, MSTP_STATE_BLOCKING);
-  const auto port = [&](PortIndex number) { return static_cast<MemoryCable*>(two.cable(number)); };
-  port(0)->send(bytes_of("a all vlan=20"));
-  EXPECT_EQ(port(1)->waiting(), 0u);
-  port(0)->send(bytes_of("a all"));  // VLAN 1, instance 0
-  EXPECT_EQ(port(1)->waiting(), 1u);
-  EXPECT_EQ(port(7)->waiting(), 1u);
+TEST_F(MstpTest, InstanceByVlan) {
+  const struct {
+    mstp_state_t state;
+    bool forwards, learns;
+  } kRows[] = {{MSTP_STATE_BLOCKING, false, false},
+               {MSTP_STATE_LEARNING, false, true},
+               {MSTP_STATE_FORWARDING, true, true}};
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.state);
+    ok(sdk.clear_fdb_table(false));
+    ok(sdk.set_port_mstp_state(2, mp(1), row.state));
+    mstp_state_t state = MSTP_STATE_DISABLED;
+    ok(sdk.get_port_mstp_state(2, mp(1), state));
+    EXPECT_EQ(state, row.state);
+    in(0, "a b vlan=10");  // instance 0 lets everything through
+    EXPECT_EQ(counted(), "0 in; 1 out q0");
+    in(0, "a b vlan=20");
+    EXPECT_EQ(counted(), row.forwards ? "0 in; 1 out q0" : "0 in; 1 out-discards !stp-egress");
+    in(0, "a all vlan=20");
+    EXPECT_EQ(counted(), row.forwards
+                             ? "0 in-broadcast; 1 out-broadcast q0; 2 out-broadcast q0"
+                             : "0 in-broadcast; 1 out-discards !stp-egress; 2 out-broadcast q0");
+    in(1, "x a vlan=10");
+    EXPECT_EQ(counted(), "0 out q0; 1 in");
+    in(1, "x a vlan=20");
+    EXPECT_EQ(counted(), row.forwards ? "0 out q0; 1 in" : "1 in in-discards in-stp !stp-ingress");
+    const auto* learned = card.tables().fdb.find(20, MacAddress::from_bytes(mac('x')));
+    EXPECT_EQ(learned != nullptr, row.learns);
+  }
+  for (PortIndex port = 0; port < 3; ++port) cable(port).clear();
 }
 
 // effect: set_port_bpdu_processing - off: BPDUs are flooded like any multicast
@@ -91,6 +124,12 @@ TEST_F(StpTest, BpduIsMulticastWhenNotProcessed) {
   bool on = true;
   ok(sdk.get_port_bpdu_processing(mp(0), on));
   EXPECT_FALSE(on);
+  for (const char* last : {"02", "0e", "0f"}) {  // LACP and LLDP are no BPDUs
+    in(0, "a 01:80:c2:00:00:" + std::string(last));
+    cpu(RX_REASON_RESERVED, "");
+  }
+  in(1, kBpdu);  // the other port's are processed
+  cpu(RX_REASON_RESERVED, kBpdu);
 }
 
 TEST_F(StpTest, ReservedAddressesReachTheCpuAndNobodyElse) {

@@ -106,15 +106,29 @@ TEST_F(VlanTest, TaggedFramesOnly) {
 
 // effect: set_port_vlan_priority - the tag and egress queue of frames that came in untagged
 TEST_F(VlanTest, PriorityOfUntaggedFrames) {
-  ok(sdk.set_port_vlan_priority(mp(0), 0, 2));
-  in(0, "a all");
-  skip({1});
-  out(2, "a all vlan=10 prio=2");
+  ok(sdk.set_port_protocol_vlan(mp(0), FRAME_TYPE_ETHERNET, 0x88b6, 20));
+  ok(sdk.add_mac_to_port(mp(2), mac('c'), 10, false));
+  ok(sdk.add_mac_to_port(mp(2), mac('c'), 20, false));
+  std::list<Mp> trunk = mps({0}), untagged;
+  ok(sdk.add_ports_to_vlan(20, trunk, untagged));
+  const auto priority_is = [&](const std::string& frame, unsigned vlan_id, unsigned priority) {
+    in(0, frame);
+    const std::string number = std::to_string(priority);
+    out(2, "a c vlan=" + std::to_string(vlan_id) + " prio=" + number);
+    EXPECT_EQ(counted(), "0 in; 2 out q" + number) << frame;
+  };
+  counted();
+  priority_is("a c", 10, 0);
+  ok(sdk.set_port_vlan_priority(mp(0), 0, 2));  // for every VLAN without its own
+  priority_is("a c", 10, 2);
   ok(sdk.set_port_vlan_priority(mp(0), 10, 6));
-  in(0, "a all");
-  skip({1});
-  out(2, "a all vlan=10 prio=6");
-  EXPECT_EQ(stat(2, STAT_OUT_QUEUE_6), 1u);
+  priority_is("a c", 10, 6);
+  priority_is("a c type=0x88b6", 20, 2);  // the priority of the VLAN that it got into
+  ok(sdk.set_port_vlan_priority(mp(0), 20, 0));
+  priority_is("a c type=0x88b6", 20, 0);
+  priority_is("a c vlan=0 prio=5", 10, 5);
+  priority_is("a c vlan=0 prio=0", 10, 0);
+  priority_is("a c vlan=20 prio=1", 20, 1);
   unsigned priority = 0;
   ok(sdk.get_port_vlan_priority(mp(0), 10, priority));
   EXPECT_EQ(priority, 6u);

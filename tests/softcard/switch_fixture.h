@@ -205,6 +205,15 @@ class SwitchTest : public ::testing::Test {
     return id;
   }
 
+  // A flow that takes every frame, without actions yet; the result is its id.
+  unsigned flow_of_all_frames() {
+    of_flow_mp_s flow;
+    flow.match.flags = 0;
+    unsigned id = 0;
+    ok(sdk.add_of_flow(flow, id, of_flow_qualify_udf_s{}));
+    return id;
+  }
+
   std::uint64_t stat(PortIndex port, stat_type_t type) {
     unsigned long long value = 0;
     ok(sdk.get_port_stat_counter(mp(port), type, value));

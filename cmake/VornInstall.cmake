@@ -42,6 +42,8 @@ if(TARGET softcard)
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
   install(EXPORT vornlcapi_softcard NAMESPACE vornlcapi:: FILE vornlcapiSoftcardTargets.cmake
     DESTINATION ${package_dir} COMPONENT dev)
+  install(TARGETS vornsoftcard EXPORT vornlcapi
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
   install(DIRECTORY softcard DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vornlcapi COMPONENT dev
     FILES_MATCHING PATTERN "*.h")
 endif()
@@ -61,7 +63,7 @@ set(pc_cflags)
 if(VORN_OLD_ABI)
   set(pc_cflags " -D_GLIBCXX_USE_CXX11_ABI=0")
 endif()
-foreach(file vornlcapi vornlcapi-softcard)
+foreach(file vornlcapi vornlcapi-softcard vornsoftcard)
   if(file STREQUAL "vornlcapi" OR TARGET softcard)
     configure_file(cmake/${file}.pc.in ${PROJECT_BINARY_DIR}/${file}.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/${file}.pc

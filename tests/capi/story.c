@@ -7,7 +7,7 @@
 #include <stdio.h>
 #include <string.h>
 
-#include "story_host.h"
+#include "softcard/softcard.h"
 #include "vornlcapi/capi.h"
 
 #define EXPECT(condition) expect((condition) != 0, #condition, __LINE__)
@@ -34,6 +34,12 @@ static unsigned char own[6] = {0x02, 0, 0x5e, 0, 0x53, 3};
 
 enum { kFrameBytes = 60 };
 
+static usp_s port(unsigned int number) {
+  usp_s usp = {1, 1, 0};
+  usp.port = number;
+  return usp;
+}
+
 static void make_frame(unsigned char* frame, const unsigned char* to, const unsigned char* from) {
   memset(frame, 0, kFrameBytes);
   memcpy(frame, to, 6);
@@ -55,9 +61,9 @@ static void packet_arrived(ctype_rx_packet_s* packet, void* user_data) {
   ++*(int*)user_data;
 }
 
-static void link_changed(ctype_link_status_s* status, usp_s* port) {
+static void link_changed(ctype_link_status_s* status, usp_s* where) {
   last_link = *status;
-  last_link_port = *port;
+  last_link_port = *where;
   ++link_changes;
 }
 
@@ -120,21 +126,23 @@ static void stations_talk(void) {
 
   EXPECT(ctype_vorn_register_mac_update_callback(mac_updated, NULL));
   make_frame(frame, printer, pc);
-  host_send(0, frame, kFrameBytes);
-  host_run();
+  EXPECT(softcard_inject(port(0), frame, kFrameBytes));
+  softcard_run();
   EXPECT(last_update == MAC_UPDATE_LEARNED && last_entry.vlan == 10 && last_entry.port.port == 0);
   EXPECT(memcmp(last_entry.mac, pc, 6) == 0);
-  EXPECT(host_take(1, seen, sizeof(seen)) == kFrameBytes && memcmp(seen, frame, 14) == 0);
-  EXPECT(host_take(2, seen, sizeof(seen)) == 0); /* another VLAN */
+  EXPECT(softcard_take(port(1), seen, sizeof(seen)) == kFrameBytes && memcmp(seen, frame, 14) == 0);
+  EXPECT(softcard_take(port(2), seen, sizeof(seen)) == 0); /* another VLAN */
   /* Through one member of the trunk, with a tag. */
-  EXPECT(host_take(48, seen, sizeof(seen)) + host_take(49, seen, sizeof(seen)) == kFrameBytes + 4);
+  EXPECT(softcard_take(port(48), seen, sizeof(seen)) +
+             softcard_take(port(49), seen, sizeof(seen)) ==
+         kFrameBytes + 4);
   EXPECT(seen[12] == 0x81 && seen[13] == 0 && seen[14] == 0 && seen[15] == 10);
 
   walk.visit = count_entry;
   walk.user_data = &entries;
   EXPECT(ctype_vorn_traverse_mac_table(&walk) && entries == 1);
   EXPECT(ctype_vorn_clear_fdb_by_port(&office[0], 256)); /* 256 is off: dynamic entries only */
-  host_run();
+  softcard_run();
   EXPECT(last_update == MAC_UPDATE_REMOVED);
 }
 
@@ -147,14 +155,14 @@ static void packets_reach_the_cpu(void) {
   EXPECT(ctype_vorn_register_rx_packet_callback(packet_arrived, &packets));
   EXPECT(ctype_vorn_add_system_mac(own, 10));
   make_frame(frame, own, pc);
-  host_send(0, frame, kFrameBytes);
-  host_run();
+  EXPECT(softcard_inject(port(0), frame, kFrameBytes));
+  softcard_run();
   EXPECT(packets == 1 && last_packet.length == kFrameBytes && last_packet.vlan == 10);
   EXPECT(last_packet.reason == RX_REASON_SYSTEM_MAC && last_packet.port.port == 0);
 
   EXPECT(ctype_vorn_deregister_event_callback(LCMGR_REPORT_RX_PACKET, callback, &packets));
-  host_send(0, frame, kFrameBytes);
-  host_run();
+  EXPECT(softcard_inject(port(0), frame, kFrameBytes));
+  softcard_run();
   EXPECT(packets == 1);
 }
 
@@ -166,22 +174,22 @@ static void packets_leave_the_cpu(void) {
 
   make_frame(frame, pc, own);
   EXPECT(ctype_vorn_send_packet_by_port(NULL, 0, &lab, 1, &packet));
-  EXPECT(host_take(2, seen, sizeof(seen)) == kFrameBytes && memcmp(seen, frame, 14) == 0);
+  EXPECT(softcard_take(port(2), seen, sizeof(seen)) == kFrameBytes && memcmp(seen, frame, 14) == 0);
   EXPECT(!ctype_vorn_send_packet_by_port(NULL, 0, &lab, 1, &nothing));
   EXPECT(!ctype_vorn_send_packet_from_cpu(&nothing));
-  EXPECT(host_take(2, seen, sizeof(seen)) == 0);
+  EXPECT(softcard_take(port(2), seen, sizeof(seen)) == 0);
 }
 
 static void a_cable_is_pulled(void) {
   phy_state_t state = PHY_STATE_UP;
 
   EXPECT(ctype_vorn_register_link_change_callback(link_changed));
-  host_pull_cable(48);
-  host_run();
+  EXPECT(softcard_cut(port(48)));
+  softcard_run();
   EXPECT(link_changes == 1 && last_link.state == PHY_STATE_DOWN && last_link_port.port == 48);
   EXPECT(ctype_vorn_get_port_link_state(&uplinks[0], &state) && state == PHY_STATE_DOWN);
-  host_put_cable_back(48);
-  host_run();
+  EXPECT(softcard_restore(port(48)));
+  softcard_run();
   EXPECT(link_changes == 2 && last_link.state == PHY_STATE_UP);
   EXPECT(last_link.speed == SPEED_TYPE_10000);
 }
@@ -194,7 +202,7 @@ static void counters_are_read(void) {
 
   EXPECT(ctype_vorn_clear_port_stat_counter(&office[1]));
   make_frame(frame, pc, printer);
-  host_send(1, frame, kFrameBytes);
+  EXPECT(softcard_inject(port(1), frame, kFrameBytes));
   EXPECT(ctype_vorn_get_port_stat_counter(&office[1], STAT_IN_OCTETS, &octets));
   EXPECT(octets == kFrameBytes);
   EXPECT(ctype_vorn_get_port_stat_counter32(&office[1], STAT_IN_UNICAST_PACKETS, &low) && low == 1);
@@ -225,8 +233,8 @@ static void a_flow_sends_elsewhere(void) {
   EXPECT(ctype_vorn_add_of_flow_action(id, CTYPE_OF_ACTION_OUTPUT, to_lab));
 
   make_frame(frame, printer, pc);
-  host_send(0, frame, kFrameBytes);
-  EXPECT(host_take(2, seen, sizeof(seen)) == kFrameBytes && memcmp(seen, frame, 14) == 0);
+  EXPECT(softcard_inject(port(0), frame, kFrameBytes));
+  EXPECT(softcard_take(port(2), seen, sizeof(seen)) == kFrameBytes && memcmp(seen, frame, 14) == 0);
   EXPECT(ctype_vorn_get_of_flow_stat_counter64(id, &handled) && handled == 1);
   EXPECT(ctype_vorn_delete_of_flow(id));
   EXPECT(!ctype_vorn_get_of_flow_stat_counter64(id, &handled) && handled == 1);

@@ -1,7 +1,7 @@
 #!/bin/sh
 # SPDX-License-Identifier: Apache-2.0
 #
-# Builds and runs the C and the C++ consumer with nothing but a compiler and pkg-config, which
+# Builds and runs the C and the C++ consumer, and the C story on the shared libraries, with nothing but a compiler and pkg-config, which
 # the environment names: CC, CXX, PKG_CONFIG, PKG_CONFIG_LIBDIR, LD_LIBRARY_PATH, EMULATOR (a
 # list with semicolons, may be empty).
 
@@ -23,4 +23,11 @@ flags=$("$PKG_CONFIG" --cflags --libs vornlcapi-softcard)
   "$CXX" -std=c++11 "$here/cxx/consumer.cpp" -o "$work/cxx" $flags
   $emulator "$work/c"
   $emulator "$work/cxx"
+}
+
+flags=$("$PKG_CONFIG" --cflags --libs vornsoftcard)
+# shellcheck disable=SC2086
+{
+  "$CC" -std=c99 "$here/../capi/story.c" -o "$work/story" $flags
+  $emulator "$work/story"
 }

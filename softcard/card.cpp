@@ -8,30 +8,6 @@
 #include "softcard/cables/memory_cable.h"
 
 namespace softcard {
-namespace {
-
-// Removes the hosts that lead to `destination`.
-template <class Address>
-void remove_hosts(L3HostTable<Address>& hosts, Destination destination) {
-  std::vector<Address> found;
-  hosts.for_each([&](const L3Host<Address>& host) {
-    if (host.next_hop.destination == destination) found.push_back(host.ip);
-  });
-  for (const Address& ip : found) hosts.remove(ip, destination);
-}
-
-// Removes the routes that lead to `destination`.
-template <class Address>
-void remove_routes(L3RouteTable<Address>& routes, Destination destination) {
-  std::vector<std::pair<Address, unsigned>> found;
-  routes.for_each([&](const L3Route<Address>& route) {
-    if (route.next_hop.destination == destination) found.emplace_back(route.prefix, route.length);
-  });
-  for (const auto& [prefix, length] : found) routes.remove(prefix, length, destination);
-}
-
-}  // namespace
-
 Card::Card(const CardDescription& description, std::shared_ptr<Clock> clock)
     : description_(description),
       clock_(std::move(clock)),
@@ -98,10 +74,10 @@ bool Card::delete_lag(unsigned id) {
   if (!tables_.lags.remove(id)) return false;
   const Destination lag = Destination::lag(static_cast<std::uint16_t>(id));
   flush(lag, FdbKind::static_entry);
-  remove_hosts(tables_.l3.ipv4_hosts, lag);
-  remove_hosts(tables_.l3.ipv6_hosts, lag);
-  remove_routes(tables_.l3.ipv4_routes, lag);
-  remove_routes(tables_.l3.ipv6_routes, lag);
+  tables_.l3.ipv4_hosts.remove_by_destination(lag);
+  tables_.l3.ipv6_hosts.remove_by_destination(lag);
+  tables_.l3.ipv4_routes.remove_by_destination(lag);
+  tables_.l3.ipv6_routes.remove_by_destination(lag);
   tables_.mac_locks.set_lag_limit(id, kNoMacLimit);
   return true;
 }

@@ -3,6 +3,7 @@
 #include "softcard/events.h"
 
 #include <algorithm>
+#include <new>
 #include <utility>
 
 #include "softcard/base/address_plan.h"
@@ -67,39 +68,44 @@ bool EventQueue::remove(lcmgr_report_event_t kind, void* callback, void* user_da
 
 bool EventQueue::post_packet(FramePtr frame, unsigned reason) {
   if (!wants_packets()) return false;
-  if (!has_room(LCMGR_REPORT_RX_PACKET)) {
-    ++lost_[LCMGR_REPORT_RX_PACKET];
-    return false;
-  }
   const PortIndex port = frame->ingress;
-  post({LCMGR_REPORT_RX_PACKET, reason, port, std::move(frame), LinkStatus(), {}});
-  return true;
+  if (has_room(LCMGR_REPORT_RX_PACKET) &&
+      push({LCMGR_REPORT_RX_PACKET, reason, port, std::move(frame), LinkStatus(), {}})) {
+    return true;
+  }
+  ++lost_[LCMGR_REPORT_RX_PACKET];
+  return false;
 }
 
 void EventQueue::post_link_change(PortIndex port, const LinkStatus& status) {
   if (listeners_[LCMGR_REPORT_LINK_CHANGE] == 0) return;
-  if (port >= last_link_.size()) last_link_.resize(port + std::size_t{1});
-  if (!has_room(LCMGR_REPORT_LINK_CHANGE) && last_link_[port] != 0) {
-    queue_[last_link_[port] - 1].link = status;
-    ++lost_[LCMGR_REPORT_LINK_CHANGE];
+  std::size_t& last = last_link_[port];
+  if ((has_room(LCMGR_REPORT_LINK_CHANGE) || last == 0) &&
+      push({LCMGR_REPORT_LINK_CHANGE, 0, port, nullptr, status, {}})) {
+    last = queue_.size();
     return;
   }
-  post({LCMGR_REPORT_LINK_CHANGE, 0, port, nullptr, status, {}});
-  last_link_[port] = queue_.size();
+  if (last != 0) queue_[last - 1].link = status;
+  ++lost_[LCMGR_REPORT_LINK_CHANGE];
 }
 
 void EventQueue::post_mac(const MacRecord& record) {
-  if (!has_room(LCMGR_REPORT_MAC_UPDATE)) {
+  if (!has_room(LCMGR_REPORT_MAC_UPDATE) ||
+      !push({LCMGR_REPORT_MAC_UPDATE, 0, kNoPort, nullptr, LinkStatus(), record})) {
     ++lost_[LCMGR_REPORT_MAC_UPDATE];
-    return;
   }
-  post({LCMGR_REPORT_MAC_UPDATE, 0, kNoPort, nullptr, LinkStatus(), record});
 }
 
-void EventQueue::post(Event event) {
+// What an event tells has happened already, so that running out of memory must not end it.
+bool EventQueue::push(Event event) {
   const lcmgr_report_event_t kind = event.kind;
-  queue_.push_back(std::move(event));
+  try {
+    queue_.push_back(std::move(event));
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
   ++waiting_[kind];
+  return true;
 }
 
 void EventQueue::post_mac_change(const FdbChange& change, std::uint64_t now_ns) {
@@ -124,7 +130,14 @@ void EventQueue::post_mac_change(const FdbChange& change, std::uint64_t now_ns) 
     post_mac(record);
     return;
   }
-  Moves& moves = moves_.try_emplace(key, Moves{now_ns, 0, false, record}).first->second;
+  Moves* of_entry = nullptr;
+  try {
+    of_entry = &moves_.try_emplace(key, Moves{now_ns, 0, false, record}).first->second;
+  } catch (const std::bad_alloc&) {
+    ++lost_[LCMGR_REPORT_MAC_UPDATE];
+    return;
+  }
+  Moves& moves = *of_entry;
   if (now_ns - moves.since_ns >= kNanosecondsPerSecond && !moves.held_back) {
     moves.since_ns = now_ns;
     moves.reported = 0;
@@ -185,7 +198,7 @@ std::size_t EventQueue::deliver(std::uint64_t now_ns) {
     delivering_.clear();
     next_ = 0;
     delivering_.swap(queue_);
-    std::fill(last_link_.begin(), last_link_.end(), 0);
+    last_link_ = {};
   }
   std::size_t delivered = 0;
   while (next_ < delivering_.size()) {
@@ -206,7 +219,7 @@ void EventQueue::end() {
   delivering_.clear();
   next_ = 0;
   waiting_ = {};
-  last_link_.clear();
+  last_link_ = {};
   moves_.clear();
 }
 

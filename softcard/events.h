@@ -9,9 +9,9 @@
 // deliver(), a registration takes effect at once, and a function that it removes is not called any
 // more. It may end the card, too; the host keeps the queue until deliver() is back (Card::end()).
 //
-// What waits while nobody delivers is bounded for each kind of event. Beyond that a packet and a
-// change of the MAC table are lost, and a link change takes the place of the port's last one, so
-// that the last state is always told; lost() counts either.
+// What waits while nobody delivers is bounded for each kind of event. Beyond that, and when memory
+// runs out, a packet and a change of the MAC table are lost, and a link change takes the place of
+// the port's last one, so that the last state is told; lost() counts either. Posting never throws.
 //
 // An entry of the MAC table that moves to and fro causes a settled number of events a second, 1
 // unless set otherwise: moves beyond it are held back, and when the second is over the last one is
@@ -28,6 +28,7 @@
 
 #include "softcard/base/clock.h"
 #include "softcard/base/hash.h"
+#include "softcard/base/limits.h"
 #include "softcard/base/net_types.h"
 #include "softcard/frames/frame.h"
 #include "softcard/pipeline/pipeline.h"
@@ -152,7 +153,8 @@ class EventQueue final : public CpuQueue {
 
   bool add(lcmgr_report_event_t kind, Form form, void* callback, void* user_data);
   bool has_room(lcmgr_report_event_t kind) const { return waiting_[kind] < room_[kind]; }
-  void post(Event event);
+  // False when memory runs out.
+  bool push(Event event);
   void post_mac(const MacRecord& record);
   void release_moves(std::uint64_t now_ns);
   void call_all(Event& event);
@@ -166,7 +168,8 @@ class EventQueue final : public CpuQueue {
   std::vector<Event> queue_;
   std::vector<Event> delivering_;  // those before next_ are done
   std::size_t next_ = 0;
-  std::vector<std::size_t> last_link_;  // by port: where its last change is in queue_, and one more
+  // By port: where its last change is in queue_, and one more.
+  std::array<std::size_t, kMaxPorts> last_link_{};
   bool in_delivery_ = false;
 
   std::unordered_map<std::uint64_t, Moves, KeyedHash> moves_;  // by fdb_key()

@@ -26,11 +26,19 @@ namespace {
 // The card and its SDK, bare and watched: made and destroyed together.
 struct Instance {
   Instance(const CardDescription& description, std::shared_ptr<Clock> clock, CallWatch& watch)
-      : card(description, std::move(clock)), sdk(card, watch), watched_sdk(sdk, watch) {}
+      : card(description, std::move(clock)),
+        sdk(card, watch),
+        watched_sdk(sdk, watch),
+        spare_lags(description.capacity.lags, LagNode(0)),
+        spare_members(description.ports.size(), Mp(0, 0)) {}
 
   Card card;
   SoftSdk sdk;
   WatchedSdk watched_sdk;
+  // The nodes that lag_list needs at most. A change of a LAG goes to the SDK first and then to the
+  // list: with nodes at hand memory cannot run out between the two.
+  std::list<LagNode> spare_lags;
+  std::list<Mp> spare_members;
 };
 
 struct Process {
@@ -59,6 +67,24 @@ std::list<LagNode>::iterator find_lag(std::list<LagNode>& list, unsigned id) {
 
 bool contains(const std::list<Mp>& members, const Mp& mp) {
   return std::find(members.begin(), members.end(), mp) != members.end();
+}
+
+// A list of one item, its node from `spare` if there is any.
+template <class Item>
+std::list<Item> node_of(std::list<Item>* spare, const Item& item) {
+  std::list<Item> node;
+  if (spare == nullptr || spare->empty()) {
+    node.push_back(item);
+  } else {
+    node.splice(node.begin(), *spare, spare->begin());
+    node.front() = item;
+  }
+  return node;
+}
+
+// Where the nodes of a list come from and go to: nowhere for any list but lag_list.
+Instance* node_store(const std::list<LagNode>& list) {
+  return &list == &lag_list ? process().instance.get() : nullptr;
 }
 
 // Cables in a loop, or tasks that come again and again, would keep an instant going for ever.
@@ -319,14 +345,22 @@ bool vorn_mp_list_to_usp_list(const std::list<Mp>& mps, std::list<Usp>& ports) {
 
 bool add_lag_to_list(unsigned int id, std::list<LagNode>& list) {
   if (host::find_lag(list, id) != list.end()) return false;
-  list.emplace_back(id);
+  host::Instance* const store = host::node_store(list);
+  std::list<LagNode> node =
+      host::node_of(store == nullptr ? nullptr : &store->spare_lags, LagNode(id));
+  list.splice(list.end(), node);
   return true;
 }
 
 bool delete_lag_from_list(unsigned int id, std::list<LagNode>& list) {
   const auto node = host::find_lag(list, id);
   if (node == list.end()) return false;
-  list.erase(node);
+  if (host::Instance* const store = host::node_store(list)) {
+    store->spare_members.splice(store->spare_members.end(), node->members());
+    store->spare_lags.splice(store->spare_lags.end(), list, node);
+  } else {
+    list.erase(node);
+  }
   return true;
 }
 
@@ -337,16 +371,28 @@ bool is_lag_exist(unsigned int id, std::list<LagNode> list) {
 bool add_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& members) {
   const auto node = host::find_lag(list, id);
   if (node == list.end()) return false;
+  host::Instance* const store = host::node_store(list);
+  std::list<Mp> added;
   for (const Mp& mp : members) {
-    if (!host::contains(node->members(), mp)) node->members().push_back(mp);
+    if (host::contains(node->members(), mp) || host::contains(added, mp)) continue;
+    std::list<Mp> one = host::node_of(store == nullptr ? nullptr : &store->spare_members, mp);
+    added.splice(added.end(), one);
   }
+  node->members().splice(node->members().end(), added);
   return true;
 }
 
 bool delete_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& members) {
   const auto node = host::find_lag(list, id);
   if (node == list.end()) return false;
-  node->members().remove_if([&](const Mp& mp) { return host::contains(members, mp); });
+  host::Instance* const store = host::node_store(list);
+  std::list<Mp> removed;
+  for (auto at = node->members().begin(); at != node->members().end();) {
+    const auto member = at++;
+    if (!host::contains(members, *member)) continue;
+    removed.splice(removed.end(), node->members(), member);
+  }
+  if (store != nullptr) store->spare_members.splice(store->spare_members.end(), removed);
   return true;
 }
 

@@ -45,7 +45,8 @@ class FlatIndex {
     }
   }
 
-  // Adds a position, which must not be in the index and not be kNone.
+  // Adds a position, which must not be in the index and not be kNone.  No effect when memory runs
+  // out; right after a position was erased none is asked for.
   void insert(std::uint32_t hash, std::uint32_t position) {
     if (size_ >= groups_.size() * kGrowAt) grow();
     place(hash, position);

@@ -38,15 +38,20 @@ class IdMap {
     return static_cast<std::uint32_t>(word * 64 + bit + 1);
   }
 
-  // Gives a free id to an entry.
+  // Gives a free id to an entry.  No effect when memory runs out.
   void insert(std::uint32_t id, std::uint32_t position) {
     if (id > capacity_) {
       others_.insert(hash_of(id), position);
       return;
     }
     if (id >= positions_.size()) positions_.resize(id + std::size_t{1}, kNone);
+    if (id != 0) {
+      const std::size_t word = (id - 1) / 64;
+      if (word >= used_.size()) used_.resize(word + 1);
+      if (word / 64 >= full_.size()) full_.resize(word / 64 + 1);
+      mark(id, true);
+    }
     positions_[id] = position;
-    if (id != 0) mark(id, true);
   }
 
   // Frees an id, which must be in use.
@@ -73,8 +78,6 @@ class IdMap {
 
   void mark(std::uint32_t id, bool used) {
     const std::size_t word = (id - 1) / 64;
-    if (word >= used_.size()) used_.resize(word + 1);
-    if (word / 64 >= full_.size()) full_.resize(word / 64 + 1);
     set_bit(used_, id - 1, used);
     set_bit(full_, word, used_[word] == UINT64_MAX);
   }

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Storage for the entries of a table, addressed by position.  Entries do not move while they are in
-// use, and growing copies nothing; a position that is given back is the next to be taken.
+// use, and growing copies nothing; a position that is given back is the next to be taken.  Taking
+// may run out of memory and has no effect then; giving back never does.
 #ifndef SOFTCARD_BASE_POOL_H_
 #define SOFTCARD_BASE_POOL_H_
 
+#include <algorithm>
 #include <array>
 #include <bitset>
 #include <cstddef>
@@ -28,7 +30,7 @@ class Pool {
   std::uint32_t take() {
     std::uint32_t position = end_;
     if (free_.empty()) {
-      if (end_ % kBlock == 0) blocks_.push_back(std::make_unique<Block>());
+      if (end_ % kBlock == 0) add_block();
       ++end_;
     } else {
       position = free_.back();
@@ -65,9 +67,16 @@ class Pool {
     std::bitset<kBlock> used;
   };
 
+  // Makes room for the values, and for their positions once they are given back.
+  void add_block() {
+    const std::size_t positions = std::size_t{end_} + kBlock;
+    if (positions > free_.capacity()) free_.reserve(std::max(positions, 2 * free_.capacity()));
+    blocks_.push_back(std::make_unique<Block>());
+  }
+
   std::vector<std::unique_ptr<Block>> blocks_;
-  std::vector<std::uint32_t> free_;
-  std::uint32_t end_ = 0;  // no position from here on was ever taken
+  std::vector<std::uint32_t> free_;  // has room for all positions
+  std::uint32_t end_ = 0;            // no position from here on was ever taken
 };
 
 }  // namespace softcard

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "softcard/base/undo.h"
+
 namespace softcard {
 
 // ---- Runs --------------------------------------------------------------------------------------
@@ -14,13 +16,21 @@ void RunPool<Value>::insert(std::uint32_t& run, unsigned count, unsigned at, Val
     run = take(0);
   } else if (count == 1u << room_log2_[run]) {
     const std::uint32_t old = run;
-    run = take(room_log2_[old] + 1u);
+    run = take(room_log2_[old] + 1u);  // leaves `run` alone when it throws
     std::copy_n(&values_[old], count, &values_[run]);
     give(old);
   }
   Value* const first = &values_[run];
   std::move_backward(first + at, first + count, first + count + 1);
   first[at] = value;
+}
+
+template <class Value>
+std::uint32_t RunPool<Value>::make_pair(Value first, Value second) {
+  const std::uint32_t run = take(1);
+  values_[run] = first;
+  values_[run + 1] = second;
+  return run;
 }
 
 template <class Value>
@@ -33,8 +43,8 @@ void RunPool<Value>::erase(std::uint32_t run, unsigned count, unsigned at) {
 template <class Value>
 void RunPool<Value>::reserve_front(std::size_t count) {
   values_.reserve(2 * count);  // so that the first run does not move them
-  values_.resize(count);
   room_log2_.resize(count);
+  values_.resize(count);
 }
 
 template <class Value>
@@ -51,10 +61,15 @@ std::uint32_t RunPool<Value>::take(unsigned room_log2) {
     list.pop_back();
     return run;
   }
+  // Whatever gives the run back finds room for it.
+  if (made_[room_log2] == list.capacity())
+    list.reserve(std::max<std::size_t>(16, 2 * made_[room_log2]));
   const std::size_t run = values_.size();
-  values_.resize(run + (std::size_t{1} << room_log2));
-  room_log2_.resize(values_.size());
+  const std::size_t end = run + (std::size_t{1} << room_log2);
+  room_log2_.resize(end);
+  values_.resize(end);
   room_log2_[run] = static_cast<std::uint8_t>(room_log2);
+  ++made_[room_log2];
   return static_cast<std::uint32_t>(run);
 }
 
@@ -100,30 +115,36 @@ void PrefixTrie<Address>::lookup_batch(const Address* ips, std::size_t count,
 
 template <class Address>
 void PrefixTrie<Address>::set(const Address& prefix, unsigned length, std::uint32_t value) {
-  if (empty()) {
-    nodes_.reserve_front(kRoots);
-    best_short_.assign(kRoots, kNone);
-    short_values_.assign(kRoots, kNone);
-  }
+  if (empty()) make_short_prefixes();
   const AddressBits<Address> bits(prefix);
   if (length < kRootBits) {
     set_short(heap_position(bits, length), value);
     return;
   }
-  std::uint32_t current = root_of(bits);
-  unsigned offset = kRootBits;
-  for (; length - offset >= kStride; offset += kStride) {
-    const unsigned branch = bits.extract(offset, kStride);
-    Node node = nodes_[current];  // a copy: inserting may move the nodes
+  Way way;
+  way.nodes[0] = root_of(bits);
+  Undo drop_new_nodes([&] { prune(bits, way); });
+  while (length - way.offset() >= kStride) {
+    const unsigned branch = bits.extract(way.offset(), kStride);
+    Node node = nodes_[way.last()];  // a copy: inserting may move the nodes
     const unsigned index = rank(node.children, branch);
     if ((node.children >> branch & 1) == 0) {
       nodes_.insert(node.children_run, count_bits(node.children), index, Node());
       node.children |= std::uint32_t{1} << branch;
-      nodes_[current] = node;
+      nodes_[way.last()] = node;
     }
-    current = node.children_run + index;
+    ++way.depth;
+    way.nodes[way.depth] = node.children_run + index;
   }
-  set_in(nodes_[current], prefix_bit(bits, offset, length), value);
+  set_in(nodes_[way.last()], prefix_bit(bits, way.offset(), length), value);
+  drop_new_nodes.dismiss();
+}
+
+template <class Address>
+void PrefixTrie<Address>::make_short_prefixes() {
+  nodes_.reserve_front(kRoots);
+  short_values_.assign(kRoots, kNone);
+  best_short_.assign(kRoots, kNone);  // last: empty() asks for it
 }
 
 template <class Address>
@@ -131,15 +152,18 @@ void PrefixTrie<Address>::set_in(Node& node, unsigned bit, std::uint32_t value) 
   const unsigned index = rank(node.prefixes, bit);
   const unsigned count = count_bits(node.prefixes);
   const bool known = (node.prefixes >> bit & 1) != 0;
-  node.prefixes |= std::uint32_t{1} << bit;
   if (count == 0 || (known && count == 1)) {
     node.values_run = value;
   } else if (known) {
     values_[node.values_run + index] = value;
+  } else if (count == 1) {
+    const std::uint32_t other = node.values_run;
+    node.values_run =
+        index == 0 ? values_.make_pair(value, other) : values_.make_pair(other, value);
   } else {
-    if (count == 1) values_.insert(node.values_run, 0, 0, node.values_run);
     values_.insert(node.values_run, count, index, value);
   }
+  node.prefixes |= std::uint32_t{1} << bit;
 }
 
 template <class Address>
@@ -160,26 +184,27 @@ void PrefixTrie<Address>::erase(const Address& prefix, unsigned length) {
     set_short(heap_position(bits, length), kNone);
     return;
   }
-  std::array<std::uint32_t, kMaxDepth> way;  // the nodes passed before the one of the prefix
-  unsigned depth = 0;
-  std::uint32_t current = root_of(bits);
-  unsigned offset = kRootBits;
-  for (; length - offset >= kStride; offset += kStride) {
-    const Node& node = nodes_[current];
-    way[depth++] = current;
-    current = node.children_run + rank(node.children, bits.extract(offset, kStride));
+  Way way;
+  way.nodes[0] = root_of(bits);
+  while (length - way.offset() >= kStride) {
+    const Node& node = nodes_[way.last()];
+    const unsigned branch = bits.extract(way.offset(), kStride);
+    ++way.depth;
+    way.nodes[way.depth] = node.children_run + rank(node.children, branch);
   }
-  erase_in(nodes_[current], prefix_bit(bits, offset, length));
+  erase_in(nodes_[way.last()], prefix_bit(bits, way.offset(), length));
+  prune(bits, way);
+}
 
-  // Nodes that hold nothing any more go, from the last one up; a root stays.
-  while (depth != 0 && nodes_[current].prefixes == 0 && nodes_[current].children == 0) {
-    current = way[--depth];
-    offset -= kStride;
-    Node parent = nodes_[current];
-    const unsigned branch = bits.extract(offset, kStride);
+// Removes the nodes that hold nothing, from the last one up; a root stays.
+template <class Address>
+void PrefixTrie<Address>::prune(const AddressBits<Address>& bits, Way& way) {
+  while (way.depth != 0 && nodes_[way.last()].prefixes == 0 && nodes_[way.last()].children == 0) {
+    --way.depth;
+    Node& parent = nodes_[way.last()];
+    const unsigned branch = bits.extract(way.offset(), kStride);
     nodes_.erase(parent.children_run, count_bits(parent.children), rank(parent.children, branch));
     parent.children &= ~(std::uint32_t{1} << branch);
-    nodes_[current] = parent;
   }
 }
 

@@ -81,6 +81,9 @@ class RunPool {
   // values has no position.
   void insert(std::uint32_t& run, unsigned count, unsigned at, Value value);
 
+  // Makes a run of two values and returns its position.
+  std::uint32_t make_pair(Value first, Value second);
+
   // Removes the value at index `at` of the run of `count` values at `run`.
   void erase(std::uint32_t run, unsigned count, unsigned at);
 
@@ -95,8 +98,10 @@ class RunPool {
   void give(std::uint32_t run);
 
   std::vector<Value> values_;
-  std::vector<std::uint8_t> room_log2_;             // of the run that starts at a position
-  std::array<std::vector<std::uint32_t>, 6> free_;  // by log2 of the room
+  std::vector<std::uint8_t> room_log2_;  // of the run that starts at a position
+  // By log2 of the room: the runs that are free, with room for all that were ever made.
+  std::array<std::vector<std::uint32_t>, 6> free_;
+  std::array<std::size_t, 6> made_{};
 };
 
 namespace detail {
@@ -141,10 +146,11 @@ class PrefixTrie {
   // As lookup() for each of `count` addresses, at most kBatch, a step of all of them at a time.
   void lookup_batch(const Address* ips, std::size_t count, std::uint32_t* values) const;
 
-  // Gives a prefix a value, which must not be kNone.
+  // Gives a prefix a value, which must not be kNone.  No effect when memory runs out; none is asked
+  // for where the prefix has a value already.
   void set(const Address& prefix, unsigned length, std::uint32_t value);
 
-  // Removes a prefix, which must have a value.
+  // Removes a prefix, which must have a value.  Never runs out of memory.
   void erase(const Address& prefix, unsigned length);
 
   // Removes all prefixes and gives the memory back.
@@ -217,8 +223,19 @@ class PrefixTrie {
                                  : values_[walk.values_run + rank(walk.prefixes, walk.best)];
   }
 
+  // The nodes on the way to a prefix, from its root on.
+  struct Way {
+    std::array<std::uint32_t, kMaxDepth + 1> nodes;
+    unsigned depth = 0;
+
+    std::uint32_t last() const { return nodes[depth]; }
+    unsigned offset() const { return kRootBits + depth * kStride; }
+  };
+
+  void make_short_prefixes();
   void set_in(Node& node, unsigned bit, std::uint32_t value);
   void erase_in(Node& node, unsigned bit);
+  void prune(const AddressBits<Address>& bits, Way& way);
   static unsigned prefix_bit(const AddressBits<Address>& bits, unsigned offset, unsigned length);
   static std::uint32_t heap_position(const AddressBits<Address>& bits, unsigned length);
   void set_short(std::uint32_t heap, std::uint32_t value);

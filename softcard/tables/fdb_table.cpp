@@ -222,6 +222,7 @@ void FdbTable::unlink(unsigned which, List& list, std::uint32_t place) {
 FdbEntry* FdbTable::insert(std::uint64_t key, Destination destination, FdbKind kind,
                            std::uint64_t now) {
   if (size_ == capacity_) return nullptr;
+  List& destination_list = list_of(destination);  // may run out of memory
   std::size_t bucket = home(key);
   const auto is_free = [](const FdbEntry& entry) { return entry.key_ == 0; };
   FdbEntry* place = nullptr;
@@ -237,7 +238,7 @@ FdbEntry* FdbTable::insert(std::uint64_t key, Destination destination, FdbKind k
   entry.set_last_seen(now);
   entry.set(destination, kind);
   link(kVlanList, vlan_lists_[entry.vlan()], place_of(entry));
-  link(kDestinationList, list_of(destination), place_of(entry));
+  link(kDestinationList, destination_list, place_of(entry));
   ++size_;
   if (kind == FdbKind::learned) {
     ++learned_;
@@ -250,6 +251,7 @@ FdbEntry* FdbTable::insert(std::uint64_t key, Destination destination, FdbKind k
 void FdbTable::redirect(FdbEntry& entry, Destination destination, FdbKind kind) {
   const std::uint32_t place = place_of(entry);
   List& vlan_list = vlan_lists_[entry.vlan()];
+  List& destination_list = list_of(destination);  // may run out of memory, and moves the others
   unlink(kDestinationList, list_of(entry.destination()), place);
   if (entry.kind() == FdbKind::learned) {
     --vlan_list.learned;
@@ -260,7 +262,7 @@ void FdbTable::redirect(FdbEntry& entry, Destination destination, FdbKind kind) 
     ++vlan_list.learned;
     ++learned_;
   }
-  link(kDestinationList, list_of(destination), place);
+  link(kDestinationList, destination_list, place);
 }
 
 void FdbTable::erase(FdbEntry& entry, FdbChange::Cause cause) {

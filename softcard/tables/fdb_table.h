@@ -9,7 +9,8 @@
 // larger than any before is seen.
 //
 // Conventions: VLAN ids are below kVlanCount; times are seconds of the card's clock, which never
-// goes back. A full table refuses a new entry and changes nothing.
+// goes back. A full table refuses a new entry and changes nothing; one that runs out of memory
+// throws and changes nothing.
 #ifndef SOFTCARD_TABLES_FDB_TABLE_H_
 #define SOFTCARD_TABLES_FDB_TABLE_H_
 

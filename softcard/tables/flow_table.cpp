@@ -4,6 +4,7 @@
 
 #include "softcard/base/hash.h"
 #include "softcard/base/limits.h"
+#include "softcard/base/undo.h"
 
 namespace softcard {
 
@@ -137,15 +138,22 @@ FlowResult FlowTable::add_with_id(const FlowMatch& match, std::uint32_t id, std:
   if (size() == capacity_) return FlowResult::full;
 
   const std::uint32_t position = entries_.take();
+  Undo give_back([&] { entries_.give(position); });
   Entry& entry = entries_[position];
   entry.key = key_of(match);
   entry.rank = {priority, id};
   entry.flow.id = id;
   entry.flow.priority = priority;
   entry.flow.match = match;
-  entry.flow.subtable_ = subtable_for(match);
+  const std::uint32_t subtable = subtable_for(match);
+  Undo give_back_if_new([&] { give_if_empty(subtable); });
+  entry.flow.subtable_ = subtable;
   ids_.insert(id, position);
+  Undo free_id([&] { ids_.erase(id); });
   link(position);
+  free_id.dismiss();
+  give_back_if_new.dismiss();
+  give_back.dismiss();
   return FlowResult::done;
 }
 
@@ -255,30 +263,36 @@ std::uint32_t FlowTable::subtable_for(const FlowMatch& match) {
   const std::uint32_t found =
       by_mask_.find(hash, [&](std::uint32_t s) { return same_mask(subtables_[s], wanted); });
   if (found != kNil) return found;
+  if (subtables_.size() >= search_order_.capacity()) {
+    search_order_.reserve(std::max<std::size_t>(16, 2 * search_order_.capacity()));
+  }
   const std::uint32_t subtable = subtables_.take();
-  subtables_[subtable] = std::move(wanted);
+  Undo give_back([&] { subtables_.give(subtable); });
   by_mask_.insert(hash, subtable);
+  give_back.dismiss();
+  subtables_[subtable] = std::move(wanted);
   return subtable;
 }
 
-// Enters a flow into its subtable, and that at its right place into the order of the search.
+// Enters a flow into its subtable, and that at its right place into the order of the search.  No
+// effect when memory runs out, which it does not for a flow that was linked before.
 void FlowTable::link(std::uint32_t position) {
   Flow& flow = entries_[position].flow;
   const Entry& entry = entries_[position];
   Subtable& subtable = subtables_[flow.subtable_];
+  const std::uint32_t hash = key_hash(subtable, entry.key);
+  const std::uint32_t first = find_in(subtable, entry.key, hash);
+  if (first == kNil) subtable.index.insert(hash, position);
+
   if (subtable.size++ == 0) {
     insert_step(subtable, entry.rank);
   } else if (entry.rank.beats(subtable.bound)) {
     erase_step(subtable);
     insert_step(subtable, entry.rank);
   }
-
-  const std::uint32_t hash = key_hash(subtable, entry.key);
-  const std::uint32_t first = find_in(subtable, entry.key, hash);
   if (first == kNil) {
     flow.next_ = position;
     flow.previous_ = position;
-    subtable.index.insert(hash, position);
     return;
   }
   // The ring is looked through from its end, where a flow of the same priority and a new id
@@ -319,8 +333,7 @@ void FlowTable::unlink(std::uint32_t position) {
 void FlowTable::settle(std::uint32_t position) {
   Subtable& subtable = subtables_[position];
   if (subtable.size == 0) {
-    by_mask_.erase(mask_hash(subtable), position);
-    subtables_.give(position);
+    give_if_empty(position);
   } else if (subtable.removed_since_scan >= subtable.index.slots() / 2) {
     Rank best{INT32_MIN, UINT32_MAX};
     subtable.index.for_each([&](std::uint32_t p) {
@@ -330,6 +343,12 @@ void FlowTable::settle(std::uint32_t position) {
     erase_step(subtable);
     insert_step(subtable, best);
   }
+}
+
+void FlowTable::give_if_empty(std::uint32_t position) {
+  if (subtables_[position].size != 0) return;
+  by_mask_.erase(mask_hash(subtables_[position]), position);
+  subtables_.give(position);
 }
 
 // Enters a subtable into the order of the search behind all with a bound that beats its own.

@@ -8,8 +8,8 @@
 // not depend on the number of flows.
 //
 // Conventions: addresses and numbers are in host byte order; a higher priority wins, and among
-// equals the lower id; a full table refuses a new flow and changes nothing.  Memory grows with the
-// flows.
+// equals the lower id; a full table refuses a new flow and changes nothing, and so does one that
+// runs out of memory, which throws.  Memory grows with the flows, and removing never asks for any.
 #ifndef SOFTCARD_TABLES_FLOW_TABLE_H_
 #define SOFTCARD_TABLES_FLOW_TABLE_H_
 
@@ -318,6 +318,7 @@ class FlowTable {
   void link(std::uint32_t position);
   void unlink(std::uint32_t position);
   void settle(std::uint32_t position);
+  void give_if_empty(std::uint32_t position);
   void insert_step(Subtable& subtable, const Rank& bound);
   void erase_step(const Subtable& subtable);
   void release_actions(Flow& flow);
@@ -329,7 +330,8 @@ class FlowTable {
   IdMap ids_{capacity_};
   Pool<Subtable> subtables_;
   FlatIndex by_mask_;
-  std::vector<SearchStep> search_order_;  // the bound that beats the others first
+  // The bound that beats the others first; has room for all subtables.
+  std::vector<SearchStep> search_order_;
   Pool<FlowActions> action_lists_;
 };
 

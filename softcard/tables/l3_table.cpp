@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "softcard/base/limits.h"
+#include "softcard/base/undo.h"
 
 namespace softcard {
 
@@ -75,8 +76,9 @@ L3Add L3InterfaceTable::create(const MacAddress& mac, std::uint16_t vlan, std::u
     return L3Add::exists;
   }
   if (size() == capacity_) return L3Add::full;
-  id = ids_.lowest_free();
-  put(places_.take(), {id, vlan, mac});
+  const std::uint32_t chosen = ids_.lowest_free();
+  add({chosen, vlan, mac});
+  id = chosen;
   return L3Add::added;
 }
 
@@ -94,8 +96,15 @@ L3Add L3InterfaceTable::create_with_id(const MacAddress& mac, std::uint16_t vlan
     return L3Add::replaced;
   }
   if (size() == capacity_) return L3Add::full;
-  put(places_.take(), {id, vlan, mac});
+  add({id, vlan, mac});
   return L3Add::added;
+}
+
+void L3InterfaceTable::add(const L3Interface& interface) {
+  const std::uint32_t position = places_.take();
+  Undo give_back([&] { places_.give(position); });
+  put(position, interface);
+  give_back.dismiss();
 }
 
 const L3Interface* L3InterfaceTable::get(std::uint32_t id) const {
@@ -132,8 +141,10 @@ const L3Interface* L3InterfaceTable::find_pair(std::uint16_t vlan, const MacAddr
 // Fills a place and enters it everywhere.
 void L3InterfaceTable::put(std::uint32_t position, const L3Interface& interface) {
   places_[position] = interface;
-  by_pair_.insert(pair_hash(interface.vlan, interface.mac), position);
   ids_.insert(interface.id, position);
+  Undo free_id([&] { ids_.erase(interface.id); });
+  by_pair_.insert(pair_hash(interface.vlan, interface.mac), position);
+  free_id.dismiss();
   ++per_vlan_[interface.vlan];
 }
 
@@ -158,12 +169,14 @@ L3Add L3HostTable<Address>::add(const Address& ip, const NextHop& next_hop) {
   }
   if (size() == capacity_) return L3Add::full;
   const std::uint32_t position = places_.take();
+  Undo give_back([&] { places_.give(position); });
   places_[position].host = {ip, next_hop};
   if (last == kNil) {
     index_.insert(address_hash(hash_, ip), position);
   } else {
     places_[last].next = position;
   }
+  give_back.dismiss();
   return L3Add::added;
 }
 
@@ -225,6 +238,12 @@ std::size_t L3HostTable<Address>::remove_by_interface(std::uint32_t interface_id
 }
 
 template <class Address>
+std::size_t L3HostTable<Address>::remove_by_destination(Destination destination) {
+  return remove_where(
+      [&](const Place& place) { return place.host.next_hop.destination == destination; });
+}
+
+template <class Address>
 template <class Matches>
 std::size_t L3HostTable<Address>::remove_where(Matches&& matches) {
   return erase_where(places_, matches, [&](std::uint32_t position) {
@@ -252,8 +271,10 @@ std::uint32_t NextHopTable::keep(const NextHop& next_hop) {
       index_.find(hash, [&](std::uint32_t p) { return places_[p].next_hop == next_hop; });
   if (id == FlatIndex::kNone) {
     id = places_.take();
+    Undo give_back([&] { places_.give(id); });
     places_[id].next_hop = next_hop;
     index_.insert(hash, id);
+    give_back.dismiss();
   }
   ++places_[id].users;
   return id;
@@ -278,19 +299,26 @@ L3Add L3RouteTable<Address>::add(const Address& ip, unsigned length, const NextH
   if (existing == kNil && size() == capacity_) return L3Add::full;
   const std::uint32_t id = next_hops_.keep(next_hop);
   if (existing == kNil) {
+    Undo drop([&] { next_hops_.drop(id); });
     const std::uint32_t position = places_.take();
+    Undo give_back([&] { places_.give(position); });
     places_[position] = {prefix, metric, id, kNil, static_cast<std::uint8_t>(length)};
     link(position, first);
+    give_back.dismiss();
+    drop.dismiss();
     return L3Add::added;
   }
+  // From here on nothing asks for memory: the prefix keeps its place in the index and the trie.
   Place& place = places_[existing];
   next_hops_.drop(std::exchange(place.next_hop, id));
-  if (place.metric != metric) {
+  const bool alone = existing == first && place.next == kNil;
+  if (place.metric != metric && !alone) {
     unlink(existing, first);
     place.metric = metric;
     link(existing, first_of(prefix, length));
-  } else if (existing == first) {
-    trie_.set(prefix, length, id);
+  } else {
+    place.metric = metric;
+    if (existing == first) trie_.set(prefix, length, id);
   }
   return L3Add::replaced;
 }
@@ -328,9 +356,20 @@ bool L3RouteTable<Address>::remove(const Address& ip, unsigned length, Destinati
 
 template <class Address>
 std::size_t L3RouteTable<Address>::remove_by_interface(std::uint32_t interface_id) {
+  return remove_where(
+      [&](const NextHop& next_hop) { return next_hop.interface_id == interface_id; });
+}
+
+template <class Address>
+std::size_t L3RouteTable<Address>::remove_by_destination(Destination destination) {
+  return remove_where([&](const NextHop& next_hop) { return next_hop.destination == destination; });
+}
+
+template <class Address>
+template <class Matches>
+std::size_t L3RouteTable<Address>::remove_where(Matches&& matches) {
   return erase_where(
-      places_,
-      [&](const Place& place) { return next_hops_[place.next_hop].interface_id == interface_id; },
+      places_, [&](const Place& place) { return matches(next_hops_[place.next_hop]); },
       [&](std::uint32_t position) {
         erase(position, first_of(places_[position].prefix, places_[position].length));
       });
@@ -383,12 +422,14 @@ void L3RouteTable<Address>::link(std::uint32_t position, std::uint32_t first) {
     return;
   }
   const std::uint32_t hash = address_hash(hash_, place.prefix, place.length);
-  if (next == kNil) {
-    index_.insert(hash, position);
-  } else {
-    index_.replace(hash, next, position);
-  }
   trie_.set(place.prefix, place.length, place.next_hop);
+  if (next != kNil) {
+    index_.replace(hash, next, position);
+    return;
+  }
+  Undo erase_from_trie([&] { trie_.erase(place.prefix, place.length); });
+  index_.insert(hash, position);
+  erase_from_trie.dismiss();
 }
 
 // Takes a route out of the routes of its prefix, `first` and so on.

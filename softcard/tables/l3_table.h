@@ -4,8 +4,9 @@
 // and routes are templates over Ipv4 and Ipv6Address; L3Table at the end holds one of each.
 //
 // Conventions: masks are lengths in bits (mask_length() makes one from a mask); a full table
-// refuses a new entry and changes nothing; a pointer that a table returns holds until its entry
-// is removed. Memory grows with the entries.
+// refuses a new entry and changes nothing, and so does one that runs out of memory, which throws;
+// a pointer that a table returns holds until its entry is removed. Memory grows with the entries,
+// and removing never asks for any.
 #ifndef SOFTCARD_TABLES_L3_TABLE_H_
 #define SOFTCARD_TABLES_L3_TABLE_H_
 
@@ -113,6 +114,7 @@ class L3InterfaceTable {
 
  private:
   const L3Interface* find_pair(std::uint16_t vlan, const MacAddress& mac) const;
+  void add(const L3Interface& interface);
   void put(std::uint32_t position, const L3Interface& interface);
   void take(std::uint32_t position);
   std::uint32_t pair_hash(std::uint16_t vlan, const MacAddress& mac) const;
@@ -169,6 +171,8 @@ class L3HostTable {
 
   // Removes the hosts behind an interface and returns how many there were; reads the whole table.
   std::size_t remove_by_interface(std::uint32_t interface_id);
+  // The same for the hosts that are reached through a port or LAG.
+  std::size_t remove_by_destination(Destination destination);
 
   void clear();
 
@@ -283,6 +287,8 @@ class L3RouteTable {
 
   // Removes the routes over an interface and returns how many there were; reads the whole table.
   std::size_t remove_by_interface(std::uint32_t interface_id);
+  // The same for the routes through a port or LAG.
+  std::size_t remove_by_destination(Destination destination);
 
   void clear();
 
@@ -312,6 +318,8 @@ class L3RouteTable {
   Route route_at(std::uint32_t position) const;
   std::uint32_t first_of(const Address& prefix, unsigned length) const;
   std::uint32_t by_destination(std::uint32_t first, Destination destination) const;
+  template <class Matches>
+  std::size_t remove_where(Matches&& matches);
   void link(std::uint32_t position, std::uint32_t first);
   void unlink(std::uint32_t position, std::uint32_t first);
   void erase(std::uint32_t position, std::uint32_t first);

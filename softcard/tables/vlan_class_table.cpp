@@ -3,6 +3,7 @@
 #include "softcard/tables/vlan_class_table.h"
 
 #include "softcard/base/limits.h"
+#include "softcard/base/undo.h"
 #include "softcard/tables/l3_table.h"
 
 namespace softcard {
@@ -58,8 +59,10 @@ bool VlanClassTable::Subnets<Address>::set(const Address& ip, unsigned length, V
     return true;
   }
   if (rules.size() >= capacity) return false;
-  rules.emplace(key, rule);
+  const auto added = rules.emplace(key, rule).first;
+  Undo take_back([&] { rules.erase(added); });
   ++lengths[length];
+  take_back.dismiss();
   return true;
 }
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "card_text.h"
+#include "interrupt.h"
 #include "libxorp/eventloop.hh"
 #include "shell.h"
 #include "softcard/cables/linux_cable.h"
@@ -15,13 +16,7 @@ namespace shell {
 
 namespace {
 
-// How often the card looks for what its cables brought while the shell waits.
-constexpr int kRoundMilliseconds = 10;
-
-bool settle(Shell* shell) {
-  shell->settle();
-  return true;
-}
+constexpr std::int64_t kMostSecondsOfWaiting = 86400;
 
 // Plugs what `open` makes, or throws its Error; the old cable stays then.
 template <class Open>
@@ -63,7 +58,6 @@ void cable(Shell& shell, Arguments& arguments, Reply&) {
     auto ends = softcard::PatchCable::make();
     card.plug(port, std::move(ends.first));
     card.plug(other, std::move(ends.second));
-
   } else if (kind == "pcap") {
     const std::string in = arguments.take("in");
     const std::string out = arguments.take("out");
@@ -90,13 +84,17 @@ void cable(Shell& shell, Arguments& arguments, Reply&) {
 }
 
 void wait(Shell& shell, Arguments& arguments, Reply&) {
-  const auto seconds = parse_number(arguments.take("seconds"), "seconds", 0, 86400);
+  const std::uint64_t nanoseconds =
+      parse_seconds(arguments.take("seconds"), "seconds", kMostSecondsOfWaiting);
   arguments.finish();
   EventLoop& loop = shell.loop();
   bool over = false;
-  const XorpTimer end = loop.set_flag_after_ms(static_cast<int>(seconds) * 1000, &over);
-  const XorpTimer rounds = loop.new_periodic_ms(kRoundMilliseconds, callback(&settle, &shell));
-  while (!over) loop.run();
+  const TimeVal time(static_cast<int32_t>(nanoseconds / softcard::kNanosecondsPerSecond),
+                     static_cast<int32_t>(nanoseconds % softcard::kNanosecondsPerSecond / 1000));
+  const XorpTimer end = loop.set_flag_after(time, &over);
+  const XorpTimer rounds = shell.rounds();
+  while (!over && !interrupted()) loop.run();
+  if (!over) throw Error("interrupted");
   shell.settle();
 }
 

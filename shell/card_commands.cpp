@@ -18,6 +18,9 @@ namespace shell {
 
 namespace {
 
+// That time may move on at once.
+constexpr std::int64_t kMostSeconds = 1000000000;
+
 std::vector<std::uint8_t> take_frame(Arguments& arguments) {
   const std::string text = arguments.rest("frame");
   std::vector<std::uint8_t> frame;
@@ -69,31 +72,13 @@ void trace(Shell& shell, Arguments& arguments, Reply& reply) {
   reply.data.emplace_back("trace", Value{"", table.json()});
 }
 
-// Seconds with up to nine digits behind the point.
-std::uint64_t take_nanoseconds(Arguments& arguments) {
-  const std::string text = arguments.take("seconds");
-  const std::vector<std::string> parts = split(text, '.');
-  std::int64_t whole = 0;
-  std::int64_t fraction = 0;
-  bool good = parts.size() <= 2 && read_number(parts[0], 0, 1000000000, whole);
-  if (good && parts.size() == 2) {
-    std::string digits = parts[1];
-    good = !digits.empty() && digits.size() <= 9;
-    digits.resize(9, '0');
-    good = good && digits.find_first_not_of("0123456789") == std::string::npos &&
-           read_number(digits, 0, 999999999, fraction);
-  }
-  if (!good) throw Error("seconds: '" + text + "' is no time such as 300 or 0.25");
-  return static_cast<std::uint64_t>(whole) * softcard::kNanosecondsPerSecond +
-         static_cast<std::uint64_t>(fraction);
-}
-
 void time(Shell& shell, Arguments& arguments, Reply& reply) {
   softcard::Clock& clock = shell.card().clock();
   if (!arguments.empty()) {
     const std::string word = arguments.take("warp");
     if (word != "warp") throw Error("'" + word + "' is not warp");
-    const std::uint64_t nanoseconds = take_nanoseconds(arguments);
+    const std::uint64_t nanoseconds =
+        parse_seconds(arguments.take("seconds"), "seconds", kMostSeconds);
     arguments.finish();
     if (!softcard::host::warp_ns(nanoseconds)) {
       throw Error(dynamic_cast<softcard::VirtualClock*>(&clock) == nullptr

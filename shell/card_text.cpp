@@ -45,6 +45,7 @@ Value port_value(softcard::PortIndex port) { return text_value(port_text(port));
 
 Value ports_value(const softcard::PortSet& ports) {
   std::string text;
+  std::vector<Value> list;
   const auto has = [&](unsigned port) {
     return port < softcard::kMaxPorts && ports.contains(static_cast<softcard::PortIndex>(port));
   };
@@ -54,8 +55,11 @@ Value ports_value(const softcard::PortSet& ports) {
     const unsigned first = port;
     while (has(port + 1)) ++port;
     if (port > first) text += '-' + std::to_string(port);
+    for (unsigned i = first; i <= port; ++i) {
+      list.push_back(port_value(static_cast<softcard::PortIndex>(i)));
+    }
   }
-  return text_value(text.empty() ? "-" : text);
+  return {text.empty() ? "-" : text, list_value(list).json};
 }
 
 Value destination_value(const softcard::Card& card, softcard::Destination destination) {

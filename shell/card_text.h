@@ -21,7 +21,7 @@ std::vector<softcard::PortIndex> take_physical_ports(const softcard::Card& card,
 
 std::string port_text(softcard::PortIndex port);
 Value port_value(softcard::PortIndex port);
-// `1/1/0-3,1/1/7`; - for none.
+// `1/1/0-3,1/1/7`, and in JSON a list of ports; - for none.
 Value ports_value(const softcard::PortSet& ports);
 // A port, `lag/2`, cpu, drop, none.
 Value destination_value(const softcard::Card& card, softcard::Destination destination);

@@ -16,6 +16,9 @@ namespace shell {
 namespace {
 
 constexpr unsigned kVlans = softcard::kVlanCount;
+// In one list: what a range or a row of ranges may hold is bounded, so that a slip of the pen does
+// not make millions.
+constexpr std::size_t kMostPorts = 65536;
 
 std::uint32_t parse_word(const std::string& text, const std::string& what) {
   return static_cast<std::uint32_t>(parse_number(text, what, 0, UINT32_MAX));
@@ -183,6 +186,8 @@ const FlowField* find_flow_field(const std::string& word) {
   return nullptr;
 }
 
+bool sets_flow_flags(const std::string& word) { return word.compare(0, 6, "flags=") == 0; }
+
 void read_flow_word(const std::string& word, const std::string& what, ctype_of_flow_s& flow) {
   if (word.empty() || word == "any") return;
   if (const FlowField* field = find_flow_field(word)) {
@@ -191,7 +196,7 @@ void read_flow_word(const std::string& word, const std::string& what, ctype_of_f
     flow.flags |= field->bit;
     return;
   }
-  if (word.compare(0, 6, "flags=") == 0) {
+  if (sets_flow_flags(word)) {
     flow.flags = parse_word(word.substr(6), what + ": flags");
     return;
   }
@@ -221,12 +226,15 @@ std::list<Usp> parse_ports(const std::string& text, const std::string& what) {
     const std::size_t dash = item.find('-');
     const Usp first = parse_port(item.substr(0, dash), what);
     ports.push_back(first);
+    if (ports.size() > kMostPorts) {
+      throw Error(what + ": more than " + std::to_string(kMostPorts) + " ports");
+    }
     if (dash == std::string::npos) continue;
-    // What a range may hold is bounded, so that a slip of the pen does not make millions.
-    const auto last = parse_number(item.substr(dash + 1), what, first.port(),
-                                   std::int64_t{first.port()} + kVlans);
-    for (unsigned port = first.port() + 1; port <= last; ++port) {
-      ports.emplace_back(first.unit(), first.slot(), port);
+    const auto last =
+        parse_number(item.substr(dash + 1), what, first.port(),
+                     std::min<std::int64_t>(UINT32_MAX, first.port() + std::int64_t{kVlans}));
+    for (auto port = std::int64_t{first.port()} + 1; port <= last; ++port) {
+      ports.emplace_back(first.unit(), first.slot(), static_cast<unsigned>(port));
     }
   }
   return ports;
@@ -374,7 +382,8 @@ ctype_of_flow_s Codec<ctype_of_flow_s>::read(const Parameter& parameter, Call& c
   for (const std::string& word : split(call.arguments.take(parameter.name), ' ')) {
     read_flow_word(word, parameter.name, flow);
   }
-  while (!call.arguments.empty() && find_flow_field(call.arguments.peek()) != nullptr) {
+  while (!call.arguments.empty() && (find_flow_field(call.arguments.peek()) != nullptr ||
+                                     sets_flow_flags(call.arguments.peek()))) {
     read_flow_word(call.arguments.take(parameter.name), parameter.name, flow);
   }
   return flow;

@@ -2,6 +2,7 @@
 #include "event_printer.h"
 
 #include <cstdint>
+#include <map>
 
 #include "codec.h"
 #include "shell.h"
@@ -57,6 +58,22 @@ void print_mac(const char* event, const Record& entry, const Usp& port, int upda
 Usp to_usp(const usp_s& port) { return Usp(port.unit, port.slot, port.port); }
 
 }  // namespace
+
+const std::vector<std::string>& fields_of_event(const std::string& name) {
+  static const std::vector<std::string> packet = {"port",   "vlan",  "priority",
+                                                  "reason", "frame", "user_data"};
+  static const std::vector<std::string> link = {"port", "state", "speed", "duplex"};
+  static const std::vector<std::string> mac = {"update", "mac",    "vlan",
+                                               "port",   "static", "user_data"};
+  static const std::map<std::string, const std::vector<std::string>*> events = {
+      {"rx_packet", &packet},   {"rx_packet_c", &packet}, {"link_change", &link},
+      {"link_change_c", &link}, {"mac_update", &mac},     {"mac_update_c", &mac}};
+  const auto found = events.find(name);
+  if (found != events.end()) return *found->second;
+  std::vector<std::string> names;
+  for (const auto& event : events) names.push_back(event.first);
+  throw Error(joined_pieces("event: '", name, "' is none of ", joined(names, ", ")));
+}
 
 void EventPrinter<RxPacket*, void*>::print(RxPacket* packet, void* user_data) {
   print_packet("rx_packet", *packet, packet->port, user_data);

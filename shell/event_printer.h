@@ -4,9 +4,15 @@
 #ifndef SHELL_EVENT_PRINTER_H_
 #define SHELL_EVENT_PRINTER_H_
 
+#include <string>
+#include <vector>
+
 #include "vornlcapi/types.h"
 
 namespace shell {
+
+// The names of an event's fields; Error when there is no such event.
+const std::vector<std::string>& fields_of_event(const std::string& name);
 
 // The callback with the signature void(A...).
 template <class... A>

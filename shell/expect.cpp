@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "expect.h"
 
+#include <algorithm>
+
 #include "cables.h"
 #include "card_text.h"
 #include "codec.h"
+#include "event_printer.h"
 #include "shell.h"
 #include "softcard/frames/frame_text.h"
 
@@ -27,11 +30,21 @@ bool matches(const std::string& pattern, const std::vector<unsigned char>& frame
 struct Waiting {
   std::string where;
   std::size_t count;
+  std::uint64_t forgotten;
   std::function<bool(std::vector<unsigned char>&)> take;
 };
 
+// Says that some of what came is not there any more.
+void tell_forgotten(const std::string& where, std::uint64_t forgotten, Reply& reply) {
+  if (forgotten == 0) return;
+  reply.say(where + ": " + std::to_string(forgotten) +
+            " that came earlier are forgotten, for nobody asked and there was no room");
+  reply.data.emplace_back("forgotten", number_value(forgotten));
+}
+
 // none, count N, or a frame: of a port or of the CPU.
-void expect_frames(const Waiting& waiting, Arguments& arguments) {
+void expect_frames(const Waiting& waiting, Arguments& arguments, Reply& reply) {
+  tell_forgotten(waiting.where, waiting.forgotten, reply);
   const std::string came = std::to_string(waiting.count) + " came";
   if (!arguments.empty() && arguments.peek() == "none") {
     arguments.take("none");
@@ -66,23 +79,24 @@ void expect_frames(const Waiting& waiting, Arguments& arguments) {
   }
 }
 
-void expect_port(Shell& shell, Arguments& arguments) {
+void expect_port(Shell& shell, Arguments& arguments, Reply& reply) {
   softcard::Card& card = shell.card();
   const softcard::PortIndex port = take_physical_port(card, arguments);
   softcard::MemoryCable& cable = memory_cable(card, port);
-  expect_frames({port_text(port), cable.waiting(),
+  expect_frames({port_text(port), cable.waiting(), cable.forgotten(),
                  [&cable](std::vector<unsigned char>& frame) { return cable.take(frame); }},
-                arguments);
+                arguments, reply);
 }
 
-void expect_cpu(Shell& shell, Arguments& arguments) {
+void expect_cpu(Shell& shell, Arguments& arguments, Reply& reply) {
   auto& packets = shell.cpu_packets();
   unsigned came_for = 0;
-  const Waiting waiting = {"cpu", packets.size(), [&](std::vector<unsigned char>& frame) {
+  const Waiting waiting = {"cpu", packets.size(), packets.forgotten(),
+                           [&](std::vector<unsigned char>& frame) {
                              if (packets.empty()) return false;
-                             frame = std::move(packets.front().frame);
-                             came_for = packets.front().reason;
-                             packets.pop_front();
+                             CpuPacket packet = packets.take();
+                             frame = std::move(packet.frame);
+                             came_for = packet.reason;
                              return true;
                            }};
   unsigned reason = 0;
@@ -91,9 +105,9 @@ void expect_cpu(Shell& shell, Arguments& arguments) {
       if (arguments.peek() == entry.name) reason = entry.number;
     }
   }
-  if (reason == 0) return expect_frames(waiting, arguments);
+  if (reason == 0) return expect_frames(waiting, arguments, reply);
   const std::string name = arguments.take("reason");
-  expect_frames(waiting, arguments);
+  expect_frames(waiting, arguments, reply);
   if (came_for != 0 && came_for != reason) {
     throw Failure("cpu: expected reason " + name + ", came " +
                   name_value(rx_reason_names(), came_for).text);
@@ -111,9 +125,10 @@ void expect_no_frame(Shell& shell) {
 }
 
 // event NAME FIELD VALUE ...: the fields that are named must be so.
-void expect_event(Shell& shell, Arguments& arguments) {
+void expect_event(Shell& shell, Arguments& arguments, Reply& reply) {
   auto& events = shell.events();
   const std::string name = arguments.take("event");
+  tell_forgotten("events", events.forgotten(), reply);
   const auto text = [](const Event& event) {
     std::string line = event.name;
     for (const auto& [field, value] : event.fields) line += ' ' + field + ' ' + value.text;
@@ -121,20 +136,23 @@ void expect_event(Shell& shell, Arguments& arguments) {
   };
   if (name == "none") {
     arguments.finish();
-    if (!events.empty()) throw Failure("expected no event, came " + text(events.front()));
+    if (!events.empty()) throw Failure("expected no event, came " + text(events.first()));
     return;
   }
+  const std::vector<std::string>& known = fields_of_event(name);
   NamedValues fields;
   std::string expected = name;
   while (!arguments.empty()) {
     const std::string field = arguments.take("field");
+    if (std::find(known.begin(), known.end(), field) == known.end()) {
+      throw Error(joined_pieces("'", field, "' is none of ", joined(known, ", ")));
+    }
     const std::string value = arguments.take("value of " + field);
     fields.emplace_back(field, text_value(value));
     expected += joined_pieces(" ", field, " ", value);
   }
   if (events.empty()) throw Failure("expected event " + expected + ", none came");
-  const Event event = std::move(events.front());
-  events.pop_front();
+  const Event event = events.take();
   bool good = event.name == name;
   for (const auto& [field, value] : fields) {
     bool found = false;
@@ -157,11 +175,11 @@ void expect_result(Shell& shell, bool expected, Arguments& arguments, Reply& rep
     reply = shell.run(words);
     if (!reply.failure.empty()) return;
     result = reply.result;
-    // What was asked for is no failure of the script.
-    reply.say(*result ? "ok" : "failed");
     reply.result.reset();
   }
-  if (!result.has_value()) throw Error(what + " was to no entry point");
+  if (!result.has_value()) throw Error(what + " is no call of an entry point");
+  // What was asked for is no failure of the script.
+  if (!words.empty()) reply.say(*result ? "ok" : "failed");
   if (*result != expected) {
     throw Failure(what + ": expected " + (expected ? "ok" : "failed") + ", came " +
                   (*result ? "ok" : "failed"));
@@ -197,11 +215,11 @@ void expect(Shell& shell, Arguments& arguments, Reply& reply) {
   if (arguments.empty()) throw Error("what to expect is missing");
   const std::string first = arguments.peek();
   if (first.find('/') != std::string::npos && first.find('=') == std::string::npos) {
-    return expect_port(shell, arguments);
+    return expect_port(shell, arguments, reply);
   }
   arguments.take("what");
-  if (first == "cpu") return expect_cpu(shell, arguments);
-  if (first == "event") return expect_event(shell, arguments);
+  if (first == "cpu") return expect_cpu(shell, arguments, reply);
+  if (first == "event") return expect_event(shell, arguments, reply);
   if (first == "ok" || first == "failed") {
     return expect_result(shell, first == "ok", arguments, reply);
   }

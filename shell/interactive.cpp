@@ -4,9 +4,10 @@
 #include <unistd.h>
 
 #include <cctype>
-#include <csignal>
 #include <iostream>
+#include <utility>
 
+#include "interrupt.h"
 #include "libxorp/eventloop.hh"
 #include "line_editor.h"
 #include "shell.h"
@@ -14,9 +15,6 @@
 namespace shell {
 
 namespace {
-
-// How often the card looks for what its cables brought and what time did.
-constexpr int kRoundMilliseconds = 20;
 
 // What the word after `words` may be, when it begins with `text`.
 std::vector<std::string> complete(const Shell& shell, std::vector<std::string> words,
@@ -47,15 +45,6 @@ std::vector<std::string> complete(const Shell& shell, std::vector<std::string> w
   return choices;
 }
 
-// An interrupt gives up the line that is being typed. A second one before that has been done ends
-// the program: then a command is running.
-volatile std::sig_atomic_t interrupted = 0;
-
-void interrupt(int) {
-  if (interrupted != 0) _exit(128 + SIGINT);
-  interrupted = 1;
-}
-
 class Session {
  public:
   explicit Session(Shell& shell)
@@ -74,40 +63,63 @@ class Session {
   }
   ~Session() { shell_.set_screen({}); }
 
-  void input_ready(XorpFd, IoEventType) { editor_.ready(); }
-  bool round() {
-    if (interrupted != 0) editor_.forget();
-    interrupted = 0;
-    shell_.settle();
-    return true;
+  void listen() {
+    shell_.loop().add_ioevent_cb(XorpFd(STDIN_FILENO), IOT_READ,
+                                 callback(this, &Session::input_ready));
+  }
+  void stop_listening() { shell_.loop().remove_ioevent_cb(XorpFd(STDIN_FILENO), IOT_READ); }
+
+  // Gives up the line that is being typed.
+  void forget() {
+    unfinished_.clear();
+    editor_.forget();
   }
 
  private:
+  void input_ready(XorpFd, IoEventType) { editor_.ready(); }
+
+  // What is typed while the line runs waits in the terminal.
   void run(const std::string& line) {
+    if (shell_.done()) return;
+    unfinished_ += line;
+    if (!unfinished_.empty() && unfinished_.back() == '\\') {
+      unfinished_.pop_back();
+      return;
+    }
+    stop_listening();
     running_ = true;
-    shell_.run_line(line, {});
+    forget_interrupt();
+    shell_.run_line(std::exchange(unfinished_, {}), {});
+    forget_interrupt();
     running_ = false;
+    listen();
   }
 
   Shell& shell_;
-  bool running_ = false;  // a command prints, and no line is being typed
+  bool running_ = false;    // a command prints, and no line is being typed
+  std::string unfinished_;  // lines so far that go on in the next one
   LineEditor editor_;
 };
 
 }  // namespace
 
 void run_interactive(Shell& shell) {
-  std::cout << "A software line card with " << shell.commands().all().size()
-            << " commands; help lists them, quit ends.\n";
-  std::signal(SIGINT, interrupt);
+  if (!shell.json()) {
+    std::cout << "A software line card with " << shell.commands().all().size()
+              << " commands; help lists them, quit ends.\n";
+  }
+  catch_interrupts();
   EventLoop& loop = shell.loop();
   Session session(shell);
-  loop.add_ioevent_cb(XorpFd(STDIN_FILENO), IOT_READ, callback(&session, &Session::input_ready));
-  const XorpTimer rounds =
-      loop.new_periodic_ms(kRoundMilliseconds, callback(&session, &Session::round));
-  while (!shell.done()) loop.run();
-  loop.remove_ioevent_cb(XorpFd(STDIN_FILENO), IOT_READ);
-  std::signal(SIGINT, SIG_DFL);
+  session.listen();
+  const XorpTimer rounds = shell.rounds();
+  while (!shell.done()) {
+    loop.run();
+    if (!interrupted()) continue;
+    forget_interrupt();
+    session.forget();
+  }
+  session.stop_listening();
 }
 
 }  // namespace shell

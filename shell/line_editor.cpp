@@ -10,6 +10,8 @@
 #include <iterator>
 #include <sstream>
 
+#include "text.h"
+
 #if VORN_LINE_EDITING
 #include <readline/history.h>
 #include <readline/readline.h>
@@ -44,7 +46,8 @@ void take_line(char* text) {
   const std::string line = text;
   std::free(text);
   if (!line.empty()) add_history(line.c_str());
-  the_calls.line(line);
+  // What was pasted may be several lines.
+  for (const std::string& one : split(line, '\n')) the_calls.line(one);
 }
 
 std::vector<std::string> the_choices;

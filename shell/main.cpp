@@ -3,6 +3,7 @@
 // vornsh: the software line card, the client library, and every entry point of it as a command.
 // The program is a host: it offers the card's symbols to the library, which it loads as a shared
 // object like any host does.
+#include <fcntl.h>
 #include <getopt.h>
 #include <unistd.h>
 
@@ -15,6 +16,7 @@
 #include "interactive.h"
 #include "shell.h"
 #include "softcard/host.h"
+#include "standard_input.h"
 #include "vornlcapi/api/lifecycle.h"
 
 namespace {
@@ -50,6 +52,24 @@ struct Settings {
   enum class Time { kDefault, kVirtual, kReal } time = Time::kDefault;
 };
 
+// Descriptors 0 to 2 that are closed would go to the next file that is opened, a capture for
+// instance, and the shell would write its text there. In their place come some that cannot be read
+// or written, so that whoever uses them hears of it.
+bool keep_standard_descriptors() {
+  for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd) {
+    if (fcntl(fd, F_GETFD) != -1) continue;
+    if (open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY) != fd) return false;
+  }
+  return true;
+}
+
+// The exit status: not a success when something that was printed is lost.
+int finished(int status) {
+  if (!std::cout.flush()) std::cerr << "vornsh: standard output cannot be written\n";
+  std::cerr.flush();
+  return status == EXIT_SUCCESS && !(std::cout && std::cerr) ? kScriptFailed : status;
+}
+
 int run(const Settings& settings, const char* script) {
   const bool at_terminal = !settings.has_commands && script == nullptr && isatty(STDIN_FILENO) != 0;
   const bool virtual_time = settings.time == Settings::Time::kVirtual ||
@@ -77,7 +97,9 @@ int run(const Settings& settings, const char* script) {
     } else if (at_terminal) {
       shell::run_interactive(shell);
     } else {
-      shell.run_script(std::cin, "stdin");
+      shell::StandardInput bytes(shell, !virtual_time);
+      std::istream input(&bytes);
+      shell.run_script(input, "stdin");
     }
   } catch (const shell::Error& error) {
     std::cerr << "vornsh: " << error.what() << '\n';
@@ -90,9 +112,7 @@ int run(const Settings& settings, const char* script) {
   return shell.good() || at_terminal ? EXIT_SUCCESS : kScriptFailed;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int start(int argc, char** argv) {
   enum { kJson = 256, kCard, kVirtualTime, kRealTime, kNoInit };
   const option options[] = {{"json", no_argument, nullptr, kJson},
                             {"echo", no_argument, nullptr, 'v'},
@@ -143,4 +163,10 @@ int main(int argc, char** argv) {
     return kCannotStart;
   }
   return run(settings, optind < argc ? argv[optind] : nullptr);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return keep_standard_descriptors() ? finished(start(argc, argv)) : kCannotStart;
 }

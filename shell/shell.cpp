@@ -1,32 +1,46 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "shell.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <iostream>
+#include <utility>
 
+#include "card_text.h"
 #include "codec.h"
+#include "interrupt.h"
 #include "libxorp/eventloop.hh"
+#include "softcard/cables/pcap_cable.h"
 #include "softcard/host.h"
 
 namespace shell {
 
 namespace {
 
-// A script that runs itself would not end.
-constexpr unsigned kMostScriptsWithinScripts = 16;
+// Commands that run commands: source, repeat, replay, expect. One that runs itself would not end.
+constexpr unsigned kDeepest = 16;
+// Of what comes while a command runs and waits for its answer. More than that is printed ahead.
+constexpr std::size_t kMostHeldBytes = std::size_t{16} << 20;
+// How often the card looks for what its cables brought and what time did.
+constexpr int kRoundMilliseconds = 10;
 // Frames that go round in a loop of cables would not either.
 constexpr unsigned kMostRounds = 1000;
-// Of packets for the CPU, and of events: the latest are kept.
-constexpr std::size_t kMostWaiting = 65536;
+// What packets for the CPU and events may take while they wait, each; frames wait in their cables.
+constexpr std::size_t kMostWaitingBytes = std::size_t{16} << 20;
+
+// Between a recorded call and what came of it.
+constexpr char kArrow[] = "->";
 
 Shell* the_shell = nullptr;
 
 void take_cpu_packet(RxPacket* packet, void* shell) {
-  auto& packets = static_cast<Shell*>(shell)->cpu_packets();
-  if (packets.size() == kMostWaiting) packets.pop_front();
-  packets.push_back({static_cast<softcard::PortIndex>(packet->port.port()),
-                     packet->reason,
-                     {packet->data, packet->data + packet->length}});
+  static_cast<Shell*>(shell)->cpu_packets().add(
+      {static_cast<softcard::PortIndex>(packet->port.port()),
+       packet->reason,
+       {packet->data, packet->data + packet->length}},
+      sizeof(CpuPacket) + packet->length);
 }
 
 std::string quoted_all(const std::vector<std::string>& words) {
@@ -43,16 +57,29 @@ std::string outcome(const Reply& reply) {
   return text;
 }
 
-// Without the blanks around it; lines from other systems may end in a carriage return.
+// Without the blanks around it.
 std::string trimmed(const std::string& text) {
-  const std::size_t first = text.find_first_not_of(" \t\r");
+  const std::size_t first = text.find_first_not_of(" \t");
   if (first == std::string::npos) return "";
-  return text.substr(first, text.find_last_not_of(" \t\r") - first + 1);
+  return text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
+
+// One more of something while this lives.
+class Counted {
+ public:
+  explicit Counted(unsigned& count) : count_(count) { ++count_; }
+  ~Counted() { --count_; }
+  Counted(const Counted&) = delete;
+  Counted& operator=(const Counted&) = delete;
+
+ private:
+  unsigned& count_;
+};
 
 }  // namespace
 
-Shell::Shell(const Options& options) : options_(options) {
+Shell::Shell(const Options& options)
+    : options_(options), cpu_packets_(kMostWaitingBytes), events_(kMostWaitingBytes) {
   the_shell = this;
   softcard::host::call_watch().set_sink([this](const std::string& call) { traced_call(call); });
   add_shell_commands(table_);
@@ -83,34 +110,40 @@ Shell& Shell::current() { return *the_shell; }
 // ---- Running commands ------------------------------------------------------------------------
 
 void Shell::run_script(std::istream& script, const std::string& name) {
-  if (script_depth_ == kMostScriptsWithinScripts) {
-    throw Error("scripts run scripts more than " + std::to_string(kMostScriptsWithinScripts) +
-                " deep");
-  }
-  ++script_depth_;
-  Place place{name, 0};
+  Lines lines(script, name);
   std::string line;
-  unsigned line_number = 0;
-  while (!done_ && std::getline(script, line)) {
-    place.line = ++line_number;
+  while (!done() && !interrupted() && lines.next(line)) {
+    const Place place{name, lines.number()};
     // A line that ends in a backslash goes on in the next one.
-    while (!line.empty() && line.back() == '\\') {
+    for (std::string next; !line.empty() && line.back() == '\\' && lines.next(next);) {
       line.pop_back();
-      std::string next;
-      if (!std::getline(script, next)) break;
-      ++line_number;
       line += next;
     }
     run_line(trimmed(line), place);
-    if (options_.stop_at_error && errors_ != 0) done_ = true;
+    if (options_.stop_at_error && errors_ != 0) quit();
   }
-  --script_depth_;
 }
 
 void Shell::run_file(const std::string& path) {
-  std::ifstream script(path);
-  if (!script) throw Error("cannot read " + path);
-  run_script(script, path);
+  with_file(path, [&](std::istream& script) { run_script(script, path); });
+}
+
+void Shell::with_file(const std::string& path, const std::function<void(std::istream&)>& read) {
+  const std::optional<FileId> id = file_at(path);
+  if (id.has_value() && id == recorded_file_) {
+    throw Error(path + " is being recorded, and would grow while it runs");
+  }
+  std::ifstream file(path);
+  if (!file) throw Error("cannot read " + path + ": " + std::strerror(errno));
+  const std::size_t before = files_.size();
+  if (id.has_value()) files_.push_back(*id);
+  try {
+    read(file);
+  } catch (...) {
+    files_.resize(before);
+    throw;
+  }
+  files_.resize(before);
 }
 
 void Shell::run_line(const std::string& line, const Place& place) {
@@ -127,7 +160,11 @@ void Shell::run_line(const std::string& line, const Place& place) {
     return;
   }
   for (auto& words : commands) {
-    if (done_) break;
+    if (done()) break;
+    if (interrupted()) {
+      complain(place, words.front() + ": interrupted");
+      break;
+    }
     run_words(std::move(words), place);
     if (options_.stop_at_error && errors_ != 0) break;
   }
@@ -140,6 +177,7 @@ void Shell::run_words(std::vector<std::string> words, const Place& place) {
   const bool must_fail = words.front()[0] == '!';
   Reply reply;
   std::string error;
+  holding_ = options_.json;
   try {
     if (must_fail) {
       words.front().erase(0, 1);
@@ -161,14 +199,18 @@ void Shell::run_words(std::vector<std::string> words, const Place& place) {
     error = words.front() + ": threw something that is no std::exception";
   }
   print(written, place, reply, error);
-  try {
-    settle();
-  } catch (const std::exception& exception) {
-    complain(place, std::string("an event: ") + exception.what());
-  }
+  holding_ = false;
+  print_held();
+  if (!recording_trouble_.empty()) complain(place, std::exchange(recording_trouble_, {}));
+  settle(place);
 }
 
 Reply Shell::run(const std::vector<std::string>& given) {
+  if (depth_ == kDeepest) {
+    throw Error(given.front() + ": commands run commands more than " + std::to_string(kDeepest) +
+                " deep");
+  }
+  const Counted counted(depth_);
   // Before the command, so that nothing of what it does escapes.
   listen_to_card();
   std::vector<std::string> words = given;
@@ -199,7 +241,7 @@ Reply Shell::run(const std::vector<std::string>& given) {
   }
   // A command may have made another card.
   listen_to_card();
-  if (recording_ != nullptr) write_record(*command, words, reply);
+  write_record(*command, words, reply);
   return reply;
 }
 
@@ -214,6 +256,8 @@ void Shell::expand(std::vector<std::string>& words) const {
 }
 
 // ---- Printing --------------------------------------------------------------------------------
+
+bool Shell::done() const { return done_ || !std::cout; }
 
 void Shell::print(const std::vector<std::string>& words, const Place& place, const Reply& reply,
                   const std::string& error) {
@@ -244,7 +288,7 @@ void Shell::print(const std::vector<std::string>& words, const Place& place, con
   if (echo_open_ && reply.lines.empty() && reply.outputs.empty() && !note.empty() &&
       reply.failure.empty()) {
     echo_open_ = false;
-    std::cout << " -> " << note << '\n';
+    std::cout << " -> " << note << std::endl;
     if (!error.empty()) complain(place, error);
     return;
   }
@@ -265,6 +309,14 @@ void Shell::end_echo() {
 
 void Shell::complain(const Place& place, const std::string& message) {
   ++errors_;
+  if (options_.json) {
+    NamedValues object;
+    if (!place.name.empty()) object.emplace_back("file", text_value(place.name));
+    if (place.line != 0) object.emplace_back("line", number_value(std::uint64_t{place.line}));
+    object.emplace_back("ok", flag_value(false));
+    object.emplace_back("error", text_value(message));
+    return print_behind(json_object(object));
+  }
   end_echo();
   std::cout.flush();
   // At the keyboard the place is plain to see.
@@ -273,29 +325,40 @@ void Shell::complain(const Place& place, const std::string& message) {
 }
 
 void Shell::event(const std::string& name, const NamedValues& fields) {
-  if (events_.size() == kMostWaiting) events_.pop_front();
-  events_.push_back({name, fields});
-  if (screen_.clear) screen_.clear();
-  end_echo();
+  std::size_t bytes = sizeof(Event) + name.size();
+  for (const auto& [field, value] : fields) {
+    bytes += sizeof(fields.front()) + field.size() + value.text.size() + value.json.size();
+  }
+  events_.add({name, fields}, bytes);
   if (options_.json) {
     NamedValues object = {{"event", text_value(name)}};
     object.insert(object.end(), fields.begin(), fields.end());
-    std::cout << json_object(object) << std::endl;
-  } else {
-    std::cout << "event " << name;
-    for (const auto& [field, value] : fields) std::cout << ' ' << field << ' ' << value.text;
-    std::cout << std::endl;
+    return print_behind(json_object(object));
   }
-  if (screen_.restore) screen_.restore();
+  std::string line = "event " + name;
+  for (const auto& [field, value] : fields) line += joined_pieces(" ", field, " ", value.text);
+  print_behind(line);
 }
 
 void Shell::traced_call(const std::string& call) {
-  end_echo();
-  if (options_.json) {
-    std::cout << json_object({{"call", text_value(call)}}) << std::endl;
-  } else {
-    std::cout << "call " << call << std::endl;
+  print_behind(options_.json ? json_object({{"call", text_value(call)}}) : "call " + call);
+}
+
+void Shell::print_behind(const std::string& line) {
+  if (holding_ && held_.size() < kMostHeldBytes) {
+    held_ += line + '\n';
+    return;
   }
+  print_held();
+  if (screen_.clear) screen_.clear();
+  end_echo();
+  std::cout << line << std::endl;
+  if (screen_.restore) screen_.restore();
+}
+
+void Shell::print_held() {
+  if (!held_.empty()) std::cout << held_ << std::flush;
+  held_.clear();
 }
 
 // ---- The card --------------------------------------------------------------------------------
@@ -311,6 +374,33 @@ void Shell::settle() {
   if (card == nullptr) return;
   for (unsigned round = 0; round < kMostRounds && card->run_once() != 0; ++round) {
   }
+}
+
+void Shell::settle(const Place& place) {
+  try {
+    settle();
+  } catch (const std::exception& exception) {
+    complain(place, std::string("an event: ") + exception.what());
+  }
+  softcard::Card* const card = softcard::host::card();
+  if (card == nullptr) return;
+  for (softcard::PortIndex port = 0; port < card->ports().count(); ++port) {
+    const auto* const cable = dynamic_cast<softcard::PcapCable*>(card->cable(port));
+    const std::string trouble = cable == nullptr ? "" : cable->failure();
+    if (trouble != cable_troubles_[port] && !trouble.empty()) {
+      complain(place, port_text(port) + ": " + trouble);
+    }
+    cable_troubles_[port] = trouble;
+  }
+}
+
+bool Shell::round() {
+  settle(Place());
+  return true;
+}
+
+XorpTimer Shell::rounds() {
+  return loop().new_periodic_ms(kRoundMilliseconds, callback(this, &Shell::round));
 }
 
 EventLoop& Shell::loop() {
@@ -329,46 +419,56 @@ void Shell::listen_to_card() {
 // ---- Recordings ------------------------------------------------------------------------------
 
 void Shell::record(const std::string& path) {
+  const std::optional<FileId> id = path.empty() ? std::nullopt : file_at(path);
+  if (id.has_value() && std::find(files_.begin(), files_.end(), *id) != files_.end()) {
+    throw Error(path + " is running, and would be lost");
+  }
   recording_.reset();
+  recorded_file_.reset();
   if (path.empty()) return;
   auto file = std::make_unique<std::ofstream>(path);
-  if (!*file) throw Error("cannot write " + path);
+  if (!*file) throw Error("cannot write " + path + ": " + std::strerror(errno));
   recording_ = std::move(file);
+  recorded_file_ = file_at(path);
 }
 
+// What a command that runs another one hands on as its own is recorded there.
 void Shell::write_record(const Command& command, const std::vector<std::string>& words,
                          const Reply& reply) {
-  if (reply.result.has_value()) {
+  if (recording_ == nullptr) return;
+  errno = 0;
+  if (command.entry_point != nullptr && reply.result.has_value()) {
     *recording_ << command.name;
     for (const auto& [name, value] : reply.inputs) {
       *recording_ << ' ' << quoted(name + '=' + value.text);
     }
-    *recording_ << " -> " << outcome(reply) << std::endl;
+    *recording_ << ' ' << kArrow << ' ' << outcome(reply) << std::endl;
   } else if (command.changes_card) {
     *recording_ << quoted_all(words) << std::endl;
   }
   if (!*recording_) {
-    recording_.reset();
-    throw Error("the recording cannot be written any more");
+    recording_trouble_ =
+        std::string("the recording ends here, for it cannot be written: ") + std::strerror(errno);
+    record("");
   }
 }
 
 void Shell::replay(const std::string& path, Reply& reply) {
-  std::ifstream file(path);
-  if (!file) throw Error("cannot read " + path);
-  const std::string arrow = " -> ";
   std::uint64_t calls = 0;
   std::uint64_t differences = 0;
-  std::string line;
-  for (unsigned number = 1; std::getline(file, line); ++number) {
-    const std::size_t at = line.rfind(arrow);
-    const std::string recorded = at == std::string::npos ? "" : line.substr(at + arrow.size());
+  const auto replay_line = [&](const std::string& line, const Place& place) {
     const auto tell = [&](const std::string& difference) {
       ++differences;
-      reply.say(joined_pieces(path, ":", std::to_string(number), ": ", difference));
+      reply.say(joined_pieces(path, ":", std::to_string(place.line), ": ", difference));
     };
     try {
-      for (const auto& words : split_commands(line.substr(0, at))) {
+      for (auto words : split_commands(line)) {
+        // What stands behind the arrow is what came of it.
+        const auto arrow = std::find(words.begin(), words.end(), kArrow);
+        std::string recorded;
+        if (arrow != words.end()) recorded = quoted_all({arrow + 1, words.end()});
+        words.erase(arrow, words.end());
+        if (words.empty()) throw Error("there is no command");
         ++calls;
         const Reply again = run(words);
         const std::string now = again.result.has_value() ? outcome(again) : "";
@@ -380,12 +480,20 @@ void Shell::replay(const std::string& path, Reply& reply) {
     } catch (const Error& error) {
       tell(error.what());
     }
-    settle();
-  }
+    settle(place);
+  };
+  with_file(path, [&](std::istream& file) {
+    Lines lines(file, path);
+    std::string line;
+    while (!done() && !interrupted() && lines.next(line)) {
+      replay_line(line, {path, lines.number()});
+    }
+  });
   reply.say(std::to_string(calls) + " commands, " + std::to_string(differences) + " differences");
   reply.data.emplace_back("commands", number_value(calls));
   reply.data.emplace_back("differences", number_value(differences));
   if (differences != 0) reply.failure = std::to_string(differences) + " differences";
+  if (interrupted()) reply.failure = "interrupted";
 }
 
 }  // namespace shell

@@ -6,16 +6,19 @@
 #define SHELL_SHELL_H_
 
 #include <array>
-#include <deque>
 #include <fstream>
 #include <functional>
 #include <iosfwd>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "command.h"
+#include "kept.h"
+#include "libxorp/timer.hh"
+#include "lines.h"
 #include "softcard/card.h"
 
 class EventLoop;
@@ -66,20 +69,25 @@ class Shell {
 
   // ---- Running commands ----------------------------------------------------------------------
 
-  // Runs every line of a script; returns at its end, after `quit`, and after the first error when
-  // that is asked for. `name` is what messages call it.
+  // Runs every line of a script; returns at its end, after `quit`, at an interrupt, and after the
+  // first error when that is asked for. `name` is what messages call it. Error when it cannot be
+  // read.
   void run_script(std::istream& script, const std::string& name);
-  // The same for a file; Error when it cannot be read.
+  // The same for a file.
   void run_file(const std::string& path);
   // Runs the commands of one line.
   void run_line(const std::string& line, const Place& place);
   // Runs one command and answers; Error when it cannot be run.
   Reply run(const std::vector<std::string>& words);
 
-  bool done() const { return done_; }
+  // After `quit`, and when standard output takes nothing more: then nobody would learn what
+  // happens.
+  bool done() const;
   void quit() { done_ = true; }
   // Whether commands are printed in front of their answers.
   void set_echo(bool on) { options_.echo = on; }
+  // Whether answers are JSON.
+  bool json() const { return options_.json; }
   // Nothing has gone wrong so far.
   bool good() const { return errors_ == 0; }
 
@@ -94,12 +102,14 @@ class Shell {
 
   // Where cables and the terminal wait for their descriptors; made when it is first asked for.
   EventLoop& loop();
+  // Has the card live while its loop runs, as long as the timer is kept.
+  XorpTimer rounds();
 
   // Prints an event that a callback was called with, and keeps it for `expect`.
   void event(const std::string& name, const NamedValues& fields);
 
-  // The events that no `expect` has taken yet, oldest first.
-  std::deque<Event>& events() { return events_; }
+  // The events that no `expect` has taken yet.
+  Kept<Event>& events() { return events_; }
 
   // Result and outputs of the last entry point called.
   const Reply& last_call() const { return last_call_; }
@@ -107,8 +117,8 @@ class Shell {
   // Prints a call of the SDK that is traced.
   void traced_call(const std::string& call);
 
-  // The packets that the card handed to the CPU and no `expect` has taken yet, oldest first.
-  std::deque<CpuPacket>& cpu_packets() { return cpu_packets_; }
+  // The packets that the card handed to the CPU and no `expect` has taken yet.
+  Kept<CpuPacket>& cpu_packets() { return cpu_packets_; }
 
   // Starts to write every call to a file, or ends that when `path` is empty.
   void record(const std::string& path);
@@ -124,12 +134,22 @@ class Shell {
 
  private:
   void run_words(std::vector<std::string> words, const Place& place);
+  // Reads a file of commands by `read`; Error when it cannot be read or is being written.
+  void with_file(const std::string& path, const std::function<void(std::istream&)>& read);
   void expand(std::vector<std::string>& words) const;
   void print(const std::vector<std::string>& words, const Place& place, const Reply& reply,
              const std::string& error);
   // Ends the line of a command that was printed and whose answer did not fit behind it.
   void end_echo();
   void complain(const Place& place, const std::string& message);
+  // Prints what came between or behind the answers: in JSON behind the answer of the command that
+  // runs.
+  void print_behind(const std::string& line);
+  void print_held();
+  // Settles the card, and says what went wrong in that: a callback that threw, a capture file that
+  // cannot be read or written.
+  void settle(const Place& place);
+  bool round();
   void write_record(const Command& command, const std::vector<std::string>& words,
                     const Reply& reply);
   // Keeps the shell's own registration for packets on the present card.
@@ -140,13 +160,19 @@ class Shell {
   bool done_ = false;
   bool echo_open_ = false;  // a command stands at the end of what was printed
   unsigned errors_ = 0;
-  unsigned script_depth_ = 0;
+  unsigned depth_ = 0;    // commands that run, each within the one before
+  bool holding_ = false;  // what comes in JSON waits for an answer
+  std::string held_;      // so far
   Reply last_call_;
   std::map<std::string, std::string> outputs_;  // the latest of each name, for $name
-  std::deque<CpuPacket> cpu_packets_;
-  std::deque<Event> events_;
+  Kept<CpuPacket> cpu_packets_;
+  Kept<Event> events_;
   const softcard::Card* heard_card_ = nullptr;
   std::unique_ptr<std::ofstream> recording_;
+  std::optional<FileId> recorded_file_;
+  std::string recording_trouble_;  // to be told behind the answer
+  std::vector<FileId> files_;      // of the scripts and recordings that run
+  std::array<std::string, softcard::kMaxPorts> cable_troubles_;  // that have been told
   Screen screen_;
   std::unique_ptr<EventLoop> loop_;
 };

@@ -5,6 +5,7 @@
 
 #include "codec.h"
 #include "command.h"
+#include "interrupt.h"
 #include "shell.h"
 
 namespace shell {
@@ -88,6 +89,7 @@ void repeat(Shell& shell, Arguments& arguments, Reply& reply) {
   while (!arguments.empty()) words.push_back(arguments.take("command"));
   if (words.empty()) throw Error("command is missing");
   for (std::int64_t i = 0; i < count && reply.failure.empty() && reply.result != false; ++i) {
+    if (interrupted()) throw Error("interrupted");
     reply = shell.run(words);
   }
 }
@@ -104,6 +106,7 @@ void add_shell_commands(CommandTable& table) {
     const std::string path = arguments.take("file");
     arguments.finish();
     shell.run_file(path);
+    if (interrupted()) throw Error("interrupted");
   });
   add("echo", "WORDS", "prints the words", [](Shell&, Arguments& arguments, Reply& reply) {
     reply.say(arguments.empty() ? "" : arguments.rest("words"));

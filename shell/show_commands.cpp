@@ -19,9 +19,13 @@ namespace {
 using softcard::Card;
 using softcard::PortIndex;
 
-// A limit, or a rate, where one number stands for none.
-Value limit_value(int limit) { return limit < 0 ? text_value("-") : count_value(unsigned(limit)); }
-Value rate_value(std::uint32_t rate) { return rate == 0 ? text_value("-") : count_value(rate); }
+// A limit, or a rate, where one number stands for none: that number in JSON, as the entry points
+// have it.
+Value limit_value(int limit) {
+  const Value value = number_value(std::int64_t{limit});
+  return limit < 0 ? Value{"-", value.json} : value;
+}
+Value rate_value(std::uint32_t rate) { return rate == 0 ? Value{"-", "0"} : count_value(rate); }
 
 void show_card(Card& card, Arguments& arguments, Reply& reply) {
   arguments.finish();
@@ -55,14 +59,13 @@ void show_port(Card& card, Arguments& arguments, Reply& reply) {
     const softcard::LinkMode mode = ports.mode(port);
     const std::uint16_t lag = card.lags().lag_of(port);
     softcard::Cable* const cable = card.cable(port);
-    table.add(
-        {port_value(port), flag_value(ports.admin(port)),
-         text_value(ports.is_up(port) ? "up" : "down"), enum_value(mode.speed),
-         enum_value(mode.duplex), flag_value(ports.autoneg(port)),
-         count_value(ports.mtu_bytes(port)), count_value(card.port_vlans().pvid(port)),
-         lag == softcard::LagTable::kNoLag ? text_value("-") : port_value(card.lags().usp_of(lag)),
-         text_value((cable == nullptr ? "none" : cable->describe()) +
-                    (card.signal_cut(port) ? " (pulled)" : ""))});
+    table.add({port_value(port), flag_value(ports.admin(port)),
+               text_value(ports.is_up(port) ? "up" : "down"), enum_value(mode.speed),
+               enum_value(mode.duplex), flag_value(ports.autoneg(port)),
+               count_value(ports.mtu_bytes(port)), count_value(card.port_vlans().pvid(port)),
+               lag == softcard::LagTable::kNoLag ? no_value() : port_value(card.lags().usp_of(lag)),
+               text_value((cable == nullptr ? "none" : cable->describe()) +
+                          (card.signal_cut(port) ? " (pulled)" : ""))});
   }
   reply.show("ports", table);
 }
@@ -110,7 +113,7 @@ void show_class(Card& card, Arguments& arguments, Reply& reply) {
       rows.push_back(
           {text_value("protocol"),
            text_value(port_text(port) + ' ' + enum_value(rule.type).text + ' ' + protocol),
-           count_value(rule.vlan), text_value("-")});
+           count_value(rule.vlan), no_value()});
     }
   }
   Table table({"rule", "of", "vlan", "priority"});
@@ -152,7 +155,7 @@ void show_fdb(Card& card, Arguments& arguments, Reply& reply) {
                           : entry->kind() == softcard::FdbKind::static_entry ? "static"
                                                                              : "system"),
                learned ? count_value(card.clock().now_seconds() - entry->last_seen_seconds())
-                       : text_value("-")});
+                       : no_value()});
   }
   reply.show("fdb", table);
 }
@@ -219,15 +222,18 @@ void show_flow(Card& card, Arguments& arguments, Reply& reply) {
   Table table({"id", "priority", "packets", "actions", "match"});
   for (const softcard::Flow* flow : flows) {
     std::vector<std::string> actions;
+    std::vector<Value> list;
     for (const softcard::FlowAction& action : card.flows().actions(*flow)) {
       const auto kind = static_cast<of_action_t>(action.kind);
       const std::string param =
           action_text(kind, {{action.words[0], action.words[1], action.words[2]}});
       actions.push_back(enum_value(kind).text + (param.empty() ? "" : ' ' + param));
+      list.push_back(text_value(actions.back()));
     }
-    table.add({count_value(flow->id), number_value(std::int64_t{flow->priority}),
+    table.add({count_value(flow->id),
+               number_value(std::int64_t{flow->priority}),
                count_value(flow->packets),
-               text_value(actions.empty() ? "drop" : joined(actions, ", ")),
+               {actions.empty() ? "drop" : joined(actions, ", "), list_value(list).json},
                text_value(match_text(flow->match))});
   }
   reply.show("flows", table);
@@ -312,7 +318,7 @@ void show_stp(Card& card, Arguments& arguments, Reply& reply) {
     const Value bpdu = text_value(card.stp().bpdu_processing(port) ? "cpu" : "forward");
     const stp_state_t state = card.stp().stp(port);
     if (all || state != STP_STATE_FORWARDING || !card.stp().bpdu_processing(port)) {
-      table.add({port_value(port), text_value("port"), enum_value(state), bpdu});
+      table.add({port_value(port), {"port", "null"}, enum_value(state), bpdu});
     }
     for (unsigned instance = 0; instance < softcard::kMstpInstances; ++instance) {
       const mstp_state_t own = card.stp().mstp(instance, port);
@@ -370,7 +376,7 @@ void show_lock(Card& card, Arguments& arguments, Reply& reply) {
   arguments.finish();
   const softcard::MacLockTable& locks = card.mac_locks();
   Table table({"of", "locked", "drops unknown", "limit", "learned"});
-  const Value none = text_value("-");
+  const Value none = no_value();
   const auto add_limit = [&](const Value& of, int limit, std::size_t learned) {
     if (limit >= 0) table.add({of, none, none, limit_value(limit), count_value(learned)});
   };

@@ -5,11 +5,16 @@
 #include <cctype>
 #include <numeric>
 
+#include "softcard/base/clock.h"
 #include "softcard/base/text.h"
 
 namespace shell {
 
 std::vector<std::vector<std::string>> split_commands(const std::string& line) {
+  const std::size_t nul = line.find('\0');
+  if (nul != std::string::npos) {
+    throw Error("column " + std::to_string(nul + 1) + " is a NUL, which no command has");
+  }
   std::vector<std::vector<std::string>> commands(1);
   std::string word;
   bool in_word = false;
@@ -98,9 +103,34 @@ std::int64_t parse_number(const std::string& text, const std::string& what, std:
   return number;
 }
 
+std::uint64_t parse_seconds(const std::string& text, const std::string& what,
+                            std::int64_t most_seconds) {
+  const std::vector<std::string> parts = split(text, '.');
+  std::int64_t whole = 0;
+  std::int64_t fraction = 0;
+  bool good = parts.size() <= 2 && read_number(parts[0], 0, most_seconds, whole);
+  if (good && parts.size() == 2) {
+    std::string digits = parts[1];
+    good = !digits.empty() && digits.size() <= 9;
+    digits.resize(9, '0');
+    good = good && digits.find_first_not_of("0123456789") == std::string::npos &&
+           read_number(digits, 0, 999999999, fraction);
+  }
+  if (!good) {
+    throw Error(what + ": '" + text + "' is no time from 0 to " + std::to_string(most_seconds) +
+                " such as 300 or 0.25");
+  }
+  return static_cast<std::uint64_t>(whole) * softcard::kNanosecondsPerSecond +
+         static_cast<std::uint64_t>(fraction);
+}
+
 std::string nearest(const std::string& word, const std::vector<std::string>& candidates) {
+  // Whoever means a command does not write a page.
+  constexpr std::size_t kLongestWord = 200;
+  if (word.size() > kLongestWord) return {};
   std::string best;
-  std::size_t best_distance = std::max<std::size_t>(2, word.size() / 3) + 1;
+  // A word of which no letter stays is another one.
+  std::size_t best_distance = std::min(word.size(), std::max<std::size_t>(2, word.size() / 3) + 1);
   std::vector<std::size_t> row;
   for (const std::string& candidate : candidates) {
     row.resize(candidate.size() + 1);

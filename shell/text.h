@@ -21,7 +21,7 @@ class Error : public std::runtime_error {
 // Splits a line into commands and each command into words. Commands end at `;`, a `#` at the
 // start of a word begins a comment. Quotes ('...' or "...") keep spaces and these marks, anywhere
 // in a word; a backslash inside "..." or outside of quotes takes the next character as it is.
-// Throws Error when a quote is left open.
+// Throws Error when a quote is left open, and at a NUL, which no text has.
 std::vector<std::vector<std::string>> split_commands(const std::string& line);
 
 // `word` quoted where split_commands() would otherwise take it apart.
@@ -45,6 +45,10 @@ std::int64_t parse_number(const std::string& text, const std::string& what, std:
 // The same without an Error: false when it is no number in that range.
 bool read_number(const std::string& text, std::int64_t lowest, std::int64_t highest,
                  std::int64_t& number);
+
+// Seconds with up to nine digits behind the point, up to `most`, in nanoseconds; Error otherwise.
+std::uint64_t parse_seconds(const std::string& text, const std::string& what,
+                            std::int64_t most_seconds);
 
 // The candidate with the fewest letters to change, empty when none is near.
 std::string nearest(const std::string& word, const std::vector<std::string>& candidates);

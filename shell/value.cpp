@@ -6,10 +6,42 @@
 
 namespace shell {
 
+namespace {
+
+// The length of the UTF-8 character at `at`, 0 when there is none: a byte that is out of place, a
+// longer form of a short character, a surrogate, or beyond the last character.
+std::size_t character_bytes(const std::string& text, std::size_t at) {
+  const auto byte = [&](std::size_t i) {
+    return at + i < text.size() ? static_cast<unsigned char>(text[at + i]) : 0U;
+  };
+  const auto continues = [&](std::size_t i) { return (byte(i) & 0xC0) == 0x80; };
+  const unsigned first = byte(0);
+  const unsigned second = byte(1);
+  if (first < 0x80) return 1;
+  if (!continues(1)) return 0;
+  if (first >= 0xC2 && first <= 0xDF) return 2;
+  if (!continues(2)) return 0;
+  if ((first == 0xE0 && second >= 0xA0) || (first == 0xED && second < 0xA0) ||
+      (first > 0xE0 && first < 0xF0 && first != 0xED)) {
+    return 3;
+  }
+  if (!continues(3)) return 0;
+  return (first == 0xF0 && second >= 0x90) || (first > 0xF0 && first < 0xF4) ||
+                 (first == 0xF4 && second < 0x90)
+             ? 4
+             : 0;
+}
+
+}  // namespace
+
 std::string json_string(const std::string& text) {
   std::string result = "\"";
-  for (const char c : text) {
-    if (c == '"' || c == '\\') {
+  for (std::size_t at = 0; at < text.size();) {
+    const char c = text[at];
+    const std::size_t bytes = character_bytes(text, at);
+    if (bytes != 1) {
+      result += bytes == 0 ? "\\ufffd" : text.substr(at, bytes);
+    } else if (c == '"' || c == '\\') {
       result += '\\';
       result += c;
     } else if (static_cast<unsigned char>(c) < 0x20) {
@@ -19,6 +51,7 @@ std::string json_string(const std::string& text) {
     } else {
       result += c;
     }
+    at += std::max<std::size_t>(bytes, 1);
   }
   return result + '"';
 }
@@ -29,6 +62,8 @@ Value number_value(std::uint64_t number) {
   return {std::to_string(number), std::to_string(number)};
 }
 Value flag_value(bool on) { return on ? Value{"on", "true"} : Value{"off", "false"}; }
+
+Value no_value() { return {"-", "null"}; }
 
 Value list_value(const std::vector<Value>& items) {
   Value list{items.empty() ? "-" : "", "["};

@@ -19,12 +19,14 @@ struct Value {
   std::string json;
 };
 
+// Always valid UTF-8: bytes of `text` that are not become U+FFFD.
 std::string json_string(const std::string& text);
 
 Value text_value(const std::string& text);
 Value number_value(std::int64_t number);
 Value number_value(std::uint64_t number);
 Value flag_value(bool on);                          // on, off
+Value no_value();                                   // -, null
 Value list_value(const std::vector<Value>& items);  // a,b,c; - when empty
 
 using NamedValues = std::vector<std::pair<std::string, Value>>;

@@ -52,8 +52,8 @@ PcapCable::PcapCable(std::unique_ptr<PcapReader> input, std::unique_ptr<PcapWrit
       clock_start_ns_(start_of(clock)) {}
 
 PcapCable::~PcapCable() {
-  // What is lost now nobody could ask for any more.
-  if (output_ != nullptr && !output_->flush()) {
+  // What is lost now nobody could ask for any more; what was lost before could be.
+  if (output_ != nullptr && output_->error().empty() && !output_->flush()) {
     std::fprintf(stderr, "%s\n", output_->error().c_str());
   }
 }

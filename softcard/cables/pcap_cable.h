@@ -35,11 +35,11 @@ class PcapCable final : public Cable {
   std::size_t poll(std::size_t budget) override;
   std::string describe() const override;
 
- private:
-  PcapCable(std::unique_ptr<PcapReader> input, std::unique_ptr<PcapWriter> output, Clock& clock);
-
   // What went wrong with a file, or nothing.
   std::string failure() const;
+
+ private:
+  PcapCable(std::unique_ptr<PcapReader> input, std::unique_ptr<PcapWriter> output, Clock& clock);
 
   std::unique_ptr<PcapReader> input_;   // null for none
   std::unique_ptr<PcapWriter> output_;  // null for none

@@ -1,0 +1,239 @@
+// SPDX-License-Identifier: Apache-2.0
+//
+// What the shell does with input and output that are not as they should be.
+#include <gtest/gtest.h>
+
+#include "process.h"
+
+namespace {
+
+// `count` times the same.
+std::string times(std::size_t count, const std::string& text) {
+  std::string all;
+  for (std::size_t i = 0; i < count; ++i) all += text;
+  return all;
+}
+
+void expect_in(const std::string& output, const std::string& part) {
+  EXPECT_NE(output.find(part), std::string::npos) << "'" << part << "' is missing in:\n" << output;
+}
+
+TEST(Script, IsReadAsItsBytesAre) {
+  const struct {
+    const char* symptom;
+    std::string input;
+    std::string output;  // all of it, and the exit status
+  } kRows[] = {
+      {"lines of other systems", "echo a \\\r\nb\r\necho \"c d\"\r\n", "a b\nc d\n[0]"},
+      {"carriage returns elsewhere", "echo a\rb\n", "a b\n[0]"},
+      {"numbers behind continued lines", "echo a \\\n b \\\n c\nx y \\\n\nno \\\n",
+       "a b c\nstdin:4: x: unknown command; try help\n"
+       "stdin:6: no: unknown command; try help\n[1]"},
+      {"a NUL", std::string("echo a\0b\necho c\n", 16),
+       "stdin:1: column 7 is a NUL, which no command has\nc\n[1]"},
+      {"a mark in front",
+       "\xef\xbb\xbf"
+       "echo a\n",
+       "vornsh: stdin:1: begins with a UTF-8 byte-order mark; save it as plain UTF-8 without "
+       "one\n[2]"},
+      {"two bytes a character",
+       std::string("\xff\xfe"
+                   "e\0c\0",
+                   6),
+       "vornsh: stdin:1: begins with a UTF-16 byte-order mark; save it as plain UTF-8 without "
+       "one\n[2]"},
+      {"nothing", "", "[0]"},
+      {"no more than the end", "\n\n", "[0]"},
+  };
+  const Folder folder;
+  for (const auto& row : kRows) EXPECT_EQ(run(folder, {}, row.input), row.output) << row.symptom;
+}
+
+// What nobody expects is kept up to a bound, and what goes is told.
+TEST(Script, KeepsTheLatestThatNobodyExpected) {
+  const Folder folder;
+  folder.file("two.card", "ports 2 speed 1000\n");
+  const auto inject = [&](const char* frames, const char* before, const char* behind) {
+    return run(folder, {"--card", "two.card"},
+               std::string("vorn_set_ports_mtu 1/1/0-1 9216\n") + before + "repeat " + frames +
+                   " inject 1/1/0 eth src=00:00:5e:00:53:01 dst=ff:ff:ff:ff:ff:ff size=9000\n" +
+                   behind);
+  };
+  EXPECT_EQ(inject("1800", "", "expect cpu count 1800\n"), "ok\n[0]");
+  const std::string packets = inject("2000", "", "expect cpu none\ndrain\nexpect cpu none\n");
+  expect_in(packets,
+            " that came earlier are forgotten, for nobody asked and there was no room\n"
+            "stdin:3: expect: cpu: expected no frame, 1");
+  EXPECT_EQ(packets.find("forgotten"), packets.rfind("forgotten"));
+  expect_in(inject("500", "vorn_register_rx_packet_callback\n", "expect event rx_packet\n"),
+            " that came earlier are forgotten");
+}
+
+// Nothing takes all memory, all time, or the stack.
+TEST(Script, IsBounded) {
+  const struct {
+    const char* symptom;
+    std::string input;
+    const char* output;
+  } kRows[] = {
+      {"nested repeat", times(20000, "repeat 1 ") + "echo a\n", "more than 16 deep\n[1]"},
+      {"nested expect", times(20000, "expect failed ") + "echo a\n", "more than 16 deep\n[1]"},
+      {"sixteen are no problem", times(15, "repeat 1 ") + "echo reached\n", "reached\n[0]"},
+      {"seventeen are one", times(16, "repeat 1 ") + "echo reached\n", "more than 16 deep\n[1]"},
+      {"the last port of all", "vorn_set_ports_pvid 1/1/4294967290-4294967295 1\n", "failed\n[1]"},
+      {"a long range", "vorn_set_ports_pvid 1/1/0-4294967295 1\n",
+       "'4294967295' is not a number from 0 to 4096; usage: vorn_set_ports_pvid PORTS PVID\n[1]"},
+      {"many ranges", "vorn_set_ports_pvid " + times(17, "1/1/0-4096,") + "1/1/0 1\n",
+       "ports: more than 65536 ports; usage: vorn_set_ports_pvid PORTS PVID\n[1]"},
+      {"a word of 1 MB", std::string(1000000, 'v') + "\n", "v: unknown command; try help\n[1]"},
+      {"a word of 1 MB to explain", "help " + std::string(1000000, 'v') + "\n",
+       "v' is neither a command nor a group\n[1]"},
+  };
+  const Folder folder;
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.symptom);
+    expect_in(run(folder, {}, row.input), row.output);
+  }
+}
+
+TEST(Files, ThatCannotBeReadOrWrittenAreErrors) {
+  const Folder folder;
+  const std::string directory = folder.path("");
+  const struct {
+    std::vector<std::string> arguments;
+    std::string set_up;
+    std::string output;
+  } kRows[] = {
+      {{directory}, ":", "vornsh: cannot read " + directory + ": Is a directory\n[2]"},
+      {{}, "exec <" + directory, "vornsh: cannot read stdin: Is a directory\n[2]"},
+      {{"--real-time"}, "exec <" + directory, "vornsh: cannot read stdin: Is a directory\n[2]"},
+      {{}, "exec <&-", "vornsh: cannot read stdin: Bad file descriptor\n[2]"},
+      {{"nowhere"}, ":", "vornsh: cannot read nowhere: No such file or directory\n[2]"},
+      {{"-c", "source " + directory},
+       ":",
+       "-c:1: source: cannot read " + directory + ": Is a directory\n[1]"},
+      {{"-c", "replay " + directory},
+       ":",
+       "-c:1: replay: cannot read " + directory + ": Is a directory\n[1]"},
+      {{"-c", "record " + directory},
+       ":",
+       "-c:1: record: cannot write " + directory + ": Is a directory\n[1]"},
+      {{"-c", "help"}, "exec >/dev/full", "vornsh: standard output cannot be written\n[1]"},
+      {{"-h"}, "exec >/dev/full", "vornsh: standard output cannot be written\n[1]"},
+      {{"-c", "help"}, "exec >&-", "vornsh: standard output cannot be written\n[1]"},
+      // It ends with its output: nobody would learn of the rest.
+      {{"-c", "help\nnonsense"}, "exec >&-", "vornsh: standard output cannot be written\n[1]"},
+      {{"-c", "nonsense"}, "exec 2>&-", "[1]"},
+      {{"-c", "nonsense"}, "exec 2>/dev/full", "[1]"},
+      // The call's own answer stays.
+      {{"-c", "record /dev/full; vorn_get_port_pvid 1/1/0; vorn_get_port_pvid 1/1/1"},
+       ":",
+       "pvid = 1\nok\n-c:1: the recording ends here, for it cannot be written: No space left on "
+       "device\npvid = 1\nok\n[1]"},
+      {{"--json", "-c", "record /dev/full; link 1/1/0 down"},
+       ":",
+       "{\"file\":\"-c\",\"line\":1,\"command\":\"record /dev/full\",\"ok\":true}\n"
+       "{\"file\":\"-c\",\"line\":1,\"command\":\"link 1/1/0 down\",\"ok\":true}\n"
+       "{\"file\":\"-c\",\"line\":1,\"ok\":false,\"error\":\"the recording ends here, for it "
+       "cannot be written: No space left on device\"}\n[1]"},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(run(folder, row.arguments, "", row.set_up), row.output) << row.set_up;
+  }
+}
+
+// Whatever descriptor is closed, a capture has its frames alone.
+TEST(Files, CapturesAreNotMixedWithText) {
+  const std::string commands =
+      "cable 1/1/1 pcap - out.pcap\n"
+      "inject 1/1/0 eth src=00:00:5e:00:53:01 dst=ff:ff:ff:ff:ff:ff\n"
+      "nonsense\n";
+  const Folder folder;
+  const std::string output = run(folder, {"-v", "-c", commands});
+  const std::string sound = folder.contents("out.pcap");
+  ASSERT_EQ(sound.size(), 24U + 16 + 14) << output;
+  for (const char* set_up : {"exec <&-", "exec 2>&-", "exec <&- 2>&-"}) {
+    folder.file("out.pcap", "");
+    expect_in(run(folder, {"-c", commands}, "", set_up), "[1]");
+    EXPECT_EQ(folder.contents("out.pcap"), sound) << set_up;
+  }
+  expect_in(run(folder, {"-c", "cable 1/1/1 pcap - out.pcap; help"}, "", "exec >&- 2>&-"), "[1]");
+  EXPECT_EQ(folder.contents("out.pcap"), sound.substr(0, 24));
+}
+
+// 512 bytes are room for the head of a capture and 16 such frames.
+TEST(Files, CaptureThatIsCutOffIsTold) {
+  const Folder folder;
+  const std::string capture =
+      "cable 1/1/1 pcap - out.pcap\n"
+      "repeat 17 inject 1/1/0 eth src=00:00:5e:00:53:01 dst=ff:ff:ff:ff:ff:ff\n"
+      "cable 1/1/1 none\n";
+  const std::string limit = "trap '' XFSZ; ulimit -f 1";
+  EXPECT_EQ(run(folder, {"-c", capture}, "", limit),
+            "-c:2: 1/1/1: out.pcap: cannot be written after record 17: File too large\n[1]");
+  EXPECT_EQ(folder.contents("out.pcap").size(), 512U);
+  // In JSON, and in a recording that unplugs it: once for each.
+  folder.file("session.rec", capture);
+  const std::string json = run(folder, {"--json", "-c", "replay session.rec; echo on"}, "", limit);
+  expect_in(json, "\"ok\":false,\"error\":\"1/1/1: out.pcap: cannot be written after record");
+  EXPECT_EQ(json.find("cannot be written"), json.rfind("cannot be written"));
+  expect_in(json, "[1]");
+}
+
+// A file grows or goes while it is read when it is written at the same time.
+TEST(Files, ThatRunAreNotRecordedInto) {
+  const Folder folder;
+  const std::string self = "echo once\nrecord ./self.vorn\n";
+  folder.file("self.vorn", self);
+  const std::string told = ":2: record: ./self.vorn is running, and would be lost\n";
+  EXPECT_EQ(run(folder, {"self.vorn"}), "once\nself.vorn" + told + "[1]");
+  EXPECT_EQ(run(folder, {"-c", "source self.vorn"}), "once\nself.vorn" + told + "[1]");
+  EXPECT_EQ(folder.contents("self.vorn"), self);
+  expect_in(run(folder, {"-c", "replay self.vorn"}), "./self.vorn is running, and would be lost");
+  EXPECT_EQ(folder.contents("self.vorn"), self);
+  for (const char* command : {"replay", "source"}) {
+    EXPECT_EQ(run(folder, {"-c", std::string("record x.rec; link 1/1/0 down; ") + command +
+                                     " ./x.rec; record off; " + command + " x.rec"}),
+              std::string("-c:1: ") + command +
+                  ": ./x.rec is being recorded, and would grow while it runs\n" +
+                  (command == std::string("replay") ? "1 commands, 0 differences\n[1]" : "[1]"));
+  }
+  // A recording that replays itself.
+  folder.file("loop.rec", "replay loop.rec\n");
+  expect_in(run(folder, {"-c", "replay loop.rec"}), "1 differences\n[1]");
+}
+
+TEST(Json, IsValidWhateverTheBytes) {
+  const struct {
+    const char* bytes;
+    const char* json;
+  } kRows[] = {
+      {"a\tb\x01\x1f\x7f", "a b\\u0001\\u001f\x7f"},
+      {"\\\"\\\\.", "\\\"\\\\."},
+      {"\xc3\xa4 \xe2\x82\xac \xf0\x9f\x98\x80", "\xc3\xa4 \xe2\x82\xac \xf0\x9f\x98\x80"},
+      {"\xff"
+       "a\x80",
+       "\\ufffda\\ufffd"},
+      {"\xc3"
+       "a",
+       "\\ufffda"},                                            // cut short
+      {"\xe2\x82", "\\ufffd\\ufffd"},                          // at the end
+      {"\xf0\x9f\x98", "\\ufffd\\ufffd\\ufffd"},               //
+      {"\xc0\x80 \xc1\xbf", "\\ufffd\\ufffd \\ufffd\\ufffd"},  // longer than need be
+      {"\xe0\x9f\xbf \xe0\xa0\x80", "\\ufffd\\ufffd\\ufffd \xe0\xa0\x80"},
+      {"\xf0\x8f\xbf\xbf \xf0\x90\x80\x80", "\\ufffd\\ufffd\\ufffd\\ufffd \xf0\x90\x80\x80"},
+      {"\xed\xa0\x80 \xed\x9f\xbf", "\\ufffd\\ufffd\\ufffd \xed\x9f\xbf"},  // a surrogate
+      {"\xf4\x90\x80\x80 \xf4\x8f\xbf\xbf",
+       "\\ufffd\\ufffd\\ufffd\\ufffd \xf4\x8f\xbf\xbf"},  // beyond the last character
+      {"\xee\x80\x80 \xf1\x80\x80\x80", "\xee\x80\x80 \xf1\x80\x80\x80"},
+      {"\xf5\x80\x80\x80", "\\ufffd\\ufffd\\ufffd\\ufffd"},
+  };
+  const Folder folder;
+  std::string script;
+  std::string expected;
+  for (const auto& row : kRows) script += std::string("echo ") + row.bytes + '\n';
+  const std::string output = run(folder, {"--json"}, script);
+  for (const auto& row : kRows) expect_in(output, std::string("\"text\":\"") + row.json + "\"}\n");
+}
+
+}  // namespace

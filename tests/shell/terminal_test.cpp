@@ -4,6 +4,8 @@
 // wait for are written with quotes in them that their answers lack.
 #include <gtest/gtest.h>
 
+#include <chrono>
+
 #include "process.h"
 
 namespace {
@@ -168,8 +170,10 @@ TEST(Pipe, AnswersEachLineWhenItComes) {
     Process shell(folder, {"-v", time});
     shell.send("vorn_create_vlan 10\n");
     shell.until("> vorn_create_vlan 10 -> ok\n");
+    const auto before = std::chrono::steady_clock::now();
     shell.send("wait 0.1; echo waited\n");
     shell.until("waited\n");
+    EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::milliseconds(100));
     shell.send("vorn_get_port_pvid 1/1/0");  // no line end at the end
     shell.end_input();
     EXPECT_TRUE(has(shell.rest(), "pvid = 1\nok\n"));

@@ -18,6 +18,11 @@ void expect_in(const std::string& output, const std::string& part) {
   EXPECT_NE(output.find(part), std::string::npos) << "'" << part << "' is missing in:\n" << output;
 }
 
+// An emulator's own files take the place of descriptors that are closed.
+bool can_be(const std::string& set_up) {
+  return !VORN_EMULATED || set_up.find("&-") == std::string::npos;
+}
+
 TEST(Script, IsReadAsItsBytesAre) {
   const struct {
     const char* symptom;
@@ -138,6 +143,7 @@ TEST(Files, ThatCannotBeReadOrWrittenAreErrors) {
        "cannot be written: No space left on device\"}\n[1]"},
   };
   for (const auto& row : kRows) {
+    if (!can_be(row.set_up)) continue;
     EXPECT_EQ(run(folder, row.arguments, "", row.set_up), row.output) << row.set_up;
   }
 }
@@ -153,10 +159,12 @@ TEST(Files, CapturesAreNotMixedWithText) {
   const std::string sound = folder.contents("out.pcap");
   ASSERT_EQ(sound.size(), 24U + 16 + 14) << output;
   for (const char* set_up : {"exec <&-", "exec 2>&-", "exec <&- 2>&-"}) {
+    if (!can_be(set_up)) continue;
     folder.file("out.pcap", "");
     expect_in(run(folder, {"-c", commands}, "", set_up), "[1]");
     EXPECT_EQ(folder.contents("out.pcap"), sound) << set_up;
   }
+  if (!can_be("exec >&- 2>&-")) return;
   expect_in(run(folder, {"-c", "cable 1/1/1 pcap - out.pcap; help"}, "", "exec >&- 2>&-"), "[1]");
   EXPECT_EQ(folder.contents("out.pcap"), sound.substr(0, 24));
 }

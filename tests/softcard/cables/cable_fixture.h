@@ -40,7 +40,10 @@ class KeepingSink final : public CableSink {
   }
   void frames_lost(PortIndex, std::uint64_t count) override { lost += count; }
   void frames_forgotten(PortIndex, std::uint64_t count) override { forgotten += count; }
-  void carrier_changed(PortIndex) override { ++carrier_changes; }
+  void carrier_changed(PortIndex) override {
+    ++carrier_changes;
+    arrived_before_change = arrived.size();
+  }
   unsigned offered_ability(PortIndex) const override { return on ? 1 : 0; }
   FramePool& frame_pool() override { return pool_; }
 
@@ -70,6 +73,7 @@ class KeepingSink final : public CableSink {
   std::vector<FramePtr> arrived;
   int bursts = 0;
   int carrier_changes = 0;
+  std::size_t arrived_before_change = 0;
   std::uint64_t lost = 0;
   std::uint64_t forgotten = 0;
   bool on = true;  // the port

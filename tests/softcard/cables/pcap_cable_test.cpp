@@ -158,7 +158,7 @@ TEST_F(PcapTest, FilesThatCannotBeUsedAreNamed) {
     EXPECT_EQ(PcapCable::open(row.input, row.output, clock_, error_), nullptr);
     EXPECT_EQ(error_.find(row.error), 0u) << error_;
   }
-  EXPECT_NE(PcapCable::open(good, path("other"), clock_, error_), nullptr)
+  EXPECT_NE(PcapCable::open(good, file("other", {}), clock_, error_), nullptr)
       << "the input is still whole";
 }
 

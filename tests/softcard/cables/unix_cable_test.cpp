@@ -135,6 +135,7 @@ TEST_F(UnixCableTest, PortThatIsOffTakesTheCarrierOfTheOtherEnd) {
   }
   run_until([&] { return a_sink_.arrived.size() == 3; });
   EXPECT_EQ(a_sink_.carrier_changes, 3);
+  EXPECT_EQ(a_sink_.arrived_before_change, 2u);
   EXPECT_EQ(a_sink_.take(),
             (std::vector<Bytes>{some_frame(60, 1), some_frame(60, 0), some_frame(60, 1)}));
   EXPECT_TRUE(a->carrier());

@@ -42,6 +42,10 @@ if(TARGET softcard)
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
   install(EXPORT vornlcapi_softcard NAMESPACE vornlcapi:: FILE vornlcapiSoftcardTargets.cmake
     DESTINATION ${package_dir} COMPONENT dev)
+  install(TARGETS vorn_kit EXPORT vornlcapi_softcard
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+  install(DIRECTORY kit/vornlcapi DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT dev
+    FILES_MATCHING PATTERN "*.h")
   install(TARGETS vornsoftcard EXPORT vornlcapi
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
   install(DIRECTORY softcard DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vornlcapi COMPONENT dev

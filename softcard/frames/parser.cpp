@@ -18,10 +18,6 @@ constexpr std::uint8_t kMobility = 135;
 constexpr std::uint8_t kHostIdentity = 139;
 constexpr std::uint8_t kShim6 = 140;
 
-constexpr bool is_tag(std::uint16_t type) {
-  return type == kTypeCustomerTag || type == kTypeServiceTag;
-}
-
 // Reads the transport header at `offset`; `end` is where the packet ends by its own length.
 void parse_l4(const std::uint8_t* data, std::size_t offset, std::size_t end, Headers& headers) {
   if (offset >= end) return;

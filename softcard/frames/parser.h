@@ -24,6 +24,10 @@ inline constexpr std::uint16_t kTypePause = 0x8808;
 inline constexpr std::uint16_t kTypeServiceTag = 0x88A8;  // 802.1ad
 // An EtherType below is the length of an 802.3 frame.
 inline constexpr std::uint16_t kFirstEtherType = 1536;
+// Whether a VLAN tag begins there: the frame's own EtherType comes behind.
+constexpr bool is_tag(std::uint16_t type) {
+  return type == kTypeCustomerTag || type == kTypeServiceTag;
+}
 
 inline constexpr std::uint8_t kProtocolIcmp = 1;
 inline constexpr std::uint8_t kProtocolTcp = 6;

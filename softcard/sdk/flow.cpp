@@ -4,11 +4,41 @@
 
 #include "softcard/sdk/sdk.h"
 
+#include <algorithm>
+#include <initializer_list>
+
+#include "softcard/base/refusal.h"
+#include "softcard/base/text.h"
+#include "softcard/frames/parser.h"
 #include "softcard/sdk/conversions.h"
 #include "softcard/sdk/flow_fields.h"
 
 namespace softcard {
 namespace {
+
+// Whether any frame has all the fields that a flow asks for.
+bool can_match(const FlowMatch& match) {
+  const auto asks = [&](std::uint32_t fields) { return (match.fields & fields) != 0; };
+  const auto is_one_of = [](unsigned value, std::initializer_list<unsigned> values) {
+    return std::find(values.begin(), values.end(), value) != values.end();
+  };
+  if (asks(kFlowEtherType)) {
+    const std::uint16_t type = match.ether_type;
+    if (is_tag(type))
+      return refuse("Ethernet type ", hex_text(type), ": it stands behind the tags");
+    if ((asks(kFlowIpv4Source | kFlowIpv4Destination) && !is_one_of(type, {kTypeIpv4, kTypeArp})) ||
+        (asks(kFlowIpProtocol) && !is_one_of(type, {kTypeIpv4, kTypeIpv6, kTypeArp})) ||
+        (asks(kFlowTos | kFlowL4Source | kFlowL4Destination) &&
+         !is_one_of(type, {kTypeIpv4, kTypeIpv6}))) {
+      return refuse("Ethernet type ", hex_text(type), ": its frames lack a field of the flow");
+    }
+  }
+  if (asks(kFlowL4Source | kFlowL4Destination) && asks(kFlowIpProtocol) &&
+      !is_one_of(match.ip_protocol, {kProtocolIcmp, kProtocolTcp, kProtocolUdp, kProtocolIcmp6})) {
+    return refuse("IP protocol ", match.ip_protocol, ": it has no ports");
+  }
+  return true;
+}
 
 bool flow_match_of(const AddressPlan& addresses, const of_flow_mp_s& flow, FlowMatch& match) {
   const of_match_s& from = flow.match;
@@ -23,14 +53,20 @@ bool flow_match_of(const AddressPlan& addresses, const of_flow_mp_s& flow, FlowM
   }
   if (has(OF_MATCH_IN_PORT)) match.fields |= kFlowInPort;
   read_flow_fields(from, match);
-  return true;
+  return can_match(match);
 }
+
+// No frame is longer, tags included.
+constexpr unsigned kLongestFrameBytes = 65535;
 
 // False for a base that there is not, and for a qualifier of no bits, which would take every frame
 // that is long enough: the flow table has no such condition.
 bool flow_udf_of(const of_flow_qualify_udf_s& from, FlowUdf& udf) {
   if (from.base == OF_UDF_NONE) return true;
   if (from.base > OF_UDF_L4 || from.mask == 0) return false;
+  if (from.offset > kLongestFrameBytes) {
+    return refuse("offset ", from.offset, ": behind the end of every frame");
+  }
   udf = {static_cast<FlowUdfBase>(from.base - OF_UDF_FRAME), from.offset, from.value, from.mask};
   return true;
 }

@@ -4,10 +4,42 @@
 
 #include "softcard/sdk/sdk.h"
 
+#include "softcard/base/refusal.h"
 #include "softcard/sdk/conversions.h"
 
 namespace softcard {
 namespace {
+
+// The subnets that no router sends a packet to: packets to them stay on their link or in a host.
+struct Ipv4Subnet {
+  Ipv4 prefix;
+  unsigned length;
+};
+constexpr Ipv4Subnet kUnroutedIpv4[] = {
+    {0, 32}, {0x7f000000, 8}, {0xa9fe0000, 16}, {0xe0000000, 4}, {0xffffffff, 32}};
+struct Ipv6Subnet {
+  Ipv6Address prefix;
+  unsigned length;
+};
+constexpr Ipv6Subnet kUnroutedIpv6[] = {{{}, 128},
+                                        {{{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}}, 128},
+                                        {{{0xfe, 0x80}}, 10},
+                                        {{{0xff}}, 8}};
+
+// Whether packets to the first `length` bits of `ip` are ever routed.
+template <class Address, class Subnets>
+bool is_routed(const Address& ip, unsigned length, const Subnets& unrouted) {
+  for (const auto& subnet : unrouted) {
+    if (length >= subnet.length && masked(ip, subnet.length) == subnet.prefix) {
+      return refuse("no packet to such an address is routed");
+    }
+  }
+  return true;
+}
+bool is_routed(Ipv4 ip, unsigned length = 32) { return is_routed(ip, length, kUnroutedIpv4); }
+bool is_routed(const Ipv6Address& ip, unsigned length = 128) {
+  return is_routed(ip, length, kUnroutedIpv6);
+}
 
 // The way to a neighbour through a port or LAG and a router interface that exist.
 bool next_hop_of(Card& card, const Mp& mp, bool trunk, const unsigned char* mac, unsigned interface,
@@ -27,7 +59,7 @@ template <class Address>
 bool add_host(Card& card, L3HostTable<Address>& hosts, const Address& ip, const Mp& mp, bool trunk,
               const unsigned char* mac, unsigned interface) {
   NextHop next_hop;
-  return next_hop_of(card, mp, trunk, mac, interface, next_hop) &&
+  return is_routed(ip) && next_hop_of(card, mp, trunk, mac, interface, next_hop) &&
          succeeded(hosts.add(ip, next_hop));
 }
 
@@ -166,7 +198,8 @@ bool SoftSdk::add_l3_route_ip4(const Mp& mp, bool trunk, unsigned int ip, unsign
                                unsigned int metric) {
   const int length = mask_length(mask);
   NextHop next_hop;
-  return length >= 0 && next_hop_of(card_, mp, trunk, mac, interface, next_hop) &&
+  return length >= 0 && is_routed(ip, static_cast<unsigned>(length)) &&
+         next_hop_of(card_, mp, trunk, mac, interface, next_hop) &&
          succeeded(card_.l3().ipv4_routes.add(ip, static_cast<unsigned>(length), next_hop, metric));
 }
 
@@ -175,7 +208,8 @@ bool SoftSdk::add_l3_route_ip6(const Mp& mp, bool trunk, const unsigned char* ip
                                unsigned int interface) {
   const int length = mask_length(ip6_of(mask6));
   NextHop next_hop;
-  return length >= 0 && next_hop_of(card_, mp, trunk, mac, interface, next_hop) &&
+  return length >= 0 && is_routed(ip6_of(ip6), static_cast<unsigned>(length)) &&
+         next_hop_of(card_, mp, trunk, mac, interface, next_hop) &&
          succeeded(
              card_.l3().ipv6_routes.add(ip6_of(ip6), static_cast<unsigned>(length), next_hop));
 }

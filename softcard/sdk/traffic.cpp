@@ -4,6 +4,8 @@
 
 #include "softcard/sdk/sdk.h"
 
+#include "softcard/base/refusal.h"
+
 namespace softcard {
 
 bool SoftSdk::set_port_mirror(const Mp& mirror_to, const Mp& mirrored, mirror_type_t type) {
@@ -75,6 +77,9 @@ bool SoftSdk::get_port_ingress_discarding(const Mp& mp, ingress_discard_type_t& 
 
 bool SoftSdk::set_port_flood_blocking(const Mp& from, const Mp& to, flood_block_type_t type) {
   PortIndex to_port = 0;
+  if (from == to && type != FLOOD_BLOCK_NONE) {
+    return refuse("floods never leave through the port that they came in through");
+  }
   return card_.addresses().port_of(to, to_port) && on_port(from, [&](PortIndex port) {
            return card_.flood_blocks().set(port, to_port, type);
          });

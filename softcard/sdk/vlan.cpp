@@ -4,6 +4,9 @@
 
 #include "softcard/sdk/sdk.h"
 
+#include "softcard/base/refusal.h"
+#include "softcard/base/text.h"
+#include "softcard/frames/parser.h"
 #include "softcard/sdk/conversions.h"
 
 namespace softcard {
@@ -62,6 +65,9 @@ bool SoftSdk::get_port_vlan_accept_frame(const Mp& mp, bool& all) {
 
 bool SoftSdk::set_port_protocol_vlan(const Mp& mp, frame_type_t type, unsigned short protocol,
                                      unsigned int vlan) {
+  if (type == FRAME_TYPE_ETHERNET && (protocol < kFirstEtherType || is_tag(protocol))) {
+    return refuse("Ethernet type ", hex_text(protocol), ": a length or a tag, no frame has it");
+  }
   return on_port(mp, [&](PortIndex port) {
     return card_.port_vlans().set_protocol_vlan(port, type, protocol, vlan);
   });

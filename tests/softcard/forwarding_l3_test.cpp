@@ -159,10 +159,6 @@ TEST_F(L3ForwardingTest, Martians) {
     in(0, frame);
     cpu(RX_REASON_ROUTER, frame);
   }
-  // A host or route there changes nothing.
-  ok(sdk.add_l3_host_ip4(mp(2), false, 0xa9fe0101, mac('c'), s));
-  in(0, "a r ipv4 src=192.0.2.1 dst=169.254.1.1");
-  cpu(RX_REASON_ROUTER, "");
 }
 
 // effect: add_l3_route_ip4 - the longest prefix, then the lowest metric, then the earliest

@@ -544,6 +544,98 @@ TEST_F(Tables, TheSwitchAsAWhole) {
   EXPECT_FALSE(vorn_send_packet_from_cpu(packet)) << "no such type";
 }
 
+// ---- Settings that could have no effect ---------------------------------------------------------
+
+TEST_F(Tables, RefuseWhatCouldHaveNoEffect) {
+  unsigned id = 0;
+  EXPECT_TRUE(vorn_create_l3_interface(Mac(1), 10, id));
+  const auto protocol = [](unsigned short type, frame_type_t format = FRAME_TYPE_ETHERNET) {
+    return vorn_set_port_protocol_vlan(port(1), format, type, 10);
+  };
+  const auto host4 = [&](unsigned ip) { return vorn_add_l3_host_ip4(port(1), ip, Mac(2), id); };
+  const auto route4 = [&](unsigned ip, unsigned mask) {
+    return vorn_add_l3_route_ip4(port(1), ip, mask, Mac(2), id, 0);
+  };
+  const auto host6 = [&](unsigned char first, unsigned char second, unsigned char last) {
+    Ip6 ip(last);
+    std::memset(ip.bytes, 0, 15);
+    ip.bytes[0] = first;
+    ip.bytes[1] = second;
+    return vorn_add_l3_host_ip6(port(1), ip, Mac(2), id);
+  };
+  const auto route6 = [&](unsigned char first, unsigned char second, unsigned bits) {
+    Ip6 ip(0);
+    ip.bytes[0] = first;
+    ip.bytes[1] = second;
+    return vorn_add_l3_route_ip6(port(1), ip, Ip6::mask(bits), Mac(2), id);
+  };
+  const auto flow = [&](unsigned flags, unsigned short type, unsigned short ip_protocol = 0,
+                        of_flow_qualify_udf_s udf = {}) {
+    of_flow_s made;
+    std::memset(&made.match, 0, sizeof made.match);
+    made.match.flags = flags;
+    made.match.ether_type = type;
+    made.match.ip_protocol = ip_protocol;
+    return vorn_add_of_flow(made, id, udf);
+  };
+  constexpr unsigned kType = OF_MATCH_ETHER_TYPE;
+  const struct {
+    const char* what;
+    bool done;
+    bool good;
+  } rows[] = {
+      {"type 0x5ff", protocol(0x5ff), false},
+      {"type 0x600", protocol(0x600), true},
+      {"type 0x5ff in SNAP", protocol(0x5ff, FRAME_TYPE_SNAP), true},
+      {"customer tag", protocol(0x8100), false},
+      {"service tag", protocol(0x88a8), false},
+      {"flood to itself", vorn_set_port_flood_blocking({port(1)}, port(1), FLOOD_BLOCK_BROADCAST),
+       false},
+      {"end of it", vorn_set_port_flood_blocking({port(1)}, port(1), FLOOD_BLOCK_NONE), true},
+      {"flood to another", vorn_set_port_flood_blocking({port(1)}, port(2), FLOOD_BLOCK_ALL), true},
+      {"0.0.0.0", host4(0), false},
+      {"0.0.0.1", host4(1), true},
+      {"127.0.0.1", host4(0x7f000001), false},
+      {"128.0.0.0", host4(0x80000000), true},
+      {"169.254.1.1", host4(0xa9fe0101), false},
+      {"224.0.0.1", host4(0xe0000001), false},
+      {"223.255.255.255", host4(0xdfffffff), true},
+      {"255.255.255.255", host4(0xffffffff), false},
+      {"240.0.0.1", host4(0xf0000001), true},
+      {"0/0", route4(0, 0), true},
+      {"0/1", route4(0, 0x80000000), true},
+      {"126/7", route4(0x7e000000, 0xfe000000), true},
+      {"127/8", route4(0x7f000000, 0xff000000), false},
+      {"169.254/17", route4(0xa9fe0000, 0xffff8000), false},
+      {"224/4", route4(0xe0000000, 0xf0000000), false},
+      {"::", host6(0, 0, 0), false},
+      {"::1", host6(0, 0, 1), false},
+      {"::2", host6(0, 0, 2), true},
+      {"fe80::1", host6(0xfe, 0x80, 1), false},
+      {"febf::1", host6(0xfe, 0xbf, 1), false},
+      {"fec0::1", host6(0xfe, 0xc0, 1), true},
+      {"ff02::1", host6(0xff, 2, 1), false},
+      {"::/0", route6(0, 0, 0), true},
+      {"fe80::/9", route6(0xfe, 0x80, 9), true},
+      {"fe80::/10", route6(0xfe, 0x80, 10), false},
+      {"ff00::/8", route6(0xff, 0, 8), false},
+      {"flow of tag", flow(kType, 0x8100), false},
+      {"flow of length", flow(kType, 0x5ff), true},
+      {"IPv4 address in IPv6", flow(kType | OF_MATCH_SRC_IP, 0x86dd), false},
+      {"IPv4 address in ARP", flow(kType | OF_MATCH_DST_IP, 0x0806), true},
+      {"protocol in ARP", flow(kType | OF_MATCH_IP_PROTOCOL, 0x0806), true},
+      {"protocol in LLDP", flow(kType | OF_MATCH_IP_PROTOCOL, 0x88cc), false},
+      {"TOS in ARP", flow(kType | OF_MATCH_TOS, 0x0806), false},
+      {"TOS in IPv6", flow(kType | OF_MATCH_TOS, 0x86dd), true},
+      {"ports in ARP", flow(kType | OF_MATCH_DST_L4_PORT, 0x0806), false},
+      {"ports of OSPF", flow(OF_MATCH_IP_PROTOCOL | OF_MATCH_SRC_L4_PORT, 0, 89), false},
+      {"ports of ICMPv6", flow(OF_MATCH_IP_PROTOCOL | OF_MATCH_SRC_L4_PORT, 0, 58), true},
+      {"qualifier far out", flow(0, 0, 0, {OF_UDF_FRAME, 65536, 0, 1}), false},
+      {"qualifier within", flow(0, 0, 0, {OF_UDF_FRAME, 9000, 0, 1}), true},
+  };
+  for (const auto& row : rows) EXPECT_EQ(row.done, row.good) << row.what;
+}
+
 // ---- Full tables --------------------------------------------------------------------------------
 
 TEST(SmallCard, FullTablesRefuseAndChangeNothing) {

@@ -673,13 +673,18 @@ void callbacks_called(HostUnderCheck& host, Verdict& verdict) {
 
 void no_object_after(HostUnderCheck& host, Verdict& verdict) {
   if (!started(host, verdict)) return;
+  // A LAG is left behind where there can be one: the next start must not find half of it.
+  Verdict ignored;
+  Usp lag = kNoUsp;
+  unsigned id = 0;
+  begin_lag(host, ignored, lag, id);
   VornSdkBase* sdk = nullptr;
   verdict.expect("vornsdk_delete_sdk_instance()", true, vornsdk_delete_sdk_instance(host.sdk));
   host.sdk = nullptr;
   verdict.expect("vornsdk_get_sdk_instance()", false, vornsdk_get_sdk_instance(sdk));
 }
 
-void starts_again(HostUnderCheck&, Verdict& verdict) {
+void starts_again(HostUnderCheck& host, Verdict& verdict) {
   int out = 0;
   VornSdkBase* sdk = nullptr;
   if (!verdict.expect("vorn_init_line_card()", true, vorn_init_line_card(out)) ||
@@ -691,6 +696,11 @@ void starts_again(HostUnderCheck&, Verdict& verdict) {
     Usp lag = kNoUsp;
     verdict.expect("an interface for id " + text(node.id()) + " of lag_list", true,
                    vornsdk_lag_id_to_lag_usp(node.id(), lag));
+  }
+  for (const Usp& lag : host.lags) {
+    unsigned id = 0;
+    if (!vornsdk_lag_usp_to_lag_id(lag, id)) continue;
+    verdict.expect("a node in lag_list for " + text(lag), true, is_lag_exist(id, lag_list));
   }
   verdict.expect("vornsdk_delete_sdk_instance()", true, vornsdk_delete_sdk_instance(sdk));
 }

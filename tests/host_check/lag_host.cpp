@@ -203,9 +203,8 @@ bool vornsdk_delete_sdk_instance(VornSdkBase*) {
   delete sdk_object;
   sdk_object = nullptr;
   ended = true;
-  ids.clear();
-  lag_list.clear();
-  if (fault("list_survives_the_end")) lag_list.emplace_back(0);
+  if (!fault("mapping_survives_the_end")) ids.clear();
+  if (!fault("list_survives_the_end")) lag_list.clear();
   return true;
 }
 

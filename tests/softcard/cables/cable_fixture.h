@@ -81,10 +81,10 @@ class KeepingSink final : public CableSink {
 
 class CableTest : public testing::Test {
  protected:
-  // Runs the loop until `done` says so; a failure after ten seconds.
+  // Runs the loop until `done` says so; a failure after a minute.
   void run_until(const std::function<bool()>& done) {
     bool late = false;
-    const XorpTimer limit = loop_.set_flag_after_ms(10000, &late);
+    const XorpTimer limit = loop_.set_flag_after_ms(60000, &late);
     while (!done() && !late) loop_.run();
     EXPECT_FALSE(late) << "nothing more happens";
   }

@@ -35,8 +35,8 @@
  *  - The result is 1 when the C++ entry point succeeded and 0 when it did not. Causes of failure
  *    are not told apart: no SDK object yet, an address that does not translate, an SDK refusal.
  *  - Arguments stand in the order of the C++ entry point. A port is a pointer to a usp_s; a list
- *    of ports is a pointer to the first of several usp_s and their number, which may be 0 but not
- *    negative. Order and duplicates are kept.
+ *    of ports is a pointer to the first of several usp_s and their number, which may be 0 (the
+ *    pointer is not looked at then) but not negative. Order and duplicates are kept.
  *  - Outputs are written on success only. Pointers to outputs are named after what they receive.
  *  - A flag that goes in is an int: its low 8 bits count, 0 is off and everything else is on.
  *    256 is therefore off. A flag that comes out is one byte, 0 or 1.

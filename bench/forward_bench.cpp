@@ -89,15 +89,15 @@ class Setup {
       card.plug(port, std::move(cable));
     }
     for (std::size_t i = 0; i < kStations; ++i) {
-      card.fdb().learn(kVlan, MacAddress::from_number(station_mac(i)),
-                       Destination::port(station_port(i)), card.now_seconds());
+      card.tables().fdb.learn(kVlan, MacAddress::from_number(station_mac(i)),
+                              Destination::port(station_port(i)), card.now_seconds());
     }
     std::uint32_t interface = 0;
-    card.l3().interfaces.create(MacAddress::from_number(kRouterMac), kVlan, interface);
+    card.tables().l3.interfaces.create(MacAddress::from_number(kRouterMac), kVlan, interface);
     for (std::size_t i = 0; i < kRoutes; ++i) {
       const NextHop hop{Destination::port(static_cast<PortIndex>(i % 8)),
                         MacAddress::from_number(station_mac(i % 64)), interface};
-      card.l3().ipv4_routes.add(subnet(i), 24, hop);
+      card.tables().l3.ipv4_routes.add(subnet(i), 24, hop);
     }
   }
 
@@ -201,12 +201,12 @@ void flows(Setup& setup) {
     match.ipv4_destination = static_cast<Ipv4>(0x0A000000 + i * 65536);
     match.ipv4_destination_mask = ~Ipv4{0} << (9 + i % 8);
     std::uint32_t id = 0;
-    setup.card.flows().add(match, id);
+    setup.card.tables().flows.add(match, id);
     FlowAction action;
     action.kind = OF_ACTION_OUTPUT;
     action.words[0] = OF_PORT_FIRST_PHYSICAL + 8;
     action.destination = Destination::port(8);
-    setup.card.flows().add_action(id, action);
+    setup.card.tables().flows.add_action(id, action);
   }
   setup.prepare([&](FrameBytes& frame, std::size_t) {
     put_ipv4(
@@ -219,7 +219,7 @@ void flows(Setup& setup) {
 // The loop that does nothing but the two lookups; with `ahead` it asks for the memory of 32 frames
 // before it reads the first, as the card does.
 double look_up(Setup& setup, bool ahead) {
-  const FdbTable& fdb = setup.card.fdb();
+  const FdbTable& fdb = setup.card.tables().fdb;
   const double start = thread_seconds();
   std::uint64_t found = 0;
   for (std::size_t at = 0; at < kFramesPerPort; at += kBurst) {

@@ -122,7 +122,7 @@ void fail(Shell&, Arguments& arguments, Reply& reply) {
 void drain(Shell& shell, Arguments& arguments, Reply&) {
   arguments.finish();
   softcard::Card& card = shell.card();
-  for (softcard::PortIndex port = 0; port < card.ports().count(); ++port) {
+  for (softcard::PortIndex port = 0; port < card.tables().ports.count(); ++port) {
     if (softcard::MemoryCable* const cable = find_memory_cable(card, port)) cable->clear();
   }
   shell.cpu_packets().clear();

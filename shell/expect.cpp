@@ -116,7 +116,7 @@ void expect_cpu(Shell& shell, Arguments& arguments, Reply& reply) {
 
 void expect_no_frame(Shell& shell) {
   softcard::Card& card = shell.card();
-  for (softcard::PortIndex port = 0; port < card.ports().count(); ++port) {
+  for (softcard::PortIndex port = 0; port < card.tables().ports.count(); ++port) {
     softcard::MemoryCable* const cable = find_memory_cable(card, port);
     std::vector<unsigned char> frame;
     if (cable == nullptr || !cable->take(frame)) continue;

@@ -384,7 +384,7 @@ void Shell::settle(const Place& place) {
   }
   softcard::Card* const card = softcard::host::card();
   if (card == nullptr) return;
-  for (softcard::PortIndex port = 0; port < card->ports().count(); ++port) {
+  for (softcard::PortIndex port = 0; port < card->tables().ports.count(); ++port) {
     const auto* const cable = dynamic_cast<softcard::PcapCable*>(card->cable(port));
     const std::string trouble = cable == nullptr ? "" : cable->failure();
     if (trouble != cable_troubles_[port] && !trouble.empty()) {

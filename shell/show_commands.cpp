@@ -35,16 +35,19 @@ void show_card(Card& card, Arguments& arguments, Reply& reply) {
     table.add({text_value(name), count_value(entries), count_value(capacity)});
   };
   std::size_t lags = 0;
-  for (std::size_t id = 0; id < card.lags().id_count(); ++id) lags += card.lags()[id].exists;
-  row("vlans", card.vlans().size(), description.capacity.vlans);
+  for (std::size_t id = 0; id < card.tables().lags.id_count(); ++id)
+    lags += card.tables().lags[id].exists;
+  row("vlans", card.tables().vlans.size(), description.capacity.vlans);
   row("lags", lags, description.capacity.lags);
-  row("fdb", card.fdb().size(), card.fdb().capacity());
-  row("l3-interfaces", card.l3().interfaces.size(), card.l3().interfaces.capacity());
-  row("l3-hosts-ip4", card.l3().ipv4_hosts.size(), card.l3().ipv4_hosts.capacity());
-  row("l3-hosts-ip6", card.l3().ipv6_hosts.size(), card.l3().ipv6_hosts.capacity());
-  row("l3-routes-ip4", card.l3().ipv4_routes.size(), card.l3().ipv4_routes.capacity());
-  row("l3-routes-ip6", card.l3().ipv6_routes.size(), card.l3().ipv6_routes.capacity());
-  row("flows", card.flows().size(), card.flows().capacity());
+  row("fdb", card.tables().fdb.size(), card.tables().fdb.capacity());
+  row("l3-interfaces", card.tables().l3.interfaces.size(), card.tables().l3.interfaces.capacity());
+  row("l3-hosts-ip4", card.tables().l3.ipv4_hosts.size(), card.tables().l3.ipv4_hosts.capacity());
+  row("l3-hosts-ip6", card.tables().l3.ipv6_hosts.size(), card.tables().l3.ipv6_hosts.capacity());
+  row("l3-routes-ip4", card.tables().l3.ipv4_routes.size(),
+      card.tables().l3.ipv4_routes.capacity());
+  row("l3-routes-ip6", card.tables().l3.ipv6_routes.size(),
+      card.tables().l3.ipv6_routes.capacity());
+  row("flows", card.tables().flows.size(), card.tables().flows.capacity());
   const std::string mac = mac_text(description.base_mac.bytes.data());
   reply.say(std::to_string(description.ports.size()) + " ports, address " + mac);
   reply.data.emplace_back("ports", count_value(description.ports.size()));
@@ -54,16 +57,17 @@ void show_card(Card& card, Arguments& arguments, Reply& reply) {
 
 void show_port(Card& card, Arguments& arguments, Reply& reply) {
   Table table({"port", "on", "link", "speed", "duplex", "autoneg", "mtu", "pvid", "lag", "cable"});
-  const softcard::PortTable& ports = card.ports();
+  const softcard::PortTable& ports = card.tables().ports;
   for (const PortIndex port : take_physical_ports(card, arguments)) {
     const softcard::LinkMode mode = ports.mode(port);
-    const std::uint16_t lag = card.lags().lag_of(port);
+    const std::uint16_t lag = card.tables().lags.lag_of(port);
     softcard::Cable* const cable = card.cable(port);
     table.add({port_value(port), flag_value(ports.admin(port)),
                text_value(ports.is_up(port) ? "up" : "down"), enum_value(mode.speed),
                enum_value(mode.duplex), flag_value(ports.autoneg(port)),
-               count_value(ports.mtu_bytes(port)), count_value(card.port_vlans().pvid(port)),
-               lag == softcard::LagTable::kNoLag ? no_value() : port_value(card.lags().usp_of(lag)),
+               count_value(ports.mtu_bytes(port)), count_value(card.tables().port_vlans.pvid(port)),
+               lag == softcard::LagTable::kNoLag ? no_value()
+                                                 : port_value(card.tables().lags.usp_of(lag)),
                text_value((cable == nullptr ? "none" : cable->describe()) +
                           (card.signal_cut(port) ? " (pulled)" : ""))});
   }
@@ -76,9 +80,10 @@ void show_vlan(Card& card, Arguments& arguments, Reply& reply) {
   arguments.finish();
   Table table({"vlan", "instance", "tagged", "untagged"});
   for (unsigned vlan = 1; vlan <= softcard::kMaxVlan; ++vlan) {
-    if (!card.vlans().exists(vlan) || (only != 0 && only != vlan)) continue;
-    table.add({count_value(vlan), count_value(card.vlans().mstp_instance(vlan)),
-               ports_value(card.vlans().tagged(vlan)), ports_value(card.vlans().untagged(vlan))});
+    if (!card.tables().vlans.exists(vlan) || (only != 0 && only != vlan)) continue;
+    table.add({count_value(vlan), count_value(card.tables().vlans.mstp_instance(vlan)),
+               ports_value(card.tables().vlans.tagged(vlan)),
+               ports_value(card.tables().vlans.untagged(vlan))});
   }
   reply.show("vlans", table);
 }
@@ -91,14 +96,15 @@ void show_class(Card& card, Arguments& arguments, Reply& reply) {
     rows.push_back(
         {text_value(kind), text_value(what), count_value(rule.vlan), count_value(rule.priority)});
   };
-  card.vlan_classes().for_each_mac([&](const softcard::MacAddress& mac, softcard::VlanClass rule) {
-    add("mac", mac_value(mac).text, rule);
-  });
-  card.vlan_classes().for_each_ipv4(
+  card.tables().vlan_classes.for_each_mac(
+      [&](const softcard::MacAddress& mac, softcard::VlanClass rule) {
+        add("mac", mac_value(mac).text, rule);
+      });
+  card.tables().vlan_classes.for_each_ipv4(
       [&](softcard::Ipv4 ip, unsigned length, softcard::VlanClass rule) {
         add("subnet", ip4_text(ip) + '/' + std::to_string(length), rule);
       });
-  card.vlan_classes().for_each_ipv6(
+  card.tables().vlan_classes.for_each_ipv6(
       [&](const softcard::Ipv6Address& ip, unsigned length, softcard::VlanClass rule) {
         add("subnet", address_value(ip).text + '/' + std::to_string(length), rule);
       });
@@ -106,8 +112,8 @@ void show_class(Card& card, Arguments& arguments, Reply& reply) {
   std::sort(rows.begin(), rows.end(), [](const auto& a, const auto& b) {
     return std::make_pair(a[0].text, a[1].text) < std::make_pair(b[0].text, b[1].text);
   });
-  for (PortIndex port = 0; port < card.ports().count(); ++port) {
-    for (const softcard::ProtocolVlan& rule : card.port_vlans().protocol_vlans(port)) {
+  for (PortIndex port = 0; port < card.tables().ports.count(); ++port) {
+    for (const softcard::ProtocolVlan& rule : card.tables().port_vlans.protocol_vlans(port)) {
       char protocol[8];
       std::snprintf(protocol, sizeof protocol, "0x%04x", rule.protocol);
       rows.push_back(
@@ -124,13 +130,13 @@ void show_class(Card& card, Arguments& arguments, Reply& reply) {
 void show_lag(Card& card, Arguments& arguments, Reply& reply) {
   arguments.finish();
   Table table({"lag", "id", "strategy", "members", "up"});
-  for (unsigned id = 0; id < card.lags().id_count(); ++id) {
-    const softcard::Lag& lag = card.lags()[id];
+  for (unsigned id = 0; id < card.tables().lags.id_count(); ++id) {
+    const softcard::Lag& lag = card.tables().lags[id];
     if (!lag.exists) continue;
     std::vector<Value> members;
     for (unsigned i = 0; i < lag.size; ++i) members.push_back(port_value(lag.members[i]));
-    table.add({port_value(card.lags().usp_of(id)), count_value(id), enum_value(lag.psc),
-               list_value(members), ports_value(lag.set & card.ports().up())});
+    table.add({port_value(card.tables().lags.usp_of(id)), count_value(id), enum_value(lag.psc),
+               list_value(members), ports_value(lag.set & card.tables().ports.up())});
   }
   reply.show("lags", table);
 }
@@ -140,7 +146,7 @@ void show_fdb(Card& card, Arguments& arguments, Reply& reply) {
       arguments.empty() ? 0 : parse_number(arguments.take("vlan"), "vlan", 1, softcard::kMaxVlan);
   arguments.finish();
   std::vector<const softcard::FdbEntry*> entries;
-  card.fdb().for_each([&](const softcard::FdbEntry& entry) {
+  card.tables().fdb.for_each([&](const softcard::FdbEntry& entry) {
     if (only == 0 || entry.vlan() == only) entries.push_back(&entry);
   });
   std::sort(entries.begin(), entries.end(), [](const auto* a, const auto* b) {
@@ -179,7 +185,7 @@ void add_routes(const Card& card, const Routes& routes, Table& table) {
 
 void show_l3(Card& card, Arguments& arguments, Reply& reply) {
   arguments.finish();
-  const softcard::L3Table& l3 = card.l3();
+  const softcard::L3Table& l3 = card.tables().l3;
   Table interfaces({"interface", "vlan", "mac"});
   l3.interfaces.for_each([&](const softcard::L3Interface& interface) {
     interfaces.add(
@@ -214,7 +220,7 @@ std::string match_text(const softcard::FlowMatch& match) {
 void show_flow(Card& card, Arguments& arguments, Reply& reply) {
   arguments.finish();
   std::vector<const softcard::Flow*> flows;
-  card.flows().for_each([&](const softcard::Flow& flow) { flows.push_back(&flow); });
+  card.tables().flows.for_each([&](const softcard::Flow& flow) { flows.push_back(&flow); });
   std::sort(flows.begin(), flows.end(), [](const auto* a, const auto* b) {
     return std::make_pair(-std::int64_t{a->priority}, a->id) <
            std::make_pair(-std::int64_t{b->priority}, b->id);
@@ -223,7 +229,7 @@ void show_flow(Card& card, Arguments& arguments, Reply& reply) {
   for (const softcard::Flow* flow : flows) {
     std::vector<std::string> actions;
     std::vector<Value> list;
-    for (const softcard::FlowAction& action : card.flows().actions(*flow)) {
+    for (const softcard::FlowAction& action : card.tables().flows.actions(*flow)) {
       const auto kind = static_cast<of_action_t>(action.kind);
       const std::string param =
           action_text(kind, {{action.words[0], action.words[1], action.words[2]}});
@@ -242,16 +248,16 @@ void show_flow(Card& card, Arguments& arguments, Reply& reply) {
 void show_filter(Card& card, Arguments& arguments, Reply& reply) {
   arguments.finish();
   Table table({"filter", "what"});
-  for (const auto& filter : card.filters().arp()) {
+  for (const auto& filter : card.tables().filters.arp()) {
     table.add({text_value("arp"), text_value(ip4_subnet_text(filter.ip, filter.mask))});
   }
   for (unsigned protocol = 0; protocol <= 255; ++protocol) {
-    if (card.filters().matches_ip_protocol(static_cast<std::uint8_t>(protocol))) {
+    if (card.tables().filters.matches_ip_protocol(static_cast<std::uint8_t>(protocol))) {
       table.add({text_value("ip_protocol"), count_value(protocol)});
     }
   }
   for (unsigned port = 0; port <= 65535; ++port) {
-    if (card.filters().matches_l4_port(static_cast<std::uint16_t>(port))) {
+    if (card.tables().filters.matches_l4_port(static_cast<std::uint16_t>(port))) {
       table.add({text_value("l4_destination_port"), count_value(port)});
     }
   }
@@ -264,7 +270,7 @@ void show_counters(Card& card, Arguments& arguments, Reply& reply) {
   for (const PortIndex port : take_physical_ports(card, arguments)) {
     for (unsigned type = 0; type < STAT_TYPE_COUNT; ++type) {
       const auto stat = static_cast<stat_type_t>(type);
-      const std::uint64_t value = card.counters().value(port, stat);
+      const std::uint64_t value = card.tables().counters.value(port, stat);
       if (value != 0) table.add({port_value(port), enum_value(stat), number_value(value)});
     }
   }
@@ -302,8 +308,8 @@ void show_drops(Card& card, Arguments& arguments, Reply& reply) {
 void show_mirror(Card& card, Arguments& arguments, Reply& reply) {
   arguments.finish();
   Table table({"mirrored", "to", "type"});
-  for (PortIndex port = 0; port < card.ports().count(); ++port) {
-    const auto& session = card.mirrors()[port];
+  for (PortIndex port = 0; port < card.tables().ports.count(); ++port) {
+    const auto& session = card.tables().mirrors[port];
     if (session.type == MIRROR_TYPE_NONE) continue;
     table.add({port_value(port), port_value(session.to), enum_value(session.type)});
   }
@@ -315,13 +321,13 @@ void show_stp(Card& card, Arguments& arguments, Reply& reply) {
   const bool all = !arguments.empty();
   Table table({"port", "instance", "state", "bpdu"});
   for (const PortIndex port : take_physical_ports(card, arguments)) {
-    const Value bpdu = text_value(card.stp().bpdu_processing(port) ? "cpu" : "forward");
-    const stp_state_t state = card.stp().stp(port);
-    if (all || state != STP_STATE_FORWARDING || !card.stp().bpdu_processing(port)) {
+    const Value bpdu = text_value(card.tables().stp.bpdu_processing(port) ? "cpu" : "forward");
+    const stp_state_t state = card.tables().stp.stp(port);
+    if (all || state != STP_STATE_FORWARDING || !card.tables().stp.bpdu_processing(port)) {
       table.add({port_value(port), {"port", "null"}, enum_value(state), bpdu});
     }
     for (unsigned instance = 0; instance < softcard::kMstpInstances; ++instance) {
-      const mstp_state_t own = card.stp().mstp(instance, port);
+      const mstp_state_t own = card.tables().stp.mstp(instance, port);
       if (own == MSTP_STATE_FORWARDING) continue;
       table.add({port_value(port), count_value(instance), enum_value(own), bpdu});
     }
@@ -332,7 +338,7 @@ void show_stp(Card& card, Arguments& arguments, Reply& reply) {
 // What the ports asked for let in and out; without ports those where anything is set.
 void show_traffic(Card& card, Arguments& arguments, Reply& reply) {
   const bool all = !arguments.empty();
-  softcard::TrafficTable& traffic = card.traffic();
+  softcard::TrafficTable& traffic = card.tables().traffic;
   Table table(
       {"port", "broadcast", "multicast", "unicast", "discards", "egress", "l2", "unknown to cpu"});
   for (const PortIndex port : take_physical_ports(card, arguments)) {
@@ -360,12 +366,12 @@ void show_traffic(Card& card, Arguments& arguments, Reply& reply) {
 void show_flood(Card& card, Arguments& arguments, Reply& reply) {
   arguments.finish();
   Table table({"from", "to", "blocked"});
-  for (PortIndex from = 0; from < card.ports().count(); ++from) {
-    for (PortIndex to = 0; to < card.ports().count(); ++to) {
-      const flood_block_type_t kinds = card.flood_blocks().get(from, to);
+  for (PortIndex from = 0; from < card.tables().ports.count(); ++from) {
+    for (PortIndex to = 0; to < card.tables().ports.count(); ++to) {
+      const flood_block_type_t kinds = card.tables().flood_blocks.get(from, to);
       if (kinds != 0) table.add({port_value(from), port_value(to), enum_value(kinds)});
     }
-    const flood_block_type_t kinds = card.flood_blocks().get_to_cpu(from);
+    const flood_block_type_t kinds = card.tables().flood_blocks.get_to_cpu(from);
     if (kinds != 0) table.add({port_value(from), text_value("cpu"), enum_value(kinds)});
   }
   reply.show("blocked", table);
@@ -374,27 +380,27 @@ void show_flood(Card& card, Arguments& arguments, Reply& reply) {
 // Locks and limits on learning.
 void show_lock(Card& card, Arguments& arguments, Reply& reply) {
   arguments.finish();
-  const softcard::MacLockTable& locks = card.mac_locks();
+  const softcard::MacLockTable& locks = card.tables().mac_locks;
   Table table({"of", "locked", "drops unknown", "limit", "learned"});
   const Value none = no_value();
   const auto add_limit = [&](const Value& of, int limit, std::size_t learned) {
     if (limit >= 0) table.add({of, none, none, limit_value(limit), count_value(learned)});
   };
-  add_limit(text_value("switch"), locks.system_limit(), card.fdb().learned());
-  for (PortIndex port = 0; port < card.ports().count(); ++port) {
+  add_limit(text_value("switch"), locks.system_limit(), card.tables().fdb.learned());
+  for (PortIndex port = 0; port < card.tables().ports.count(); ++port) {
     if (!locks.locked(port) && locks.port_limit(port) < 0) continue;
     table.add({port_value(port), flag_value(locks.locked(port)),
                flag_value(locks.drops_unknown(port)), limit_value(locks.port_limit(port)),
-               count_value(card.fdb().learned_on(softcard::Destination::port(port)))});
+               count_value(card.tables().fdb.learned_on(softcard::Destination::port(port)))});
   }
-  const auto lags = static_cast<std::uint16_t>(card.lags().id_count());
+  const auto lags = static_cast<std::uint16_t>(card.tables().lags.id_count());
   for (std::uint16_t id = 0; id < lags; ++id) {
-    add_limit(port_value(card.lags().usp_of(id)), locks.lag_limit(id),
-              card.fdb().learned_on(softcard::Destination::lag(id)));
+    add_limit(port_value(card.tables().lags.usp_of(id)), locks.lag_limit(id),
+              card.tables().fdb.learned_on(softcard::Destination::lag(id)));
   }
   for (std::uint16_t vlan = 1; vlan <= softcard::kMaxVlan; ++vlan) {
     add_limit(port_value(softcard::AddressPlan::vlan_usp(vlan)), locks.vlan_limit(vlan),
-              card.fdb().learned_in(vlan));
+              card.tables().fdb.learned_in(vlan));
   }
   reply.show("locks", table);
 }
@@ -407,7 +413,7 @@ void show_cos(Card& card, Arguments& arguments, Reply& reply) {
     std::vector<Value> queues;
     bool plain = true;
     for (unsigned priority = 0; priority < softcard::kPriorities; ++priority) {
-      const unsigned queue = card.cos().queue(port, priority);
+      const unsigned queue = card.tables().cos.queue(port, priority);
       queues.push_back(count_value(queue));
       plain = plain && queue == priority;
     }

@@ -58,22 +58,6 @@ class Card final : public CableSink, private PortCables {
   // several of them is below.
   Tables& tables() { return tables_; }
   const Tables& tables() const { return tables_; }
-  PortTable& ports() { return tables_.ports; }
-  VlanTable& vlans() { return tables_.vlans; }
-  PortVlanTable& port_vlans() { return tables_.port_vlans; }
-  VlanClassTable& vlan_classes() { return tables_.vlan_classes; }
-  StpTable& stp() { return tables_.stp; }
-  LagTable& lags() { return tables_.lags; }
-  FdbTable& fdb() { return tables_.fdb; }
-  MacLockTable& mac_locks() { return tables_.mac_locks; }
-  TrafficTable& traffic() { return tables_.traffic; }
-  MirrorTable& mirrors() { return tables_.mirrors; }
-  FloodBlockTable& flood_blocks() { return tables_.flood_blocks; }
-  CosTable& cos() { return tables_.cos; }
-  FilterTable& filters() { return tables_.filters; }
-  FlowTable& flows() { return tables_.flows; }
-  L3Table& l3() { return tables_.l3; }
-  Counters& counters() { return tables_.counters; }
 
   EventQueue& events() { return events_; }
   Pipeline& pipeline() { return pipeline_; }

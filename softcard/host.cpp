@@ -310,8 +310,8 @@ bool vorn_usp_to_mp_list(const Usp& port, std::list<Mp>& mps) {
   unsigned id = 0;
   if (card == nullptr) return false;
   if (card->tables().lags.id_of(port, id)) return get_lag_member(id, mps);
-  if (!is_port_logical_vlan(port) || !card->vlans().known(port.port())) return false;
-  for (const softcard::PortIndex member : card->vlans().members(port.port())) {
+  if (!is_port_logical_vlan(port) || !card->tables().vlans.known(port.port())) return false;
+  for (const softcard::PortIndex member : card->tables().vlans.members(port.port())) {
     mps.push_back(softcard::AddressPlan::mp_of(member));
   }
   return true;

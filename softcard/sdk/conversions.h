@@ -50,7 +50,7 @@ inline std::list<Mp> mps_of(const PortSet& ports) {
 // A port or, with `trunk`, a LAG that exists.
 inline bool destination_of(Card& card, const Mp& mp, bool trunk, Destination& destination) {
   if (trunk) {
-    if (mp.module() != 0 || !card.lags().exists(mp.port())) return false;
+    if (mp.module() != 0 || !card.tables().lags.exists(mp.port())) return false;
     destination = Destination::lag(static_cast<std::uint16_t>(mp.port()));
     return true;
   }

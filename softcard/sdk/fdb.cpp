@@ -26,14 +26,14 @@ FdbFilter flushed(bool and_static) {
 bool SoftSdk::add_mac_to_port(const Mp& mp, const unsigned char* mac, unsigned int vlan,
                               bool trunk) {
   Destination destination;
-  return card_.vlans().known(vlan) && destination_of(card_, mp, trunk, destination) &&
-         card_.fdb().add_static(static_cast<std::uint16_t>(vlan), mac_of(mac), destination,
+  return tables_.vlans.known(vlan) && destination_of(card_, mp, trunk, destination) &&
+         tables_.fdb.add_static(static_cast<std::uint16_t>(vlan), mac_of(mac), destination,
                                 card_.now_seconds());
 }
 
 bool SoftSdk::add_system_mac(const unsigned char* mac, unsigned int vlan) {
-  return card_.vlans().known(vlan) &&
-         card_.fdb().add_system(static_cast<std::uint16_t>(vlan), mac_of(mac), card_.now_seconds());
+  return tables_.vlans.known(vlan) &&
+         tables_.fdb.add_system(static_cast<std::uint16_t>(vlan), mac_of(mac), card_.now_seconds());
 }
 
 bool SoftSdk::add_system_mac_vlan_bitmap(const unsigned char* mac, const unsigned char* bitmap) {
@@ -41,20 +41,20 @@ bool SoftSdk::add_system_mac_vlan_bitmap(const unsigned char* mac, const unsigne
 }
 
 bool SoftSdk::delete_mac(const unsigned char* mac, unsigned int vlan) {
-  return valid_vlan(vlan) && card_.fdb().remove(static_cast<std::uint16_t>(vlan), mac_of(mac));
+  return valid_vlan(vlan) && tables_.fdb.remove(static_cast<std::uint16_t>(vlan), mac_of(mac));
 }
 
 bool SoftSdk::delete_mac_vlan_bitmap(const unsigned char* mac, unsigned char* bitmap) {
   bool removed = false;
   for (unsigned vlan = 1; vlan <= kMaxVlan; ++vlan) {
     if (!bit_of(bitmap, vlan)) continue;
-    removed |= card_.fdb().remove(static_cast<std::uint16_t>(vlan), mac_of(mac));
+    removed |= tables_.fdb.remove(static_cast<std::uint16_t>(vlan), mac_of(mac));
   }
   return removed;
 }
 
 bool SoftSdk::delete_mac_by_mac(const unsigned char* mac) {
-  return card_.fdb().remove_mac(mac_of(mac)) != 0;
+  return tables_.fdb.remove_mac(mac_of(mac)) != 0;
 }
 
 bool SoftSdk::clear_fdb_by_port(const Mp& mp, bool trunk, bool and_static) {
@@ -62,31 +62,31 @@ bool SoftSdk::clear_fdb_by_port(const Mp& mp, bool trunk, bool and_static) {
   if (!destination_of(card_, mp, trunk, destination)) return false;
   FdbFilter filter = flushed(and_static);
   filter.destination = destination;
-  card_.fdb().flush(filter);
+  tables_.fdb.flush(filter);
   return true;
 }
 
 bool SoftSdk::clear_fdb_by_vlan(unsigned int vlan, bool and_static) {
-  if (!card_.vlans().known(vlan)) return false;
+  if (!tables_.vlans.known(vlan)) return false;
   FdbFilter filter = flushed(and_static);
   filter.vlan = static_cast<std::uint16_t>(vlan);
-  card_.fdb().flush(filter);
+  tables_.fdb.flush(filter);
   return true;
 }
 
 bool SoftSdk::clear_fdb_table(bool and_static) {
-  card_.fdb().flush(flushed(and_static));
+  tables_.fdb.flush(flushed(and_static));
   return true;
 }
 
 bool SoftSdk::set_fdb_aging_time(int seconds) {
   if (seconds < 0) return false;
-  card_.fdb().set_ageing_seconds(static_cast<std::uint32_t>(seconds));
+  tables_.fdb.set_ageing_seconds(static_cast<std::uint32_t>(seconds));
   return true;
 }
 
 bool SoftSdk::get_fdb_aging_time(int& seconds) {
-  seconds = static_cast<int>(card_.fdb().ageing_seconds());
+  seconds = static_cast<int>(tables_.fdb.ageing_seconds());
   return true;
 }
 
@@ -95,9 +95,9 @@ bool SoftSdk::traverse_mac_table(void* arg) {
   if (request == nullptr || request->visit == nullptr) return false;
   bool more = true;
   const std::shared_ptr<const void> alive = card_.keep_alive();
-  card_.fdb().for_each([&](const FdbEntry& entry) {
+  tables_.fdb.for_each([&](const FdbEntry& entry) {
     if (!more) return;
-    const Usp usp = card_.tables().usp_of(entry.destination());
+    const Usp usp = tables_.usp_of(entry.destination());
     const auto record = fdb_record<ctype_l2_addr_s>(
         entry.vlan(), entry.mac(), {usp.unit(), usp.slot(), usp.port()}, entry.kind());
     more = request->visit(&record, request->user_data) != 0 && !card_.ended();
@@ -106,35 +106,35 @@ bool SoftSdk::traverse_mac_table(void* arg) {
 }
 
 bool SoftSdk::set_port_mac_lock(const Mp& mp, bool on) {
-  return on_port(mp, [&](PortIndex port) { card_.mac_locks().set_lock(port, on, true); });
+  return on_port(mp, [&](PortIndex port) { tables_.mac_locks.set_lock(port, on, true); });
 }
 
 bool SoftSdk::get_port_mac_lock(const Mp& mp, bool& on) {
-  return on_port(mp, [&](PortIndex port) { on = card_.mac_locks().locked(port); });
+  return on_port(mp, [&](PortIndex port) { on = tables_.mac_locks.locked(port); });
 }
 
 bool SoftSdk::set_port_mac_lock_ext(const Mp& mp, bool on, bool drop) {
-  return on_port(mp, [&](PortIndex port) { card_.mac_locks().set_lock(port, on, drop); });
+  return on_port(mp, [&](PortIndex port) { tables_.mac_locks.set_lock(port, on, drop); });
 }
 
 bool SoftSdk::get_port_mac_lock_ext(const Mp& mp, bool& on, bool& drop) {
   return on_port(mp, [&](PortIndex port) {
-    on = card_.mac_locks().locked(port);
-    drop = card_.mac_locks().drop_setting(port);
+    on = tables_.mac_locks.locked(port);
+    drop = tables_.mac_locks.drop_setting(port);
   });
 }
 
 bool SoftSdk::set_system_mac_limit(const Mp& mp, int limit, unsigned int kind) {
-  MacLockTable& limits = card_.mac_locks();
+  MacLockTable& limits = tables_.mac_locks;
   PortIndex port = 0;
   switch (kind) {
     case PORT_KIND_PHYSICAL:
       return card_.addresses().port_of(mp, port) && limits.set_port_limit(port, limit);
     case PORT_KIND_LAG:
-      return mp.module() == 0 && card_.lags().exists(mp.port()) &&
+      return mp.module() == 0 && tables_.lags.exists(mp.port()) &&
              limits.set_lag_limit(mp.port(), limit);
     case PORT_KIND_VLAN:
-      return mp.module() == 0 && card_.vlans().known(mp.port()) &&
+      return mp.module() == 0 && tables_.vlans.known(mp.port()) &&
              limits.set_vlan_limit(mp.port(), limit);
     case PORT_KIND_SYSTEM:
       return mp == Mp(0, 0) && limits.set_system_limit(limit);
@@ -144,15 +144,15 @@ bool SoftSdk::set_system_mac_limit(const Mp& mp, int limit, unsigned int kind) {
 }
 
 bool SoftSdk::get_system_mac_limit(const Mp& mp, int& limit, unsigned int kind) {
-  const MacLockTable& limits = card_.mac_locks();
+  const MacLockTable& limits = tables_.mac_locks;
   PortIndex port = 0;
   if (mp == Mp(0, 0)) {
     limit = limits.system_limit();
   } else if (kind == PORT_KIND_PHYSICAL && card_.addresses().port_of(mp, port)) {
     limit = limits.port_limit(port);
-  } else if (kind == PORT_KIND_LAG && mp.module() == 0 && card_.lags().exists(mp.port())) {
+  } else if (kind == PORT_KIND_LAG && mp.module() == 0 && tables_.lags.exists(mp.port())) {
     limit = limits.lag_limit(mp.port());
-  } else if (kind == PORT_KIND_VLAN && mp.module() == 0 && card_.vlans().known(mp.port())) {
+  } else if (kind == PORT_KIND_VLAN && mp.module() == 0 && tables_.vlans.known(mp.port())) {
     limit = limits.vlan_limit(mp.port());
   } else {
     return false;

@@ -117,7 +117,7 @@ bool SoftSdk::add_of_flow(of_flow_mp_s& flow, unsigned int& id, const of_flow_qu
   FlowMatch match;
   std::uint32_t chosen = 0;
   if (!flow_match_of(card_.addresses(), flow, match) || !flow_udf_of(udf, match.udf) ||
-      card_.flows().add(match, chosen) != FlowResult::done) {
+      tables_.flows.add(match, chosen) != FlowResult::done) {
     return false;
   }
   id = chosen;
@@ -127,15 +127,15 @@ bool SoftSdk::add_of_flow(of_flow_mp_s& flow, unsigned int& id, const of_flow_qu
 bool SoftSdk::add_of_flow_with_id(of_flow_mp_s& flow, unsigned int id) {
   FlowMatch match;
   return flow_match_of(card_.addresses(), flow, match) &&
-         card_.flows().add_with_id(match, id) == FlowResult::done;
+         tables_.flows.add_with_id(match, id) == FlowResult::done;
 }
 
 bool SoftSdk::delete_of_flow(unsigned int id) {
-  return card_.flows().remove(id) == FlowResult::done;
+  return tables_.flows.remove(id) == FlowResult::done;
 }
 
 bool SoftSdk::clear_of_flow_table() {
-  card_.flows().clear();
+  tables_.flows.clear();
   return true;
 }
 
@@ -143,40 +143,40 @@ bool SoftSdk::add_of_flow_action(unsigned int id, of_action_t kind, of_action_pa
                                  const Mp& mp) {
   FlowAction action;
   return flow_action_of(card_.addresses(), kind, param, mp, action) &&
-         card_.flows().add_action(id, action) == FlowResult::done;
+         tables_.flows.add_action(id, action) == FlowResult::done;
 }
 
 bool SoftSdk::delete_of_flow_action(unsigned int id, of_action_t kind, of_action_param_s param,
                                     const Mp& mp) {
   FlowAction action;
   return flow_action_of(card_.addresses(), kind, param, mp, action) &&
-         card_.flows().remove_action(id, action) == FlowResult::done;
+         tables_.flows.remove_action(id, action) == FlowResult::done;
 }
 
 bool SoftSdk::clear_of_flow_action(unsigned int id) {
-  return card_.flows().clear_actions(id) == FlowResult::done;
+  return tables_.flows.clear_actions(id) == FlowResult::done;
 }
 
 bool SoftSdk::set_of_flow_priority(unsigned int id, int priority) {
-  return card_.flows().set_priority(id, priority) == FlowResult::done;
+  return tables_.flows.set_priority(id, priority) == FlowResult::done;
 }
 
 bool SoftSdk::get_of_flow_priority(unsigned int id, int& priority) {
-  const Flow* const flow = card_.flows().get(id);
+  const Flow* const flow = tables_.flows.get(id);
   if (flow == nullptr) return false;
   priority = flow->priority;
   return true;
 }
 
 bool SoftSdk::get_of_flow_stat_counter64(unsigned int id, unsigned long long& packets) {
-  const Flow* const flow = card_.flows().get(id);
+  const Flow* const flow = tables_.flows.get(id);
   if (flow == nullptr) return false;
   packets = flow->packets;
   return true;
 }
 
 bool SoftSdk::get_of_flow_stat_counter32(unsigned int id, unsigned int& packets) {
-  const Flow* const flow = card_.flows().get(id);
+  const Flow* const flow = tables_.flows.get(id);
   if (flow == nullptr) return false;
   packets = static_cast<unsigned>(flow->packets);
   return true;

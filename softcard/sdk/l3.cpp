@@ -47,7 +47,7 @@ bool next_hop_of(Card& card, const Mp& mp, bool trunk, const unsigned char* mac,
   next_hop.mac = mac_of(mac);
   next_hop.interface_id = interface;
   return destination_of(card, mp, trunk, next_hop.destination) && !next_hop.mac.is_group() &&
-         card.l3().interfaces.get(interface) != nullptr;
+         card.tables().l3.interfaces.get(interface) != nullptr;
 }
 
 void write_next_hop(const NextHop& next_hop, unsigned char* mac, unsigned& interface) {
@@ -97,7 +97,7 @@ bool remove_route(Card& card, L3RouteTable<Address>& routes, const Address& ip, 
 bool SoftSdk::create_l3_interface(const unsigned char* mac, unsigned int vlan, unsigned int& id) {
   std::uint32_t chosen = 0;
   if (!valid_vlan(vlan) || mac_of(mac).is_group() ||
-      card_.l3().interfaces.create(mac_of(mac), static_cast<std::uint16_t>(vlan), chosen) !=
+      tables_.l3.interfaces.create(mac_of(mac), static_cast<std::uint16_t>(vlan), chosen) !=
           L3Add::added) {
     return false;
   }
@@ -108,12 +108,12 @@ bool SoftSdk::create_l3_interface(const unsigned char* mac, unsigned int vlan, u
 bool SoftSdk::create_l3_interface_with_id(const unsigned char* mac, unsigned int vlan,
                                           unsigned int id, bool replace) {
   return valid_vlan(vlan) && !mac_of(mac).is_group() &&
-         succeeded(card_.l3().interfaces.create_with_id(
+         succeeded(tables_.l3.interfaces.create_with_id(
              mac_of(mac), static_cast<std::uint16_t>(vlan), id, replace));
 }
 
 bool SoftSdk::get_l3_interface(unsigned int id, unsigned int& vlan, unsigned char* mac) {
-  const L3Interface* const found = card_.l3().interfaces.get(id);
+  const L3Interface* const found = tables_.l3.interfaces.get(id);
   if (found == nullptr) return false;
   vlan = found->vlan;
   write_mac(found->mac, mac);
@@ -123,7 +123,7 @@ bool SoftSdk::get_l3_interface(unsigned int id, unsigned int& vlan, unsigned cha
 bool SoftSdk::delete_l3_interface(const unsigned char* mac, unsigned int vlan) {
   if (!valid_vlan(vlan)) return false;
   const L3Interface* const found =
-      card_.l3().interfaces.find(static_cast<std::uint16_t>(vlan), mac_of(mac));
+      tables_.l3.interfaces.find(static_cast<std::uint16_t>(vlan), mac_of(mac));
   return found != nullptr && card_.delete_l3_interface(found->id);
 }
 
@@ -135,59 +135,59 @@ bool SoftSdk::delete_l3_interface_all() { return card_.delete_all_l3_interfaces(
 
 bool SoftSdk::add_l3_host_ip4(Mp mp, bool trunk, unsigned int ip, const unsigned char* mac,
                               unsigned int interface) {
-  return add_host(card_, card_.l3().ipv4_hosts, ip, mp, trunk, mac, interface);
+  return add_host(card_, tables_.l3.ipv4_hosts, ip, mp, trunk, mac, interface);
 }
 
 bool SoftSdk::add_l3_host_ip6(Mp mp, bool trunk, const unsigned char* ip6, const unsigned char* mac,
                               unsigned int interface) {
-  return add_host(card_, card_.l3().ipv6_hosts, ip6_of(ip6), mp, trunk, mac, interface);
+  return add_host(card_, tables_.l3.ipv6_hosts, ip6_of(ip6), mp, trunk, mac, interface);
 }
 
 bool SoftSdk::get_l3_host_ip4(unsigned int ip, Mp mp, unsigned char* mac, unsigned int& interface,
                               bool trunk) {
-  return get_host(card_, card_.l3().ipv4_hosts, ip, mp, trunk, mac, interface);
+  return get_host(card_, tables_.l3.ipv4_hosts, ip, mp, trunk, mac, interface);
 }
 
 bool SoftSdk::get_l3_host_ip6(const unsigned char* ip6, Mp mp, unsigned char* mac,
                               unsigned int& interface, bool trunk) {
-  return get_host(card_, card_.l3().ipv6_hosts, ip6_of(ip6), mp, trunk, mac, interface);
+  return get_host(card_, tables_.l3.ipv6_hosts, ip6_of(ip6), mp, trunk, mac, interface);
 }
 
 bool SoftSdk::delete_l3_host_by_interface(unsigned int interface, bool ip6) {
-  if (card_.l3().interfaces.get(interface) == nullptr) return false;
+  if (tables_.l3.interfaces.get(interface) == nullptr) return false;
   if (ip6) {
-    card_.l3().ipv6_hosts.remove_by_interface(interface);
+    tables_.l3.ipv6_hosts.remove_by_interface(interface);
   } else {
-    card_.l3().ipv4_hosts.remove_by_interface(interface);
+    tables_.l3.ipv4_hosts.remove_by_interface(interface);
   }
   return true;
 }
 
 bool SoftSdk::delete_l3_host_by_network_ip4(unsigned int ip) {
-  card_.l3().ipv4_hosts.remove_network(ip);
+  tables_.l3.ipv4_hosts.remove_network(ip);
   return true;
 }
 
 bool SoftSdk::delete_l3_host_by_network_ip6(const unsigned char* ip6) {
-  card_.l3().ipv6_hosts.remove_network(ip6_of(ip6));
+  tables_.l3.ipv6_hosts.remove_network(ip6_of(ip6));
   return true;
 }
 
 bool SoftSdk::delete_l3_host_by_addr_ip4(unsigned int ip, const Mp& mp, bool trunk) {
   Destination destination;
   return destination_of(card_, mp, trunk, destination) &&
-         card_.l3().ipv4_hosts.remove(ip, destination);
+         tables_.l3.ipv4_hosts.remove(ip, destination);
 }
 
 bool SoftSdk::delete_l3_host_by_addr_ip6(const unsigned char* ip6, const Mp& mp, bool trunk) {
   Destination destination;
   return destination_of(card_, mp, trunk, destination) &&
-         card_.l3().ipv6_hosts.remove(ip6_of(ip6), destination);
+         tables_.l3.ipv6_hosts.remove(ip6_of(ip6), destination);
 }
 
 bool SoftSdk::clear_l3_host_table() {
-  card_.l3().ipv4_hosts.clear();
-  card_.l3().ipv6_hosts.clear();
+  tables_.l3.ipv4_hosts.clear();
+  tables_.l3.ipv6_hosts.clear();
   return true;
 }
 
@@ -200,7 +200,7 @@ bool SoftSdk::add_l3_route_ip4(const Mp& mp, bool trunk, unsigned int ip, unsign
   NextHop next_hop;
   return length >= 0 && is_routed(ip, static_cast<unsigned>(length)) &&
          next_hop_of(card_, mp, trunk, mac, interface, next_hop) &&
-         succeeded(card_.l3().ipv4_routes.add(ip, static_cast<unsigned>(length), next_hop, metric));
+         succeeded(tables_.l3.ipv4_routes.add(ip, static_cast<unsigned>(length), next_hop, metric));
 }
 
 bool SoftSdk::add_l3_route_ip6(const Mp& mp, bool trunk, const unsigned char* ip6,
@@ -211,13 +211,13 @@ bool SoftSdk::add_l3_route_ip6(const Mp& mp, bool trunk, const unsigned char* ip
   return length >= 0 && is_routed(ip6_of(ip6), static_cast<unsigned>(length)) &&
          next_hop_of(card_, mp, trunk, mac, interface, next_hop) &&
          succeeded(
-             card_.l3().ipv6_routes.add(ip6_of(ip6), static_cast<unsigned>(length), next_hop));
+             tables_.l3.ipv6_routes.add(ip6_of(ip6), static_cast<unsigned>(length), next_hop));
 }
 
 bool SoftSdk::get_l3_route_by_subnet_ip4(unsigned int ip, unsigned int mask, const Mp& mp,
                                          bool trunk, unsigned char (&mac)[6],
                                          unsigned int& interface, unsigned int& metric) {
-  const auto route = find_route(card_, card_.l3().ipv4_routes, ip, mask_length(mask), mp, trunk);
+  const auto route = find_route(card_, tables_.l3.ipv4_routes, ip, mask_length(mask), mp, trunk);
   if (!route) return false;
   write_next_hop(route->next_hop, mac, interface);
   metric = route->metric;
@@ -228,36 +228,36 @@ bool SoftSdk::get_l3_route_by_subnet_ip6(const unsigned char* ip6, const unsigne
                                          const Mp& mp, bool trunk, unsigned int& interface,
                                          unsigned char* mac) {
   const auto route =
-      find_route(card_, card_.l3().ipv6_routes, ip6_of(ip6), mask_length(ip6_of(mask6)), mp, trunk);
+      find_route(card_, tables_.l3.ipv6_routes, ip6_of(ip6), mask_length(ip6_of(mask6)), mp, trunk);
   if (!route) return false;
   write_next_hop(route->next_hop, mac, interface);
   return true;
 }
 
 bool SoftSdk::delete_l3_route_by_interface(unsigned int interface, bool ip6) {
-  if (card_.l3().interfaces.get(interface) == nullptr) return false;
+  if (tables_.l3.interfaces.get(interface) == nullptr) return false;
   if (ip6) {
-    card_.l3().ipv6_routes.remove_by_interface(interface);
+    tables_.l3.ipv6_routes.remove_by_interface(interface);
   } else {
-    card_.l3().ipv4_routes.remove_by_interface(interface);
+    tables_.l3.ipv4_routes.remove_by_interface(interface);
   }
   return true;
 }
 
 bool SoftSdk::delete_l3_route_by_subnet_ip4(unsigned int ip, unsigned int mask, const Mp& mp,
                                             bool trunk) {
-  return remove_route(card_, card_.l3().ipv4_routes, ip, mask_length(mask), mp, trunk);
+  return remove_route(card_, tables_.l3.ipv4_routes, ip, mask_length(mask), mp, trunk);
 }
 
 bool SoftSdk::delete_l3_route_by_subnet_ip6(const unsigned char* ip6, const unsigned char* mask6,
                                             const Mp& mp, bool trunk) {
-  return remove_route(card_, card_.l3().ipv6_routes, ip6_of(ip6), mask_length(ip6_of(mask6)), mp,
+  return remove_route(card_, tables_.l3.ipv6_routes, ip6_of(ip6), mask_length(ip6_of(mask6)), mp,
                       trunk);
 }
 
 bool SoftSdk::clear_l3_route_table() {
-  card_.l3().ipv4_routes.clear();
-  card_.l3().ipv6_routes.clear();
+  tables_.l3.ipv4_routes.clear();
+  tables_.l3.ipv6_routes.clear();
   return true;
 }
 

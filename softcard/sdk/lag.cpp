@@ -8,7 +8,7 @@
 
 namespace softcard {
 
-bool SoftSdk::create_lag(unsigned int& id) { return card_.lags().create(id); }
+bool SoftSdk::create_lag(unsigned int& id) { return tables_.lags.create(id); }
 
 bool SoftSdk::delete_lag(unsigned int id) { return card_.delete_lag(id); }
 
@@ -23,12 +23,12 @@ bool SoftSdk::delete_ports_from_lag(unsigned int id, std::list<Mp>& ports) {
 }
 
 bool SoftSdk::set_lag_balancing_strategy(unsigned int id, lag_psc_t psc) {
-  return card_.lags().set_psc(id, psc);
+  return tables_.lags.set_psc(id, psc);
 }
 
 bool SoftSdk::get_lag_balancing_strategy(unsigned int id, lag_psc_t& psc) {
-  if (!card_.lags().exists(id)) return false;
-  psc = card_.lags()[id].psc;
+  if (!tables_.lags.exists(id)) return false;
+  psc = tables_.lags[id].psc;
   return true;
 }
 

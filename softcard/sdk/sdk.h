@@ -25,7 +25,7 @@ inline constexpr int kFreeCallClearCounters = 1;
 class SoftSdk final : public VornSdkBase {
  public:
   // Both outlive the object. `watch` is what set_lcmgr_trace() switches.
-  SoftSdk(Card& card, CallWatch& watch) : card_(card), watch_(watch) {}
+  SoftSdk(Card& card, CallWatch& watch) : card_(card), tables_(card.tables()), watch_(watch) {}
 
   // ---- VLANs ------------------------------------------------------------------------------------
   bool create_vlan(unsigned int vlan) override;
@@ -291,6 +291,7 @@ class SoftSdk final : public VornSdkBase {
   bool get_storm_limit(const Mp& mp, StormKind kind, unsigned int& frames_per_second);
 
   Card& card_;
+  Tables& tables_;  // the card's
   CallWatch& watch_;
 };
 

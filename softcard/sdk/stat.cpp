@@ -33,16 +33,16 @@ void append(const Counters& counters, PortIndex port, std::list<Record>& records
 }  // namespace
 
 bool SoftSdk::set_port_stat_enable(const Mp& mp, bool on) {
-  return on_port(mp, [&](PortIndex port) { card_.counters().set_enabled(port, on); });
+  return on_port(mp, [&](PortIndex port) { tables_.counters.set_enabled(port, on); });
 }
 
 bool SoftSdk::get_port_stat_enabled(const Mp& mp, bool& on) {
-  return on_port(mp, [&](PortIndex port) { on = card_.counters().enabled(port); });
+  return on_port(mp, [&](PortIndex port) { on = tables_.counters.enabled(port); });
 }
 
 bool SoftSdk::get_port_stat_counter(const Mp& mp, stat_type_t type, unsigned long long& value) {
   return type < STAT_TYPE_COUNT &&
-         on_port(mp, [&](PortIndex port) { value = card_.counters().value(port, type); });
+         on_port(mp, [&](PortIndex port) { value = tables_.counters.value(port, type); });
 }
 
 bool SoftSdk::get_port_stat_counter32(const Mp& mp, stat_type_t type, unsigned int& value) {
@@ -53,27 +53,27 @@ bool SoftSdk::get_port_stat_counter32(const Mp& mp, stat_type_t type, unsigned i
 }
 
 bool SoftSdk::get_port_stat_counter_all64(const Mp& mp, std::list<StatCounter64>& counters) {
-  return on_port(mp, [&](PortIndex port) { append(card_.counters(), port, counters); });
+  return on_port(mp, [&](PortIndex port) { append(tables_.counters, port, counters); });
 }
 
 bool SoftSdk::get_port_stat_counter_all32(const Mp& mp, std::list<StatCounter32>& counters) {
-  return on_port(mp, [&](PortIndex port) { append(card_.counters(), port, counters); });
+  return on_port(mp, [&](PortIndex port) { append(tables_.counters, port, counters); });
 }
 
 bool SoftSdk::get_port_stat_counter_all64_ext(const Mp& mp, StatCounter64* counters,
                                               unsigned int& count) {
-  return on_port(mp, [&](PortIndex port) { fill(card_.counters(), port, counters, count); });
+  return on_port(mp, [&](PortIndex port) { fill(tables_.counters, port, counters, count); });
 }
 
 bool SoftSdk::get_port_stat_counter_all32_ext(const Mp& mp, StatCounter32* counters,
                                               unsigned int& count) {
-  return on_port(mp, [&](PortIndex port) { fill(card_.counters(), port, counters, count); });
+  return on_port(mp, [&](PortIndex port) { fill(tables_.counters, port, counters, count); });
 }
 
 bool SoftSdk::get_port_brief_stat_counter64(const Mp& mp, brief_stat_type_t type,
                                             unsigned long long& value) {
   return type < BRIEF_STAT_TYPE_COUNT &&
-         on_port(mp, [&](PortIndex port) { value = card_.counters().brief(port, type); });
+         on_port(mp, [&](PortIndex port) { value = tables_.counters.brief(port, type); });
 }
 
 bool SoftSdk::get_port_brief_stat_counter32(const Mp& mp, brief_stat_type_t type,
@@ -90,14 +90,14 @@ bool SoftSdk::get_port_brief_stat_counter_all64(const Mp& mp,
     std::list<BriefStatCounter64> all;
     for (unsigned i = 0; i < BRIEF_STAT_TYPE_COUNT; ++i) {
       const auto type = static_cast<brief_stat_type_t>(i);
-      all.push_back({type, card_.counters().brief(port, type)});
+      all.push_back({type, tables_.counters.brief(port, type)});
     }
     counters.splice(counters.end(), all);
   });
 }
 
 bool SoftSdk::clear_port_stat_counter(const Mp& mp) {
-  return on_port(mp, [&](PortIndex port) { card_.counters().clear(port); });
+  return on_port(mp, [&](PortIndex port) { tables_.counters.clear(port); });
 }
 
 }  // namespace softcard

@@ -7,28 +7,28 @@
 namespace softcard {
 
 bool SoftSdk::set_port_mstp_state(unsigned int instance, const Mp& mp, mstp_state_t state) {
-  return on_port(mp, [&](PortIndex port) { return card_.stp().set_mstp(instance, port, state); });
+  return on_port(mp, [&](PortIndex port) { return tables_.stp.set_mstp(instance, port, state); });
 }
 
 bool SoftSdk::get_port_mstp_state(unsigned int instance, const Mp& mp, mstp_state_t& state) {
   return instance < kMstpInstances &&
-         on_port(mp, [&](PortIndex port) { state = card_.stp().mstp(instance, port); });
+         on_port(mp, [&](PortIndex port) { state = tables_.stp.mstp(instance, port); });
 }
 
 bool SoftSdk::set_port_stp_state(const Mp& mp, stp_state_t state) {
-  return on_port(mp, [&](PortIndex port) { return card_.stp().set_stp(port, state); });
+  return on_port(mp, [&](PortIndex port) { return tables_.stp.set_stp(port, state); });
 }
 
 bool SoftSdk::get_port_stp_state(const Mp& mp, stp_state_t& state) {
-  return on_port(mp, [&](PortIndex port) { state = card_.stp().stp(port); });
+  return on_port(mp, [&](PortIndex port) { state = tables_.stp.stp(port); });
 }
 
 bool SoftSdk::set_port_bpdu_processing(const Mp& mp, bool on) {
-  return on_port(mp, [&](PortIndex port) { card_.stp().set_bpdu_processing(port, on); });
+  return on_port(mp, [&](PortIndex port) { tables_.stp.set_bpdu_processing(port, on); });
 }
 
 bool SoftSdk::get_port_bpdu_processing(const Mp& mp, bool& on) {
-  return on_port(mp, [&](PortIndex port) { on = card_.stp().bpdu_processing(port); });
+  return on_port(mp, [&](PortIndex port) { on = tables_.stp.bpdu_processing(port); });
 }
 
 }  // namespace softcard

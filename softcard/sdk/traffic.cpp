@@ -11,12 +11,12 @@ namespace softcard {
 bool SoftSdk::set_port_mirror(const Mp& mirror_to, const Mp& mirrored, mirror_type_t type) {
   PortIndex to = 0;
   return card_.addresses().port_of(mirror_to, to) &&
-         on_port(mirrored, [&](PortIndex port) { return card_.mirrors().set(to, port, type); });
+         on_port(mirrored, [&](PortIndex port) { return tables_.mirrors.set(to, port, type); });
 }
 
 bool SoftSdk::get_port_mirror(Mp& mirror_to, const Mp& mirrored, mirror_type_t& type) {
   return on_port(mirrored, [&](PortIndex port) {
-    const MirrorTable::Session& session = card_.mirrors()[port];
+    const MirrorTable::Session& session = tables_.mirrors[port];
     if (session.type == MIRROR_TYPE_NONE) return false;
     mirror_to = AddressPlan::mp_of(session.to);
     type = session.type;
@@ -26,12 +26,12 @@ bool SoftSdk::get_port_mirror(Mp& mirror_to, const Mp& mirrored, mirror_type_t& 
 
 bool SoftSdk::set_storm_limit(const Mp& mp, StormKind kind, unsigned int frames_per_second) {
   return on_port(
-      mp, [&](PortIndex port) { card_.traffic().set_storm_limit(port, kind, frames_per_second); });
+      mp, [&](PortIndex port) { tables_.traffic.set_storm_limit(port, kind, frames_per_second); });
 }
 
 bool SoftSdk::get_storm_limit(const Mp& mp, StormKind kind, unsigned int& frames_per_second) {
   return on_port(
-      mp, [&](PortIndex port) { frames_per_second = card_.traffic().storm_limit(port, kind); });
+      mp, [&](PortIndex port) { frames_per_second = tables_.traffic.storm_limit(port, kind); });
 }
 
 bool SoftSdk::set_port_broadcast_control(const Mp& mp, unsigned int frames_per_second) {
@@ -59,20 +59,20 @@ bool SoftSdk::get_port_unicast_control(const Mp& mp, unsigned int& frames_per_se
 }
 
 bool SoftSdk::set_port_egress_admin_state(const Mp& mp, bool on) {
-  return on_port(mp, [&](PortIndex port) { card_.traffic().set_egress(port, on); });
+  return on_port(mp, [&](PortIndex port) { tables_.traffic.set_egress(port, on); });
 }
 
 bool SoftSdk::get_port_egress_admin_state(const Mp& mp, bool& on) {
-  return on_port(mp, [&](PortIndex port) { on = card_.traffic().egress_on(port); });
+  return on_port(mp, [&](PortIndex port) { on = tables_.traffic.egress_on(port); });
 }
 
 bool SoftSdk::set_port_ingress_discarding(const Mp& mp, ingress_discard_type_t type) {
   return on_port(mp,
-                 [&](PortIndex port) { return card_.traffic().set_ingress_discard(port, type); });
+                 [&](PortIndex port) { return tables_.traffic.set_ingress_discard(port, type); });
 }
 
 bool SoftSdk::get_port_ingress_discarding(const Mp& mp, ingress_discard_type_t& type) {
-  return on_port(mp, [&](PortIndex port) { type = card_.traffic().ingress_discard(port); });
+  return on_port(mp, [&](PortIndex port) { type = tables_.traffic.ingress_discard(port); });
 }
 
 bool SoftSdk::set_port_flood_blocking(const Mp& from, const Mp& to, flood_block_type_t type) {
@@ -81,61 +81,61 @@ bool SoftSdk::set_port_flood_blocking(const Mp& from, const Mp& to, flood_block_
     return refuse("floods never leave through the port that they came in through");
   }
   return card_.addresses().port_of(to, to_port) && on_port(from, [&](PortIndex port) {
-           return card_.flood_blocks().set(port, to_port, type);
+           return tables_.flood_blocks.set(port, to_port, type);
          });
 }
 
 bool SoftSdk::get_port_flood_blocking(const Mp& from, const Mp& to, flood_block_type_t& type) {
   PortIndex to_port = 0;
   return card_.addresses().port_of(to, to_port) &&
-         on_port(from, [&](PortIndex port) { type = card_.flood_blocks().get(port, to_port); });
+         on_port(from, [&](PortIndex port) { type = tables_.flood_blocks.get(port, to_port); });
 }
 
 bool SoftSdk::set_port_flood_blocking_cpu(const Mp& from, flood_block_type_t type) {
-  return on_port(from, [&](PortIndex port) { return card_.flood_blocks().set_to_cpu(port, type); });
+  return on_port(from, [&](PortIndex port) { return tables_.flood_blocks.set_to_cpu(port, type); });
 }
 
 bool SoftSdk::get_port_flood_blocking_cpu(const Mp& from, flood_block_type_t& type) {
-  return on_port(from, [&](PortIndex port) { type = card_.flood_blocks().get_to_cpu(port); });
+  return on_port(from, [&](PortIndex port) { type = tables_.flood_blocks.get_to_cpu(port); });
 }
 
 bool SoftSdk::set_port_cos_mapping(const Mp& mp, unsigned int priority, unsigned int queue) {
-  return on_port(mp, [&](PortIndex port) { return card_.cos().set_queue(port, priority, queue); });
+  return on_port(mp, [&](PortIndex port) { return tables_.cos.set_queue(port, priority, queue); });
 }
 
 bool SoftSdk::get_port_cos_mapping(const Mp& mp, unsigned int priority, unsigned int& queue) {
   return priority < kPriorities &&
-         on_port(mp, [&](PortIndex port) { queue = card_.cos().queue(port, priority); });
+         on_port(mp, [&](PortIndex port) { queue = tables_.cos.queue(port, priority); });
 }
 
 bool SoftSdk::set_switch_forward_mode(unsigned int mode) {
-  return card_.traffic().set_forward_mode(mode);
+  return tables_.traffic.set_forward_mode(mode);
 }
 
 bool SoftSdk::get_switch_forward_mode(unsigned int& mode) {
-  mode = card_.traffic().forward_mode();
+  mode = tables_.traffic.forward_mode();
   return true;
 }
 
 bool SoftSdk::set_port_l2_enable(const Mp& mp, bool on) {
-  return on_port(mp, [&](PortIndex port) { card_.traffic().set_l2(port, on); });
+  return on_port(mp, [&](PortIndex port) { tables_.traffic.set_l2(port, on); });
 }
 
 bool SoftSdk::set_port_switch_unknown_unicast_to_cpu(const Mp& mp, bool on) {
-  return on_port(mp, [&](PortIndex port) { card_.traffic().set_unknown_to_cpu(port, on); });
+  return on_port(mp, [&](PortIndex port) { tables_.traffic.set_unknown_to_cpu(port, on); });
 }
 
 bool SoftSdk::get_port_switch_unknown_unicast_to_cpu(const Mp& mp, bool& on) {
-  return on_port(mp, [&](PortIndex port) { on = card_.traffic().unknown_to_cpu(port); });
+  return on_port(mp, [&](PortIndex port) { on = tables_.traffic.unknown_to_cpu(port); });
 }
 
 bool SoftSdk::set_switch_unknown_unicast_to_cpu(bool on) {
-  card_.traffic().set_switch_unknown_to_cpu(on);
+  tables_.traffic.set_switch_unknown_to_cpu(on);
   return true;
 }
 
 bool SoftSdk::get_switch_unknown_unicast_to_cpu(bool& on) {
-  on = card_.traffic().switch_unknown_to_cpu();
+  on = tables_.traffic.switch_unknown_to_cpu();
   return true;
 }
 

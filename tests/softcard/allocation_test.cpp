@@ -56,23 +56,23 @@ TEST(Allocation, NoneOnTheWayOfAFrame) {
   description.ports.resize(4);
   Card card(description, std::make_shared<VirtualClock>());
   DrainCable* drains[4];
-  for (const PortIndex port : card.ports().all()) {
+  for (const PortIndex port : card.tables().ports.all()) {
     auto drain = std::make_unique<DrainCable>();
     drains[port] = drain.get();
     card.plug(port, std::move(drain));
   }
   std::uint32_t interface = 0, flow = 0;
-  card.l3().interfaces.create(MacAddress::from_number(0x00005e005301), 1, interface);
-  card.l3().ipv4_routes.add(0xc6336400, 24,
-                            {Destination::port(2), MacAddress::from_number(2), interface});
+  card.tables().l3.interfaces.create(MacAddress::from_number(0x00005e005301), 1, interface);
+  card.tables().l3.ipv4_routes.add(0xc6336400, 24,
+                                   {Destination::port(2), MacAddress::from_number(2), interface});
   FlowMatch match;
   match.fields = kFlowEtherType;
   match.ether_type = 0x88b6;
-  card.flows().add(match, flow);
-  card.flows().add_action(flow, {OF_ACTION_SET_VLAN_ID, {7, 0, 0}, {}});
-  card.flows().add_action(
+  card.tables().flows.add(match, flow);
+  card.tables().flows.add_action(flow, {OF_ACTION_SET_VLAN_ID, {7, 0, 0}, {}});
+  card.tables().flows.add_action(
       flow, {OF_ACTION_OUTPUT, {OF_PORT_FIRST_PHYSICAL + 3, 0, 0}, Destination::port(3)});
-  card.mirrors().set(3, 1, MIRROR_TYPE_INGRESS);
+  card.tables().mirrors.set(3, 1, MIRROR_TYPE_INGRESS);
 
   const char* const kFrames[] = {
       "eth src=00:00:5e:00:53:0a dst=00:00:5e:00:53:0b",  // unknown, later known

@@ -19,7 +19,7 @@ class CpuTest : public SwitchTest {
     vlan(20, mps({2}), mps({3}));
   }
   void keep_floods_from_cpu() {
-    for (const PortIndex port : card.ports().all()) {
+    for (const PortIndex port : card.tables().ports.all()) {
       ok(sdk.set_port_flood_blocking_cpu(mp(port), FLOOD_BLOCK_ALL));
     }
   }
@@ -129,7 +129,7 @@ TEST_F(CpuTest, SendsByForwarding) {
   ok(sdk.add_mac_to_port(mp(1), mac('b'), 10, false));
   ok(sdk.send_packet_from_cpu(packet("x b vlan=10")));
   out(1, "x b untagged");
-  EXPECT_EQ(card.fdb().find(10, MacAddress::from_bytes(mac('x'))), nullptr);
+  EXPECT_EQ(card.tables().fdb.find(10, MacAddress::from_bytes(mac('x'))), nullptr);
   ok(sdk.add_system_mac(mac('s'), 10));
   ok(sdk.send_packet_from_cpu(packet("x s vlan=10")));
   EXPECT_EQ(card.tables().drops.count(kNoPort, DropReason::cpu_queue), 1u);

@@ -20,7 +20,7 @@ class FdbForwardingTest : public SwitchTest {
   FdbForwardingTest() {
     vlan(10, {}, mps({0, 1, 2, 3}));
     vlan(20, mps({0, 1}), {});
-    for (const PortIndex port : card.ports().all()) {
+    for (const PortIndex port : card.tables().ports.all()) {
       ok(sdk.set_port_flood_blocking_cpu(mp(port), FLOOD_BLOCK_ALL));
     }
   }
@@ -28,7 +28,7 @@ class FdbForwardingTest : public SwitchTest {
   void hear(const std::string& stations) {
     for (const char station : stations) {
       in(static_cast<PortIndex>(station - 'a'), std::string(1, station) + " " + station);
-      for (const PortIndex port : card.ports().all()) cable(port).clear();
+      for (const PortIndex port : card.tables().ports.all()) cable(port).clear();
     }
   }
   // Whether port 3's frame to a station is flooded; both ways it must reach the station's port.
@@ -217,15 +217,15 @@ TEST_F(FdbForwardingTest, LimitsOfPortVlanAndSwitch) {
     EXPECT_EQ(limit, 2);
     for (const char* frame : {"x x", "y y", "z z"}) {
       in(0, frame);
-      for (const PortIndex port : card.ports().all()) cable(port).clear();
+      for (const PortIndex port : card.tables().ports.all()) cable(port).clear();
     }
-    EXPECT_EQ(card.fdb().learned(), 2u);
+    EXPECT_EQ(card.tables().fdb.learned(), 2u);
     in(0, "x d");  // a known one is not affected
     skip({1, 2, 3});
     ok(sdk.set_system_mac_limit(row.mp, -1, row.kind));
     in(0, "z z");
-    EXPECT_EQ(card.fdb().learned(), 3u);
-    for (const PortIndex port : card.ports().all()) cable(port).clear();
+    EXPECT_EQ(card.tables().fdb.learned(), 3u);
+    for (const PortIndex port : card.tables().ports.all()) cable(port).clear();
   }
 }
 
@@ -265,7 +265,7 @@ TEST_F(FdbForwardingTest, TableShowsWhatFramesTaught) {
 TEST_F(FdbForwardingTest, GroupSourceIsNotLearned) {
   in(0, "01:00:5e:00:00:05 b");
   skip({1, 2, 3});
-  EXPECT_EQ(card.fdb().learned(), 0u);
+  EXPECT_EQ(card.tables().fdb.learned(), 0u);
 }
 
 }  // namespace

@@ -179,7 +179,7 @@ TEST_F(FlowForwardingTest, EveryFieldOfTheMatch) {
     in(row.flag == OF_MATCH_IN_PORT ? 2 : 0, row.differs[0] != '\0' ? row.differs : kUdp);
     EXPECT_EQ(packets(id), 1u);
     ok(sdk.delete_of_flow(id));
-    for (const PortIndex port : card.ports().all()) cable(port).clear();
+    for (const PortIndex port : card.tables().ports.all()) cable(port).clear();
     ok(sdk.clear_fdb_table(false));
   }
 }

@@ -27,7 +27,7 @@ class L3ForwardingTest : public SwitchTest {
     vlan(10, mps({3}), mps({0, 1}));
     vlan(20, mps({3}), mps({2, 4, 5}));
     z = lag({4, 5});
-    for (const PortIndex port : card.ports().all()) {
+    for (const PortIndex port : card.tables().ports.all()) {
       ok(sdk.set_port_flood_blocking_cpu(mp(port), FLOOD_BLOCK_ALL));
     }
     ok(sdk.create_l3_interface(mac('r'), 10, r));

@@ -19,7 +19,7 @@ class LagForwardingTest : public SwitchTest {
  protected:
   LagForwardingTest() {
     x = lag({1, 2, 3});
-    for (const PortIndex port : card.ports().all()) {
+    for (const PortIndex port : card.tables().ports.all()) {
       ok(sdk.set_port_flood_blocking_cpu(mp(port), FLOOD_BLOCK_ALL));
       if (port > 5) ok(sdk.set_port_state(mp(port), false));
     }
@@ -28,7 +28,7 @@ class LagForwardingTest : public SwitchTest {
   PortIndex way(const std::string& words) {
     in(0, words);
     PortIndex found = kNoPort;
-    for (const PortIndex port : card.ports().all()) {
+    for (const PortIndex port : card.tables().ports.all()) {
       std::vector<std::uint8_t> frame;
       while (cable(port).take(frame)) {
         EXPECT_EQ(found, kNoPort) << words;
@@ -319,7 +319,7 @@ TEST_F(LagForwardingTest, BetweenTwoLags) {
   in(4, "y y");
   in(5, "z z");
   EXPECT_EQ(card.tables().fdb.learned_on(Destination::lag(static_cast<std::uint16_t>(y))), 1u);
-  for (const PortIndex port : card.ports().all()) cable(port).clear();
+  for (const PortIndex port : card.tables().ports.all()) cable(port).clear();
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ class PortTest : public SwitchTest {
  protected:
   PortTest() {
     vlan(10, {}, mps({0, 1, 2}));
-    for (const PortIndex port : card.ports().all()) {
+    for (const PortIndex port : card.tables().ports.all()) {
       ok(sdk.set_port_flood_blocking_cpu(mp(port), FLOOD_BLOCK_ALL));
     }
     ok(sdk.add_mac_to_port(mp(1), mac('b'), 10, false));

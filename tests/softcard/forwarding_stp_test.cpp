@@ -24,7 +24,7 @@ class StpTest : public SwitchTest {
     }
   }
   bool known(char station, std::uint16_t vlan) {
-    return card.fdb().find(vlan, MacAddress::from_bytes(mac(station))) != nullptr;
+    return card.tables().fdb.find(vlan, MacAddress::from_bytes(mac(station))) != nullptr;
   }
 };
 

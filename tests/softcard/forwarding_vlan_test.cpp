@@ -20,7 +20,7 @@ class VlanTest : public SwitchTest {
     ok(sdk.delete_ports_from_vlan(1, all));
     vlan(10, mps({2}), mps({0, 1}));
     vlan(20, mps({2}), mps({3}));
-    for (const PortIndex port : card.ports().all())
+    for (const PortIndex port : card.tables().ports.all())
       ok(sdk.set_port_flood_blocking_cpu(mp(port), FLOOD_BLOCK_ALL));
   }
 };

@@ -173,7 +173,7 @@ TEST_F(Watch, RefusesTheCallsThatWereChosen) {
   EXPECT_TRUE(watch.refuse("traverse_mac_table", 1));
   EXPECT_TRUE(vorn_create_vlan(10));
   EXPECT_FALSE(vorn_create_vlan(11));
-  EXPECT_FALSE(card().vlans().known(11)) << "without any effect";
+  EXPECT_FALSE(card().tables().vlans.known(11)) << "without any effect";
   EXPECT_FALSE(vorn_create_vlan(12));
   EXPECT_TRUE(vorn_create_vlan(11));
   EXPECT_EQ(watch.pending_refusals(), 1u);

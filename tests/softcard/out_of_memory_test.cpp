@@ -109,51 +109,54 @@ std::string text(const PortSet& ports) {
 class Dump {
  public:
   explicit Dump(Card& card) {
-    for (const PortIndex port : card.ports().all()) add_port(card, port);
+    for (const PortIndex port : card.tables().ports.all()) add_port(card, port);
     for (unsigned vlan = 1; vlan <= kMaxVlan; ++vlan) {
-      if (!card.vlans().exists(vlan)) continue;
-      add("vlan", vlan, text(card.vlans().members(vlan)), text(card.vlans().untagged(vlan)),
-          card.mac_locks().vlan_limit(vlan),
-          card.fdb().learned_in(static_cast<std::uint16_t>(vlan)));
+      if (!card.tables().vlans.exists(vlan)) continue;
+      add("vlan", vlan, text(card.tables().vlans.members(vlan)),
+          text(card.tables().vlans.untagged(vlan)), card.tables().mac_locks.vlan_limit(vlan),
+          card.tables().fdb.learned_in(static_cast<std::uint16_t>(vlan)));
     }
-    for (unsigned id = 0; id < card.lags().id_count(); ++id) {
-      const Lag& lag = card.lags()[id];
+    for (unsigned id = 0; id < card.tables().lags.id_count(); ++id) {
+      const Lag& lag = card.tables().lags[id];
       if (!lag.exists) continue;
       std::string members;
       for (unsigned i = 0; i < lag.size; ++i) members += std::to_string(lag.members[i]) + ' ';
       const Destination destination = Destination::lag(static_cast<std::uint16_t>(id));
       add("lag", id, lag.psc, members, text(lag.set),
-          AddressPlan::text(card.tables().usp_of(destination)), card.mac_locks().lag_limit(id),
-          card.fdb().learned_on(destination));
+          AddressPlan::text(card.tables().usp_of(destination)),
+          card.tables().mac_locks.lag_limit(id), card.tables().fdb.learned_on(destination));
     }
     for (const LagNode& node : lag_list) {
       std::string members;
       for (const Mp& mp : node.members()) members += std::to_string(mp.port()) + ' ';
       add("list", node.id(), members);
     }
-    card.fdb().for_each([&](const FdbEntry& entry) {
+    card.tables().fdb.for_each([&](const FdbEntry& entry) {
       add("address", entry.vlan(), text(entry.mac()), text(entry.destination()), entry.kind());
     });
-    add("fdb", card.fdb().size(), card.fdb().learned(), card.fdb().ageing_seconds());
-    add_classes(card.vlan_classes());
-    for (const auto& filter : card.filters().arp()) add("arp", filter.ip, filter.mask);
+    add("fdb", card.tables().fdb.size(), card.tables().fdb.learned(),
+        card.tables().fdb.ageing_seconds());
+    add_classes(card.tables().vlan_classes);
+    for (const auto& filter : card.tables().filters.arp()) add("arp", filter.ip, filter.mask);
     for (unsigned i = 0; i < 65536; ++i) {
-      if (i < 256 && card.filters().matches_ip_protocol(static_cast<std::uint8_t>(i))) {
+      if (i < 256 && card.tables().filters.matches_ip_protocol(static_cast<std::uint8_t>(i))) {
         add("protocol", i);
       }
-      if (card.filters().matches_l4_port(static_cast<std::uint16_t>(i))) add("l4", i);
+      if (card.tables().filters.matches_l4_port(static_cast<std::uint16_t>(i))) add("l4", i);
     }
-    add_flows(card.flows());
-    card.l3().interfaces.for_each([&](const L3Interface& interface) {
-      const bool found = card.l3().interfaces.find(interface.vlan, interface.mac) == &interface;
+    add_flows(card.tables().flows);
+    card.tables().l3.interfaces.for_each([&](const L3Interface& interface) {
+      const bool found =
+          card.tables().l3.interfaces.find(interface.vlan, interface.mac) == &interface;
       add("interface", interface.id, interface.vlan, text(interface.mac), found);
     });
-    add_l3(card.l3().ipv4_hosts, card.l3().ipv4_routes, {kIp + 7, 0xc6336407});
-    add_l3(card.l3().ipv6_hosts, card.l3().ipv6_routes,
+    add_l3(card.tables().l3.ipv4_hosts, card.tables().l3.ipv4_routes, {kIp + 7, 0xc6336407});
+    add_l3(card.tables().l3.ipv6_hosts, card.tables().l3.ipv6_routes,
            {Ipv6Address::from_bytes(kIp6), Ipv6Address::from_bytes(kNewIp6)});
-    add("switch", card.mac_locks().system_limit(), card.traffic().forward_mode(),
-        card.traffic().switch_unknown_to_cpu(), card.events().wants_packets(),
-        card.events().wants_mac_changes(), card.mac_locks().unlimited(), card.filters().any());
+    add("switch", card.tables().mac_locks.system_limit(), card.tables().traffic.forward_mode(),
+        card.tables().traffic.switch_unknown_to_cpu(), card.events().wants_packets(),
+        card.events().wants_mac_changes(), card.tables().mac_locks.unlimited(),
+        card.tables().filters.any());
     std::sort(lines_.begin(), lines_.end());
   }
 
@@ -161,41 +164,46 @@ class Dump {
 
  private:
   void add_port(Card& card, PortIndex port) {
-    const PortTable& ports = card.ports();
+    const PortTable& ports = card.tables().ports;
     add("port", port, ports.admin(port), ports.phy_forced_down(port), ports.autoneg(port),
         ports.mode(port).speed, ports.mode(port).duplex, ports.advertised(port),
         ports.current(port), ports.pause_receive(port), ports.pause_transmit(port),
         ports.jamming(port), ports.mtu_bytes(port), ports.is_up(port), ports.offer(port));
     std::string stp, queues, limits, counters;
     for (unsigned i = 0; i < kMstpInstances; ++i) {
-      stp += std::to_string(card.stp().mstp(i, port)) + (card.stp().forwards(port, i) ? "+" : "-");
+      stp += std::to_string(card.tables().stp.mstp(i, port)) +
+             (card.tables().stp.forwards(port, i) ? "+" : "-");
     }
     for (unsigned i = 0; i < kPriorities; ++i) {
-      queues += std::to_string(card.cos().queue(port, i)) + ' ';
+      queues += std::to_string(card.tables().cos.queue(port, i)) + ' ';
     }
     for (unsigned i = 0; i < kStormKinds; ++i) {
       const auto kind = static_cast<StormKind>(i);
-      limits += std::to_string(card.traffic().storm_limit(port, kind)) + ' ';
+      limits += std::to_string(card.tables().traffic.storm_limit(port, kind)) + ' ';
     }
     for (unsigned i = 0; i < STAT_TYPE_COUNT; ++i) {
-      counters += std::to_string(card.counters().value(port, static_cast<stat_type_t>(i))) + ' ';
+      counters +=
+          std::to_string(card.tables().counters.value(port, static_cast<stat_type_t>(i))) + ' ';
     }
-    add("spanning tree", port, card.stp().stp(port), card.stp().bpdu_processing(port), stp);
-    add("traffic", port, queues, limits, card.traffic().ingress_discard(port),
-        card.traffic().egress_on(port), card.traffic().l2_on(port),
-        card.traffic().unknown_to_cpu(port), card.mirrors()[port].type, card.mirrors()[port].to);
-    add("counters", port, card.counters().enabled(port), counters);
-    add("locks", port, card.mac_locks().locked(port), card.mac_locks().drop_setting(port),
-        card.mac_locks().port_limit(port), card.lags().lag_of(port),
-        card.fdb().learned_on(Destination::port(port)));
+    add("spanning tree", port, card.tables().stp.stp(port), card.tables().stp.bpdu_processing(port),
+        stp);
+    add("traffic", port, queues, limits, card.tables().traffic.ingress_discard(port),
+        card.tables().traffic.egress_on(port), card.tables().traffic.l2_on(port),
+        card.tables().traffic.unknown_to_cpu(port), card.tables().mirrors[port].type,
+        card.tables().mirrors[port].to);
+    add("counters", port, card.tables().counters.enabled(port), counters);
+    add("locks", port, card.tables().mac_locks.locked(port),
+        card.tables().mac_locks.drop_setting(port), card.tables().mac_locks.port_limit(port),
+        card.tables().lags.lag_of(port), card.tables().fdb.learned_on(Destination::port(port)));
     std::string blocks;
     for (const PortIndex to : ports.all()) {
-      blocks += std::to_string(card.flood_blocks().get(port, to)) + ' ';
+      blocks += std::to_string(card.tables().flood_blocks.get(port, to)) + ' ';
     }
-    add("blocks", port, card.flood_blocks().get_to_cpu(port), blocks);
-    add("pvid", port, card.port_vlans().pvid(port), card.port_vlans().accepts_untagged(port),
-        card.port_vlans().priority(port, 10), card.port_vlans().priority(port, 11));
-    for (const ProtocolVlan& rule : card.port_vlans().protocol_vlans(port)) {
+    add("blocks", port, card.tables().flood_blocks.get_to_cpu(port), blocks);
+    add("pvid", port, card.tables().port_vlans.pvid(port),
+        card.tables().port_vlans.accepts_untagged(port),
+        card.tables().port_vlans.priority(port, 10), card.tables().port_vlans.priority(port, 11));
+    for (const ProtocolVlan& rule : card.tables().port_vlans.protocol_vlans(port)) {
       add("protocol vlan", port, rule.type, rule.protocol, rule.vlan);
     }
   }
@@ -306,9 +314,9 @@ class SmallHost {
     EXPECT_TRUE(vorn_register_mac_update_callback(on_mac_update, nullptr));
     EXPECT_TRUE(vorn_register_link_change_callback([](LinkStatus*, Usp*) {}));
     const auto learned = MacAddress::from_bytes(kNewMac);
-    card().fdb().learn(10, learned, Destination::port(2), 0);
-    card().fdb().learn(1, learned, Destination::lag(0), 0);
-    card().counters().received(1, 60, CastKind::unicast);
+    card().tables().fdb.learn(10, learned, Destination::port(2), 0);
+    card().tables().fdb.learn(1, learned, Destination::lag(0), 0);
+    card().tables().counters.received(1, 60, CastKind::unicast);
   }
   ~SmallHost() { EXPECT_TRUE(vorn_lcmgr_api_terminate()); }
   SmallHost(const SmallHost&) = delete;

@@ -217,18 +217,18 @@ TEST_F(PortSettings, ProtocolVlansUpToTheirNumber) {
   }
   EXPECT_FALSE(vorn_set_port_protocol_vlan(port(1), FRAME_TYPE_SNAP, 0x8000, 10)) << "full";
   EXPECT_TRUE(vorn_set_port_protocol_vlan(port(1), FRAME_TYPE_ETHERNET, 0x8003, 99)) << "changed";
-  EXPECT_EQ(card().port_vlans().protocol_vlan(1, FRAME_TYPE_ETHERNET, 0x8003), 99u);
-  EXPECT_EQ(card().port_vlans().protocol_vlan(1, FRAME_TYPE_LLC, 0x8003), 0u);
+  EXPECT_EQ(card().tables().port_vlans.protocol_vlan(1, FRAME_TYPE_ETHERNET, 0x8003), 99u);
+  EXPECT_EQ(card().tables().port_vlans.protocol_vlan(1, FRAME_TYPE_LLC, 0x8003), 0u);
   EXPECT_FALSE(vorn_set_port_protocol_vlan(port(2), static_cast<frame_type_t>(3), 1, 10));
   EXPECT_FALSE(vorn_set_port_protocol_vlan(port(2), FRAME_TYPE_LLC, 1, 4095));
   EXPECT_TRUE(vorn_delete_port_protocol_vlan(port(1), FRAME_TYPE_ETHERNET, 0x8003));
   EXPECT_FALSE(vorn_delete_port_protocol_vlan(port(1), FRAME_TYPE_ETHERNET, 0x8003));
   EXPECT_TRUE(vorn_delete_port_protocol_vlan_all(port(1)));
-  EXPECT_FALSE(card().port_vlans().has_protocol_vlans(1));
+  EXPECT_FALSE(card().tables().port_vlans.has_protocol_vlans(1));
 }
 
 TEST_F(PortSettings, CountersOfBothSets) {
-  Counters& counters = card().counters();
+  Counters& counters = card().tables().counters;
   counters.received(1, 60, CastKind::unicast);
   counters.received(1, 123, CastKind::broadcast);  // 127 with its checksum
   counters.received(1, 124, CastKind::multicast);  // 128
@@ -399,7 +399,7 @@ TEST_F(PortSettings, TwoPortsAgreeOverACable) {
 }
 
 TEST_F(PortSettings, TheSpanningTreeGateIsTheStricterOfBothStates) {
-  StpTable& stp = card().stp();
+  StpTable& stp = card().tables().stp;
   const auto gate = [&] { return std::make_pair(stp.learns(5, 2), stp.forwards(5, 2)); };
   EXPECT_EQ(gate(), std::make_pair(true, true));
   EXPECT_TRUE(vorn_set_port_mstp_state(port(5), MSTP_STATE_LEARNING, 2));

@@ -166,7 +166,7 @@ class SwitchTest : public ::testing::Test {
     }
     packets.clear();
     std::vector<std::uint8_t> frame;
-    for (const PortIndex port : card.ports().all()) {
+    for (const PortIndex port : card.tables().ports.all()) {
       if (dynamic_cast<MemoryCable*>(card.cable(port)) == nullptr) continue;
       while (cable(port).take(frame)) {
         ADD_FAILURE() << "port " << port
@@ -192,7 +192,7 @@ class SwitchTest : public ::testing::Test {
   // Makes a VLAN; its untagged ports get it as their PVID.
   void vlan(unsigned number, std::list<Mp> tagged, std::list<Mp> untagged) {
     for (const Mp& port : untagged) ok(sdk.set_port_pvid(port, number));
-    if (!card.vlans().known(number)) ok(sdk.create_vlan(number));
+    if (!card.tables().vlans.known(number)) ok(sdk.create_vlan(number));
     ok(sdk.add_ports_to_vlan(number, tagged, untagged));
   }
 

@@ -86,7 +86,7 @@ TEST_F(Tables, VlanMembership) {
 }
 
 TEST_F(Tables, VlanRulesBySource) {
-  VlanClassTable& rules = card().vlan_classes();
+  VlanClassTable& rules = card().tables().vlan_classes;
   EXPECT_FALSE(vorn_set_mac_vlan(Mac(1), 0, 0)) << "nothing to delete";
   EXPECT_FALSE(vorn_set_mac_vlan(Mac(1, 3), 10, 0)) << "a group is no source";
   EXPECT_FALSE(vorn_set_mac_vlan(Mac(1), 4095, 0));
@@ -141,12 +141,12 @@ TEST_F(Tables, LagLife) {
   EXPECT_EQ(expansion(lag(1)), "1/1/7 1/1/4 1/1/1") << "in the order they were added";
   EXPECT_FALSE(vorn_add_ports_to_lag(lag(2), {port(9), port(4)})) << "4 is in lag/1";
   EXPECT_EQ(expansion(lag(2)), "");
-  EXPECT_EQ(card().lags().lag_of(9), LagTable::kNoLag) << "refused as a whole";
+  EXPECT_EQ(card().tables().lags.lag_of(9), LagTable::kNoLag) << "refused as a whole";
   EXPECT_FALSE(vorn_delete_ports_from_lag(lag(1), {port(4), port(9)}));
   EXPECT_TRUE(vorn_delete_ports_from_lag(lag(1), {port(4)}));
   EXPECT_EQ(expansion(lag(1)), "1/1/7 1/1/1");
-  EXPECT_EQ(card().lags()[0].size, 2);
-  EXPECT_EQ(card().lags()[0].members[1], 1);
+  EXPECT_EQ(card().tables().lags[0].size, 2);
+  EXPECT_EQ(card().tables().lags[0].members[1], 1);
   EXPECT_TRUE(vorn_add_ports_to_lag(lag(2), {port(4)})) << "free again";
 
   EXPECT_FALSE(vorn_set_lag_balancing_strategy(lag(1), static_cast<lag_psc_t>(0)));
@@ -158,7 +158,7 @@ TEST_F(Tables, LagLife) {
   EXPECT_TRUE(vorn_delete_lag(lag(1)));
   EXPECT_TRUE(vorn_delete_lag(lag(1))) << "nothing to delete";
   EXPECT_EQ(expansion(lag(1)), "-");
-  EXPECT_EQ(card().lags().lag_of(7), LagTable::kNoLag);
+  EXPECT_EQ(card().tables().lags.lag_of(7), LagTable::kNoLag);
   EXPECT_TRUE(vorn_create_lag(lag(128)));
   Usp usp(0, 0, 0);
   EXPECT_TRUE(vorn_lag_id_to_lag_usp(0, usp) && usp == lag(128)) << "the lowest free id";
@@ -169,7 +169,7 @@ TEST_F(Tables, LagLife) {
 TEST_F(Tables, LagThatNobodyCouldReachIsTakenBack) {
   EXPECT_FALSE(vorn_create_lag(port(3)));
   EXPECT_TRUE(lag_list.empty());
-  EXPECT_FALSE(card().lags().exists(0));
+  EXPECT_FALSE(card().tables().lags.exists(0));
 }
 
 TEST_F(Tables, LagHasRoomFor32) {
@@ -193,7 +193,7 @@ TEST_F(Tables, MacEntriesOfEachKind) {
   EXPECT_TRUE(vorn_add_mac_to_port(port(3), Mac(1), 10));
   EXPECT_TRUE(vorn_add_mac_to_port(lag(5), Mac(2), 10));
   EXPECT_TRUE(vorn_add_system_mac(Mac(3), 1));
-  card().fdb().learn(10, MacAddress::from_bytes(Mac(4)), Destination::port(3), 0);
+  card().tables().fdb.learn(10, MacAddress::from_bytes(Mac(4)), Destination::port(3), 0);
   const Lines all = {"1 :3 0/0/0 2", "10 :1 1/1/3 1", "10 :2 lag/5 1", "10 :4 1/1/3 0"};
   EXPECT_EQ(mac_table(), all);
   EXPECT_FALSE(vorn_delete_mac(1, Mac(1)));
@@ -244,7 +244,7 @@ TEST_F(Tables, MacBitmapsAreAppliedWholly) {
 
 TEST_F(Tables, DependentEntriesGoWithVlanLagAndLink) {
   const auto learn = [&](unsigned char last, Destination where, std::uint16_t in = 10) {
-    card().fdb().learn(in, MacAddress::from_bytes(Mac(last)), where, 0);
+    card().tables().fdb.learn(in, MacAddress::from_bytes(Mac(last)), where, 0);
   };
   EXPECT_TRUE(vorn_create_vlan(10));
   EXPECT_TRUE(vorn_add_ports_to_vlan(10, {port(1), port(2), port(3)}, {}));
@@ -278,7 +278,7 @@ TEST_F(Tables, AgeingAndLimits) {
   EXPECT_TRUE(vorn_get_fdb_aging_time(value) && value == 300);
   EXPECT_FALSE(vorn_set_fdb_aging_time(-1));
   EXPECT_TRUE(vorn_set_fdb_aging_time(20));
-  card().fdb().learn(1, MacAddress::from_bytes(Mac(1)), Destination::port(3), 0);
+  card().tables().fdb.learn(1, MacAddress::from_bytes(Mac(1)), Destination::port(3), 0);
   clock_->warp_ns(19 * kNanosecondsPerSecond);
   card().run_once();
   EXPECT_EQ(mac_table().size(), 1u);
@@ -303,8 +303,8 @@ TEST_F(Tables, AgeingAndLimits) {
   EXPECT_TRUE(vorn_get_port_mac_limit(lag(2), value) && value == 5);
   EXPECT_TRUE(vorn_delete_lag(lag(2)) && vorn_create_lag(lag(2)));
   EXPECT_TRUE(vorn_get_port_mac_limit(lag(2), value) && value == -1) << "a new LAG";
-  EXPECT_TRUE(card().mac_locks().set_system_limit(-1));
-  EXPECT_TRUE(card().mac_locks().unlimited());
+  EXPECT_TRUE(card().tables().mac_locks.set_system_limit(-1));
+  EXPECT_TRUE(card().tables().mac_locks.unlimited());
   EXPECT_TRUE(vorn_set_system_mac_limit(77));
   EXPECT_TRUE(sdk.get_system_mac_limit(Mp(0, 0), value, 0xdead) && value == 77)
       << "whatever the kind";
@@ -439,7 +439,7 @@ TEST_F(Tables, FlowsAreCheckedFieldByField) {
   EXPECT_FALSE(vorn_add_of_flow(flow, id, {4, 0, 0, 1})) << "no such base";
   EXPECT_FALSE(vorn_add_of_flow(flow, id, {OF_UDF_L3, 0, 0, 0})) << "no bits";
   EXPECT_TRUE(vorn_add_of_flow(flow, id, {OF_UDF_L3, 12, 0xc0000200, 0xffffff00}));
-  EXPECT_EQ(card().flows().get(id)->match.udf.base, FlowUdfBase::l3);
+  EXPECT_EQ(card().tables().flows.get(id)->match.udf.base, FlowUdfBase::l3);
 }
 
 TEST_F(Tables, FlowLifeAndActions) {
@@ -488,7 +488,9 @@ TEST_F(Tables, FlowLifeAndActions) {
     EXPECT_FALSE(vorn_add_of_flow_action(8, row.kind, row.param)) << "no such flow";
     added += row.good;
   }
-  const auto actions = [&] { return card().flows().actions(*card().flows().get(7)).count; };
+  const auto actions = [&] {
+    return card().tables().flows.actions(*card().tables().flows.get(7)).count;
+  };
   EXPECT_EQ(actions(), added);
   EXPECT_TRUE(vorn_delete_of_flow_action(7, OF_ACTION_SET_VLAN_ID, {{4094, 0, 0}}))
       << "words that the action does not name do not count";
@@ -503,7 +505,7 @@ TEST_F(Tables, FlowLifeAndActions) {
 }
 
 TEST_F(Tables, Filters) {
-  FilterTable& filters = card().filters();
+  FilterTable& filters = card().tables().filters;
   EXPECT_TRUE(vorn_add_arp_filter(kIp, 0xffffff00) && vorn_add_arp_filter(kIp + 1, 0xffffff00));
   EXPECT_EQ(filters.arp().size(), 1u) << "the same filter";
   EXPECT_TRUE(filters.matches_arp_target(kIp + 7) && !filters.matches_arp_target(kIp + 256));
@@ -534,7 +536,7 @@ TEST_F(Tables, TheSwitchAsAWhole) {
   EXPECT_TRUE(vorn_get_switch_unknown_unicast_to_cpu(on) && on);
   EXPECT_TRUE(vorn_get_line_card_usp(usp) && usp == Usp(1, 1, 0));
   EXPECT_TRUE(vorn_set_port_l2_enable(port(3), false));
-  EXPECT_FALSE(card().traffic().l2_on(3));
+  EXPECT_FALSE(card().tables().traffic.l2_on(3));
   Packet packet;
   EXPECT_FALSE(vorn_send_packet_from_cpu(packet)) << "no frame";
   packet.set_data(std::vector<unsigned char>(60, 0xff));
@@ -660,7 +662,7 @@ TEST(SmallCard, FullTablesRefuseAndChangeNothing) {
   EXPECT_TRUE(vorn_add_system_mac(Mac(1), 1));
   unsigned char bitmap[512] = {10};  // VLANs 1 and 3
   EXPECT_FALSE(vorn_add_system_mac_vlan_bitmap(Mac(2), bitmap)) << "room for one only";
-  EXPECT_EQ(host::card()->fdb().size(), 1u);
+  EXPECT_EQ(host::card()->tables().fdb.size(), 1u);
   EXPECT_TRUE(vorn_add_system_mac_vlan_bitmap(Mac(1), bitmap)) << "one is there already";
   EXPECT_FALSE(vorn_add_mac_to_port(port(1), Mac(3), 1));
   EXPECT_TRUE(vorn_add_mac_to_port(port(1), Mac(1), 1)) << "in place of what was there";

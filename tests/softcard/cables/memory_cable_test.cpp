@@ -98,12 +98,12 @@ TEST_F(MemoryCableTest, CardTellsWhatItsCablesLost) {
   for (int i = 0; i < 14; ++i) static_cast<MemoryCable*>(card.cable(0))->send(some_frame(100));
   EXPECT_EQ(out->waiting(), 10u);
   EXPECT_EQ(card.tables().drops.count(1, DropReason::cable_forgot), 4u);
-  EXPECT_EQ(card.counters().value(1, STAT_OUT_ERRORS), 0u) << "they were sent";
+  EXPECT_EQ(card.tables().counters.value(1, STAT_OUT_ERRORS), 0u) << "they were sent";
   card.frames_lost(0, 5);
   card.frames_lost(0, 2);
   EXPECT_EQ(card.tables().drops.count(0, DropReason::cable_lost), 7u);
-  EXPECT_EQ(card.counters().value(0, STAT_IN_ERRORS), 7u);
-  EXPECT_EQ(card.counters().value(0, STAT_IN_DISCARDS), 0u);
+  EXPECT_EQ(card.tables().counters.value(0, STAT_IN_ERRORS), 7u);
+  EXPECT_EQ(card.tables().counters.value(0, STAT_IN_DISCARDS), 0u);
   card.clear_counters();
   EXPECT_EQ(card.tables().drops.count(DropReason::cable_lost), 0u);
   EXPECT_EQ(card.tables().drops.count(DropReason::cable_forgot), 0u);

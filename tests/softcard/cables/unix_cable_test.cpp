@@ -176,22 +176,22 @@ TEST_F(UnixCableTest, CardsSeeEachOthersPorts) {
   const auto clock = std::make_shared<VirtualClock>();
   Card left(description, clock), right(description, clock);
   for (Card* card : {&left, &right}) card->plug(0, UnixCable::open(loop_, path_, error_));
-  run_until([&] { return left.ports().is_up(0) && right.ports().is_up(0); });
+  run_until([&] { return left.tables().ports.is_up(0) && right.tables().ports.is_up(0); });
   const struct {
     const char* name;
     std::function<void(bool)> set;
   } kRows[] = {
-      {"state", [&](bool on) { left.ports().set_admin(0, on); }},
-      {"PHY", [&](bool on) { left.ports().set_phy_forced_down(0, !on); }},
+      {"state", [&](bool on) { left.tables().ports.set_admin(0, on); }},
+      {"PHY", [&](bool on) { left.tables().ports.set_phy_forced_down(0, !on); }},
       {"plug", [&](bool on) { left.cut_signal(0, !on); }},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);
     row.set(false);
-    EXPECT_FALSE(left.ports().is_up(0));
-    run_until([&] { return !right.ports().is_up(0); });
+    EXPECT_FALSE(left.tables().ports.is_up(0));
+    run_until([&] { return !right.tables().ports.is_up(0); });
     row.set(true);
-    run_until([&] { return left.ports().is_up(0) && right.ports().is_up(0); });
+    run_until([&] { return left.tables().ports.is_up(0) && right.tables().ports.is_up(0); });
   }
 }
 

@@ -31,7 +31,7 @@
 #include "softcard/base/limits.h"
 #include "softcard/base/net_types.h"
 #include "softcard/frames/frame.h"
-#include "softcard/pipeline/pipeline.h"
+#include "softcard/pipeline/cpu_queue.h"
 #include "softcard/tables/fdb_table.h"
 #include "vornlcapi/types.h"
 

@@ -19,25 +19,13 @@
 #include "softcard/base/port_set.h"
 #include "softcard/frames/frame.h"
 #include "softcard/frames/parser.h"
+#include "softcard/pipeline/cpu_queue.h"
 #include "softcard/pipeline/egress.h"
 #include "softcard/pipeline/trace.h"
 #include "softcard/tables/storm_meter.h"
 #include "softcard/tables/tables.h"
 
 namespace softcard {
-
-// Where frames for the control plane wait.
-class CpuQueue {
- public:
-  // Whether anybody takes packets: without, there is no need to make a copy for one.
-  virtual bool wants_packets() const = 0;
-  // Takes a packet whose ingress, VLAN and priority are the frame's; `reason` is RX_REASON_....
-  // False when it was not queued, for want of room or of somebody who takes it.
-  virtual bool post_packet(FramePtr frame, unsigned reason) = 0;
-
- protected:
-  ~CpuQueue() = default;
-};
 
 class Pipeline {
  public:

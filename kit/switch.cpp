@@ -33,6 +33,14 @@ PortIndex index_of(const softcard::Card& card, const Usp& port) {
   return index;
 }
 
+softcard::CardDescription read(const std::string& text) {
+  std::istringstream in(text);
+  softcard::CardDescription description;
+  std::string error;
+  if (!softcard::read_card_description(in, "description", description, error)) throw Failure(error);
+  return description;
+}
+
 // The memory that a port is plugged into; null where a test plugged it into something else.
 MemoryCable* memory_of(softcard::Card& card, PortIndex port) {
   return dynamic_cast<MemoryCable*>(card.cable(port));
@@ -93,14 +101,12 @@ std::string text_of(const Bytes& frame) {
 
 // ---- The switch ---------------------------------------------------------------------------------
 
-Switch::Switch(const std::string& description)
+Switch::Switch(const std::string& description) : Switch(read(description)) {}
+
+Switch::Switch(const softcard::CardDescription& description)
     : clock_(std::make_shared<softcard::VirtualClock>()) {
   if (the_switch != nullptr) throw Failure("there is a switch already, and a process has one");
-  std::istringstream in(description);
-  softcard::CardDescription read;
-  std::string error;
-  if (!softcard::read_card_description(in, "description", read, error)) throw Failure(error);
-  softcard::host::use_description(read);
+  softcard::host::use_description(description);
   softcard::host::use_clock(clock_);
   int ports = 0;
   if (!vorn_lcmgr_api_init(ports)) throw Failure(softcard::host::error());

@@ -38,6 +38,7 @@ class Terminal : public testing::Test {
 
 TEST_F(Terminal, AnswersUntilItsInputEnds) {
   EXPECT_TRUE(has(type("vorn_get_port_pvid 1/1/3", "ok\r\n"), "pvid = 1\r\n"));
+  shell_.until(kPrompt);
   // Mistakes are told without a place, lines go on in the next one, and neither ends the shell.
   EXPECT_TRUE(has(type("vorn_set_port_pvid 1/1/3", "PVID\r\n"), "\nvorn_set_port_pvid: pvid is"));
   type("echo a''b \\", kPrompt);

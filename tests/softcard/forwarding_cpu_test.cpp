@@ -48,29 +48,29 @@ TEST_F(CpuTest, FiltersTakeFramesOutOfTheWay) {
     unsigned reason;
     const char* caught;
     const char* passes;
-    bool (*add)(SoftSdk&);
-    bool (*remove)(SoftSdk&);
-    bool (*remove_all)(SoftSdk&);
+    bool (*add)(VornSdkBase&);
+    bool (*remove)(VornSdkBase&);
+    bool (*remove_all)(VornSdkBase&);
   };
   const Row kRows[] = {
       {RX_REASON_ARP_FILTER, "a all arp tpa=192.0.2.200", "a all arp tpa=192.0.3.1",
-       [](SoftSdk& card_sdk) { return card_sdk.add_arp_filter(0xc0000200, 0xffffff00); },
-       [](SoftSdk& card_sdk) { return card_sdk.delete_arp_filter(0xc0000200, 0xffffff00); },
-       [](SoftSdk& card_sdk) { return card_sdk.delete_arp_filter_all(); }},
+       [](VornSdkBase& card_sdk) { return card_sdk.add_arp_filter(0xc0000200, 0xffffff00); },
+       [](VornSdkBase& card_sdk) { return card_sdk.delete_arp_filter(0xc0000200, 0xffffff00); },
+       [](VornSdkBase& card_sdk) { return card_sdk.delete_arp_filter_all(); }},
       {RX_REASON_IP_PROTOCOL_FILTER, "a b ipv4 src=192.0.2.1 dst=192.0.2.2 proto=89",
        "a b ipv4 src=192.0.2.1 dst=192.0.2.2 proto=88",
-       [](SoftSdk& card_sdk) { return card_sdk.add_ip_protocol_filter(89); },
-       [](SoftSdk& card_sdk) { return card_sdk.delete_ip_protocol_filter(89); },
-       [](SoftSdk& card_sdk) { return card_sdk.delete_ip_protocol_filter_all(); }},
+       [](VornSdkBase& card_sdk) { return card_sdk.add_ip_protocol_filter(89); },
+       [](VornSdkBase& card_sdk) { return card_sdk.delete_ip_protocol_filter(89); },
+       [](VornSdkBase& card_sdk) { return card_sdk.delete_ip_protocol_filter_all(); }},
       {RX_REASON_L4_PORT_FILTER, "a b ipv6 src=2001:db8::1 dst=2001:db8::2 tcp sport=1 dport=179",
        "a b ipv6 src=2001:db8::1 dst=2001:db8::2 tcp sport=179 dport=1",
-       [](SoftSdk& card_sdk) { return card_sdk.add_l4_destination_port_filter(179); },
-       [](SoftSdk& card_sdk) { return card_sdk.delete_l4_destination_port_filter(179); },
-       [](SoftSdk& card_sdk) { return card_sdk.delete_l4_destination_port_filter_all(); }},
+       [](VornSdkBase& card_sdk) { return card_sdk.add_l4_destination_port_filter(179); },
+       [](VornSdkBase& card_sdk) { return card_sdk.delete_l4_destination_port_filter(179); },
+       [](VornSdkBase& card_sdk) { return card_sdk.delete_l4_destination_port_filter_all(); }},
   };
   for (const Row& row : kRows) {
     SCOPED_TRACE(row.reason);
-    for (bool (*remove)(SoftSdk&) : {row.remove, row.remove_all}) {
+    for (bool (*remove)(VornSdkBase&) : {row.remove, row.remove_all}) {
       ok(row.add(sdk));
       in(0, row.caught);
       cpu(row.reason, row.caught);
@@ -175,7 +175,8 @@ class EventTest : public CpuTest {
   ~EventTest() override { seen = nullptr; }
   void expect(const std::vector<std::string>& wanted) {
     card.deliver_events();
-    packets.clear();
+    CpuPacket packet;
+    while (take_cpu(packet)) continue;
     EXPECT_EQ(lines.lines, wanted);
     lines.lines.clear();
   }

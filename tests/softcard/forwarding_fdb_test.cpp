@@ -69,7 +69,7 @@ TEST_F(FdbForwardingTest, AgesWhatIsNotHeard) {
   EXPECT_TRUE(flooded('a'));
   EXPECT_FALSE(flooded('b'));
   ok(sdk.set_fdb_aging_time(10));
-  clock->warp_ns(11 * kNanosecondsPerSecond);  // without a round of the card in between
+  card.clock().warp_ns(11 * kNanosecondsPerSecond);  // without a round of the card in between
   EXPECT_TRUE(flooded('b'));
   hear("a");
   ok(sdk.set_fdb_aging_time(0));

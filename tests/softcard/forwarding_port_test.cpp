@@ -10,6 +10,7 @@
 #include <list>
 #include <numeric>
 
+#include "softcard/sdk/sdk.h"
 #include "tests/softcard/switch_fixture.h"
 
 namespace softcard {

@@ -26,7 +26,8 @@
 #include "softcard/cables/memory_cable.h"
 #include "softcard/card.h"
 #include "softcard/frames/frame_text.h"
-#include "softcard/sdk/sdk.h"
+#include "vorn_sdk.h"
+#include "vornlcapi/test/gtest.h"
 
 namespace softcard {
 
@@ -36,28 +37,13 @@ inline CardDescription eight_ports() {
   return description;
 }
 
-class SwitchTest : public ::testing::Test {
+class SwitchTest : public vorn::test::SwitchTest {
  public:
-  struct CpuPacket {
-    unsigned reason;
-    Usp port;
-    unsigned vlan;
-    unsigned priority;
-    std::vector<std::uint8_t> frame;
-  };
+  using CpuPacket = vorn::test::CpuPacket;
 
   explicit SwitchTest(const CardDescription& description = eight_ports())
-      : card(description, clock) {
-    EXPECT_TRUE(sdk.register_rx_packet_callback(
-        [](RxPacket* packet, void* test) {
-          static_cast<SwitchTest*>(test)->packets.push_back(
-              {packet->reason,
-               packet->port,
-               packet->vlan,
-               packet->priority,
-               {packet->data, packet->data + packet->length}});
-        },
-        this));
+      : vorn::test::SwitchTest(description), card(vorn::test::Switch::card()), sdk(the_sdk()) {
+    listen_to_cpu();
   }
 
   void TearDown() override {
@@ -107,13 +93,11 @@ class SwitchTest : public ::testing::Test {
   MemoryCable& cable(PortIndex port) { return *static_cast<MemoryCable*>(card.cable(port)); }
 
   static std::vector<std::uint8_t> bytes_of(const std::string& words) {
-    std::vector<std::uint8_t> frame;
-    std::string error;
-    EXPECT_TRUE(parse_frame(text_of(words), frame, error)) << words << ": " << error;
-    return frame;
+    return vorn::test::frame_of(text_of(words));
   }
 
   void in(PortIndex port, const std::string& words) { in(port, bytes_of(words)); }
+  // Nothing else is done yet: events wait until somebody asks for them.
   void in(PortIndex port, const std::vector<std::uint8_t>& frame) { cable(port).send(frame); }
 
   // Frames that come in together.
@@ -130,12 +114,7 @@ class SwitchTest : public ::testing::Test {
   void out(PortIndex port, const std::string& words) { out({port}, words); }
   void out(std::initializer_list<PortIndex> ports, const std::string& words) {
     for (const PortIndex port : ports) {
-      std::vector<std::uint8_t> frame;
-      if (cable(port).take(frame)) {
-        expect_shows(frame, words, "port " + std::to_string(port));
-      } else {
-        ADD_FAILURE() << "port " << port << " sent nothing; wanted: " << words;
-      }
+      EXPECT_FRAME(AddressPlan::usp_of(port), words.empty() ? "" : text_of(words));
     }
   }
   // Takes `count` frames from each port, whatever they are.
@@ -146,12 +125,11 @@ class SwitchTest : public ::testing::Test {
   // The next packet for the CPU.
   CpuPacket cpu(unsigned reason, const std::string& words) {
     card.deliver_events();
-    if (packets.empty()) {
+    CpuPacket packet;
+    if (!take_cpu(packet)) {
       ADD_FAILURE() << "the CPU got nothing; wanted: " << words;
-      return {0, Usp(0, 0, 0), 0, 0, {}};
+      return packet;
     }
-    CpuPacket packet = packets.front();
-    packets.pop_front();
     EXPECT_EQ(packet.reason, reason) << words;
     expect_shows(packet.frame, words, "CPU");
     return packet;
@@ -160,19 +138,7 @@ class SwitchTest : public ::testing::Test {
   // Nothing was sent but what was looked at.
   void none() {
     card.deliver_events();
-    for (const CpuPacket& packet : packets) {
-      ADD_FAILURE() << "the CPU also got, for reason " << packet.reason << ": "
-                    << print_frame(packet.frame.data(), packet.frame.size());
-    }
-    packets.clear();
-    std::vector<std::uint8_t> frame;
-    for (const PortIndex port : card.tables().ports.all()) {
-      if (dynamic_cast<MemoryCable*>(card.cable(port)) == nullptr) continue;
-      while (cable(port).take(frame)) {
-        ADD_FAILURE() << "port " << port
-                      << " also sent: " << print_frame(frame.data(), frame.size());
-      }
-    }
+    EXPECT_NO_FRAMES();
   }
 
   static void expect_shows(const std::vector<std::uint8_t>& frame, const std::string& words,
@@ -224,8 +190,7 @@ class SwitchTest : public ::testing::Test {
   }
 
   void warp(double seconds) {
-    clock->warp_ns(static_cast<std::uint64_t>(seconds * 1e9));
-    card.run_once();
+    vorn::test::Switch::warp(std::chrono::nanoseconds(static_cast<std::int64_t>(seconds * 1e9)));
   }
 
   // Every counter and drop of every port that has changed since the last call, but octets and the
@@ -296,13 +261,16 @@ class SwitchTest : public ::testing::Test {
     return text;
   }
 
-  std::shared_ptr<VirtualClock> clock = std::make_shared<VirtualClock>();
-  Card card;
-  CallWatch watch;
-  SoftSdk sdk{card, watch};
-  std::deque<CpuPacket> packets;
+  Card& card;
+  VornSdkBase& sdk;
 
  private:
+  static VornSdkBase& the_sdk() {
+    VornSdkBase* sdk = nullptr;
+    vornsdk_get_sdk_instance(sdk);
+    return *sdk;
+  }
+
   std::vector<std::uint64_t> counted_;
 };
 

@@ -21,6 +21,8 @@ class SwitchTest : public testing::Test, public Switch {
  public:
   explicit SwitchTest(const std::string& description = "ports 8 speed 1000\n")
       : Switch(description), reporter_(set_reporter(&report_to_googletest)) {}
+  explicit SwitchTest(const softcard::CardDescription& description)
+      : Switch(description), reporter_(set_reporter(&report_to_googletest)) {}
   ~SwitchTest() override { set_reporter(reporter_); }
 
  protected:

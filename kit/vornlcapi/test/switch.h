@@ -104,6 +104,8 @@ class Switch {
   // `description` is the text of a card description (softcard/card_description.h); Failure when it
   // is malformed or the card does not come up.
   explicit Switch(const std::string& description = "ports 8 speed 1000\n");
+  // The same with a description that a program made.
+  explicit Switch(const softcard::CardDescription& description);
   ~Switch();
   Switch(const Switch&) = delete;
   Switch& operator=(const Switch&) = delete;

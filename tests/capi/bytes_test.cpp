@@ -104,5 +104,14 @@ TEST(Bytes, OfLayer3AndVlanRulesAreCopied) {
   expect_seen(calls, false);
 }
 
+// The sanitizer guards both ends of local arrays.
+TEST(Bytes, BeyondAnAddressAreNotRead) {
+  unsigned char local_mac[6] = {2};
+  unsigned char local_ip6[16] = {0x20};
+  host().reset();
+  EXPECT_EQ(1, ctype_vorn_set_mac_vlan(local_mac, 10, 5));
+  EXPECT_EQ(1, ctype_vorn_set_ipv6_subnet_vlan(local_ip6, 64, 10, 5));
+}
+
 }  // namespace
 }  // namespace vorn::test

@@ -38,7 +38,7 @@ TEST(Packet, OfAnyOtherLengthIsSentWhole) {
     std::string hex;
     while (hex.size() < 2 * length) hex += "5a";
     host().reset();
-    EXPECT_EQ(1, ctype_vorn_send_packet_from_cpu(&packet));
+    ASSERT_EQ(1, ctype_vorn_send_packet_from_cpu(&packet));
     EXPECT_TRUE(host().steps.back() == "send_packet_from_cpu(3 " + text(length) + " " + hex + ")")
         << length;
   }

@@ -12,6 +12,7 @@
 #include "codec.h"
 #include "interrupt.h"
 #include "libxorp/eventloop.hh"
+#include "softcard/base/refusal.h"
 #include "softcard/cables/pcap_cable.h"
 #include "softcard/host.h"
 
@@ -223,6 +224,7 @@ Reply Shell::run(const std::vector<std::string>& given) {
   }
   Arguments arguments({words.begin() + 1, words.end()});
   Reply reply;
+  const std::uint64_t refused_before = softcard::refusals();
   try {
     command->run(*this, arguments, reply);
   } catch (const Failure& failure) {
@@ -234,6 +236,9 @@ Reply Shell::run(const std::vector<std::string>& given) {
                 (usage ? "; usage: " + trimmed(command->name + ' ' + command->usage) : ""));
   } catch (const std::exception& exception) {
     throw Error(words.front() + ": threw " + exception.what());
+  }
+  if (reply.result == false && softcard::refusals() != refused_before) {
+    reply.reason = softcard::last_refusal();
   }
   if (reply.result.has_value()) {
     last_call_ = reply;
@@ -268,6 +273,9 @@ void Shell::print(const std::vector<std::string>& words, const Place& place, con
     object.emplace_back("command", text_value(quoted_all(words)));
     object.emplace_back("ok", flag_value(error.empty()));
     if (reply.result.has_value()) object.emplace_back("result", flag_value(*reply.result));
+    if (reply.result == false && !reply.reason.empty()) {
+      object.emplace_back("reason", text_value(reply.reason));
+    }
     if (!reply.outputs.empty()) {
       object.emplace_back("outputs", Value{"", json_object(reply.outputs)});
     }
@@ -282,8 +290,7 @@ void Shell::print(const std::vector<std::string>& words, const Place& place, con
     std::cout << json_object(object) << std::endl;
     return;
   }
-  const std::string result =
-      reply.result.has_value() ? (*reply.result ? "ok" : "failed") : std::string();
+  const std::string result = reply.result.has_value() ? reply.verdict() : std::string();
   const std::string note = result.empty() ? reply.note : result;
   if (echo_open_ && reply.lines.empty() && reply.outputs.empty() && !note.empty() &&
       reply.failure.empty()) {

@@ -50,6 +50,7 @@ class Table {
 // The answer of one command.
 struct Reply {
   std::optional<bool> result;      // of an entry point
+  std::string reason;              // why it is false, when the card said so
   NamedValues inputs;              // its decoded arguments, in order
   NamedValues outputs;             // printed as `name = value`
   std::vector<std::string> lines;  // printed as they are
@@ -58,6 +59,11 @@ struct Reply {
   std::string note;                // a word of comfort for those who read along
 
   void say(const std::string& line) { lines.push_back(line); }
+  // The result in words: "ok", "failed: VLAN 5000: above 4094".
+  std::string verdict() const {
+    if (*result) return "ok";
+    return reason.empty() ? "failed" : "failed: " + reason;
+  }
   void show(const std::string& name, const Table& table);
 };
 

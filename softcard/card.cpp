@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "softcard/base/refusal.h"
 #include "softcard/cables/memory_cable.h"
 
 namespace softcard {
@@ -106,11 +107,16 @@ bool Card::add_system_mac(const MacAddress& mac, const unsigned char* vlan_bitma
   std::size_t fresh = 0;
   for (unsigned vlan = 0; vlan < kVlanCount; ++vlan) {
     if ((vlan_bitmap[vlan / 8] >> (vlan % 8) & 1) == 0) continue;
-    if (!tables_.vlans.known(vlan)) return false;
+    if (!tables_.vlans.require(vlan)) return false;
     named.push_back(static_cast<std::uint16_t>(vlan));
     if (tables_.fdb.find(named.back(), mac) == nullptr) ++fresh;
   }
-  if (named.empty() || fresh > tables_.fdb.capacity() - tables_.fdb.size()) return false;
+  if (named.empty()) return refuse("the bitmap names no VLAN");
+  const std::size_t capacity = tables_.fdb.capacity();
+  if (const std::size_t room = capacity - tables_.fdb.size(); fresh > room) {
+    return room == 0 ? refuse_full("fdb", capacity)
+                     : refuse("fdb: room for ", room, " of ", fresh, " more entries");
+  }
   for (const std::uint16_t vlan : named) tables_.fdb.add_system(vlan, mac, now_seconds_);
   return true;
 }
@@ -128,17 +134,20 @@ bool Card::l3_interface_in_use(std::uint32_t id) {
 }
 
 bool Card::delete_l3_interface(std::uint32_t id) {
-  return tables_.l3.interfaces.get(id) != nullptr && !l3_interface_in_use(id) &&
-         tables_.l3.interfaces.remove(id);
+  if (tables_.l3.interfaces.get(id) == nullptr) {
+    return refuse("L3 interface ", id, " does not exist");
+  }
+  if (l3_interface_in_use(id)) {
+    return refuse("L3 interface ", id, " is in use by hosts or routes");
+  }
+  return tables_.l3.interfaces.remove(id);
 }
 
 bool Card::delete_all_l3_interfaces() {
   // Every host and route leads through an interface that exists.
-  if (tables_.l3.ipv4_hosts.size() + tables_.l3.ipv6_hosts.size() + tables_.l3.ipv4_routes.size() +
-          tables_.l3.ipv6_routes.size() !=
-      0) {
-    return false;
-  }
+  const std::size_t users = tables_.l3.ipv4_hosts.size() + tables_.l3.ipv6_hosts.size() +
+                            tables_.l3.ipv4_routes.size() + tables_.l3.ipv6_routes.size();
+  if (users != 0) return refuse("L3 interfaces are in use by ", users, " hosts and routes");
   tables_.l3.interfaces.clear();
   return true;
 }

@@ -8,6 +8,7 @@
 
 #include "softcard/base/address_plan.h"
 #include "softcard/base/clock.h"
+#include "softcard/base/refusal.h"
 #include "softcard/tables/fdb_record.h"
 
 namespace softcard {
@@ -21,11 +22,11 @@ usp_s record_of(const Usp& usp) { return {usp.unit(), usp.slot(), usp.port()}; }
 // ---- Registrations ------------------------------------------------------------------------------
 
 bool EventQueue::add(lcmgr_report_event_t kind, Form form, void* callback, void* user_data) {
-  if (callback == nullptr) return false;
+  if (callback == nullptr) return refuse("the callback is null");
   for (const Registration& other : registrations_) {
     if (other.kind == kind && other.form == form && other.callback == callback &&
         other.user_data == user_data) {
-      return false;
+      return refuse("the callback is registered already");
     }
   }
   registrations_.push_back({kind, form, callback, user_data, ++registrations_made_});
@@ -58,7 +59,7 @@ bool EventQueue::remove(lcmgr_report_event_t kind, void* callback, void* user_da
         return registration.kind == kind && registration.callback == callback &&
                registration.user_data == user_data;
       });
-  if (gone == registrations_.end()) return false;
+  if (gone == registrations_.end()) return refuse("no such callback is registered");
   listeners_[kind] -= static_cast<unsigned>(registrations_.end() - gone);
   registrations_.erase(gone, registrations_.end());
   return true;

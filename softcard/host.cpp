@@ -65,6 +65,29 @@ std::list<LagNode>::iterator find_lag(std::list<LagNode>& list, unsigned id) {
                       [id](const LagNode& node) { return node.id() == id; });
 }
 
+// The list's LAG of that id, or its end and the reason of a refusal.
+std::list<LagNode>::iterator require_lag(std::list<LagNode>& list, unsigned id) {
+  const auto node = find_lag(list, id);
+  if (node == list.end()) refuse("LAG id ", id, " is not in the list");
+  return node;
+}
+
+// The card, or null and the reason of a refusal.
+Card* require_card() {
+  Card* const present = card();
+  if (present == nullptr) refuse("there is no card: vorn_lcmgr_api_init() makes it");
+  return present;
+}
+
+// Why an address has no LAG id.
+bool refuse_lag(const Usp& lag) {
+  return AddressPlan::is_lag(lag) ? refuse(lag, " does not exist")
+                                  : process().addresses.refuse(lag);
+}
+
+// A question about an address is answered no with what the address is.
+bool answer(bool is_so, const Usp& port) { return is_so || process().addresses.refuse(port); }
+
 bool contains(const std::list<Mp>& members, const Mp& mp) {
   return std::find(members.begin(), members.end(), mp) != members.end();
 }
@@ -124,7 +147,7 @@ bool initialise(int& out) {
     CardDescription description = own.chosen;
     if (!own.description_path.empty() &&
         !load_card_description(own.description_path, description, own.error)) {
-      return false;
+      return refuse(own.error);
     }
     own.description = description;
     own.addresses = AddressPlan(static_cast<PortIndex>(description.ports.size()));
@@ -137,11 +160,11 @@ bool create_instance() {
   Process& own = process();
   if (own.instance != nullptr) {
     own.error = "the line card is in use already";
-    return false;
+    return refuse(own.error);
   }
   if (own.addresses.port_count() == 0) {
     own.error = "the line card is not initialised";
-    return false;
+    return refuse(own.error);
   }
   if (own.clock == nullptr) own.clock = std::make_shared<RealClock>();
   own.instance = std::make_shared<Instance>(own.description, own.clock, own.watch);
@@ -227,12 +250,13 @@ CallWatch& call_watch() { return process().watch; }
 }  // namespace softcard::host
 
 namespace host = softcard::host;
+using softcard::refuse;
 
 // ---- vorn_sdk.h ---------------------------------------------------------------------------------
 
 bool vornsdk_get_sdk_instance(VornSdkBase*& sdk) {
+  if (host::require_card() == nullptr) return false;
   host::Instance* const instance = host::process().instance.get();
-  if (instance == nullptr) return false;
   sdk = &instance->sdk;
   if (host::call_watch().watching()) sdk = &instance->watched_sdk;
   return true;
@@ -242,8 +266,9 @@ bool vornsdk_create_sdk_instance() { return host::create_instance(); }
 
 bool vornsdk_delete_sdk_instance(VornSdkBase* sdk) {
   host::Process& own = host::process();
-  if (own.instance == nullptr || (sdk != &own.instance->sdk && sdk != &own.instance->watched_sdk)) {
-    return false;
+  if (host::require_card() == nullptr) return false;
+  if (sdk != &own.instance->sdk && sdk != &own.instance->watched_sdk) {
+    return refuse("the SDK object is not the card's");
   }
   // A callback may have asked for it: then the card stays until the call of it that is under way
   // comes back.
@@ -254,14 +279,15 @@ bool vornsdk_delete_sdk_instance(VornSdkBase* sdk) {
 }
 
 bool vornsdk_lag_usp_to_lag_id(const Usp& lag, unsigned int& id) {
-  const softcard::Card* const card = host::card();
-  return card != nullptr && card->tables().lags.id_of(lag, id);
+  const softcard::Card* const card = host::require_card();
+  return card != nullptr && (card->tables().lags.id_of(lag, id) || host::refuse_lag(lag));
 }
 
 bool vornsdk_lag_id_to_lag_usp(unsigned int id, Usp& lag) {
-  const softcard::Card* const card = host::card();
-  const Usp found = card == nullptr ? Usp(0, 0, 0) : card->tables().lags.usp_of(id);
-  if (found == Usp(0, 0, 0)) return false;
+  const softcard::Card* const card = host::require_card();
+  if (card == nullptr) return false;
+  const Usp found = card->tables().lags.usp_of(id);
+  if (found == Usp(0, 0, 0)) return refuse("LAG id ", id, " has no LAG interface");
   lag = found;
   return true;
 }
@@ -269,16 +295,18 @@ bool vornsdk_lag_id_to_lag_usp(unsigned int id, Usp& lag) {
 // A LAG whose address is refused is taken back, from the SDK and from the list: nobody could reach
 // it again.
 bool vornsdk_add_lag_mapping(const Usp& lag, unsigned int id) {
-  softcard::Card* const card = host::card();
+  softcard::Card* const card = host::require_card();
   if (card == nullptr) return false;
-  if (card->tables().lags.pair(lag, id)) return true;
-  if (card->tables().lags.usp_of(id) == Usp(0, 0, 0) && card->delete_lag(id))
-    delete_lag_from_list(id, lag_list);
+  softcard::LagTable& lags = card->tables().lags;
+  if (lags.pair(lag, id)) return true;
+  if (lags.exists(id) && lags.usp_of(id) == Usp(0, 0, 0) && card->delete_lag(id)) {
+    if (host::find_lag(lag_list, id) != lag_list.end()) delete_lag_from_list(id, lag_list);
+  }
   return false;
 }
 
 bool vornsdk_delete_lag_mapping(const Usp& lag, unsigned int id) {
-  softcard::Card* const card = host::card();
+  softcard::Card* const card = host::require_card();
   return card != nullptr && card->tables().lags.unpair(lag, id);
 }
 
@@ -286,31 +314,44 @@ bool vornsdk_delete_lag_mapping(const Usp& lag, unsigned int id) {
 
 bool vorn_init_line_card(int& out) { return host::initialise(out); }
 
-bool is_port_physical(const Usp& port) { return host::process().addresses.is_physical(port); }
+// What is answered no counts as a refusal, too: it may be why the library then refuses a call.
 
-bool is_port_logical_lag(const Usp& port) { return softcard::AddressPlan::is_lag(port); }
+bool is_port_physical(const Usp& port) {
+  return host::answer(host::process().addresses.is_physical(port), port);
+}
 
-bool is_port_logical_vlan(const Usp& port) { return softcard::AddressPlan::is_vlan(port); }
+bool is_port_logical_lag(const Usp& port) {
+  return host::answer(softcard::AddressPlan::is_lag(port), port);
+}
+
+bool is_port_logical_vlan(const Usp& port) {
+  return host::answer(softcard::AddressPlan::is_vlan(port), port);
+}
 
 bool vorn_usp_to_mp(const Usp& port, Mp& mp) {
   softcard::PortIndex index = 0;
-  if (!host::process().addresses.port_of(port, index)) return false;
+  const softcard::AddressPlan& addresses = host::process().addresses;
+  if (!addresses.port_of(port, index)) return addresses.refuse(port);
   mp = softcard::AddressPlan::mp_of(index);
   return true;
 }
 
 // False for a LAG or VLAN that does not exist.
 bool vorn_usp_to_mp_list(const Usp& port, std::list<Mp>& mps) {
-  Mp mp(0, 0);
-  if (vorn_usp_to_mp(port, mp)) {
-    mps.push_back(mp);
+  softcard::PortIndex index = 0;
+  const softcard::AddressPlan& addresses = host::process().addresses;
+  if (addresses.port_of(port, index)) {
+    mps.push_back(softcard::AddressPlan::mp_of(index));
     return true;
   }
-  softcard::Card* const card = host::card();
-  unsigned id = 0;
+  if (!addresses.is_lag(port) && !addresses.is_vlan(port)) return addresses.refuse(port);
+  softcard::Card* const card = host::require_card();
   if (card == nullptr) return false;
-  if (card->tables().lags.id_of(port, id)) return get_lag_member(id, mps);
-  if (!is_port_logical_vlan(port) || !card->tables().vlans.known(port.port())) return false;
+  if (addresses.is_lag(port)) {
+    unsigned id = 0;
+    return vornsdk_lag_usp_to_lag_id(port, id) && get_lag_member(id, mps);
+  }
+  if (!card->tables().vlans.require(port.port())) return false;
   for (const softcard::PortIndex member : card->tables().vlans.members(port.port())) {
     mps.push_back(softcard::AddressPlan::mp_of(member));
   }
@@ -320,14 +361,16 @@ bool vorn_usp_to_mp_list(const Usp& port, std::list<Mp>& mps) {
 bool vorn_usp_list_to_mp_list(const std::list<Usp>& ports, std::list<Mp>& mps) {
   for (const Usp& port : ports) {
     const std::size_t before = mps.size();
-    if (!vorn_usp_to_mp_list(port, mps) || mps.size() == before) return false;
+    if (!vorn_usp_to_mp_list(port, mps)) return false;
+    if (mps.size() == before) return refuse(port, " has no members");
   }
   return true;
 }
 
 bool vorn_mp_to_usp(const Mp& mp, Usp& port) {
   softcard::PortIndex index = 0;
-  if (!host::process().addresses.port_of(mp, index)) return false;
+  const softcard::AddressPlan& addresses = host::process().addresses;
+  if (!addresses.port_of(mp, index)) return addresses.refuse(mp);
   port = softcard::AddressPlan::usp_of(index);
   return true;
 }
@@ -344,7 +387,7 @@ bool vorn_mp_list_to_usp_list(const std::list<Mp>& mps, std::list<Usp>& ports) {
 // ---- vorn_lag_list.h ----------------------------------------------------------------------------
 
 bool add_lag_to_list(unsigned int id, std::list<LagNode>& list) {
-  if (host::find_lag(list, id) != list.end()) return false;
+  if (host::find_lag(list, id) != list.end()) return refuse("LAG id ", id, " is in the list");
   host::Instance* const store = host::node_store(list);
   std::list<LagNode> node =
       host::node_of(store == nullptr ? nullptr : &store->spare_lags, LagNode(id));
@@ -353,7 +396,7 @@ bool add_lag_to_list(unsigned int id, std::list<LagNode>& list) {
 }
 
 bool delete_lag_from_list(unsigned int id, std::list<LagNode>& list) {
-  const auto node = host::find_lag(list, id);
+  const auto node = host::require_lag(list, id);
   if (node == list.end()) return false;
   if (host::Instance* const store = host::node_store(list)) {
     store->spare_members.splice(store->spare_members.end(), node->members());
@@ -365,11 +408,11 @@ bool delete_lag_from_list(unsigned int id, std::list<LagNode>& list) {
 }
 
 bool is_lag_exist(unsigned int id, std::list<LagNode> list) {
-  return host::find_lag(list, id) != list.end();
+  return host::require_lag(list, id) != list.end();
 }
 
 bool add_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& members) {
-  const auto node = host::find_lag(list, id);
+  const auto node = host::require_lag(list, id);
   if (node == list.end()) return false;
   host::Instance* const store = host::node_store(list);
   std::list<Mp> added;
@@ -383,7 +426,7 @@ bool add_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& me
 }
 
 bool delete_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& members) {
-  const auto node = host::find_lag(list, id);
+  const auto node = host::require_lag(list, id);
   if (node == list.end()) return false;
   host::Instance* const store = host::node_store(list);
   std::list<Mp> removed;
@@ -397,7 +440,7 @@ bool delete_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>&
 }
 
 bool get_lag_member(unsigned int id, std::list<Mp>& members) {
-  const auto node = host::find_lag(lag_list, id);
+  const auto node = host::require_lag(lag_list, id);
   if (node == lag_list.end()) return false;
   members.insert(members.end(), node->members().begin(), node->members().end());
   return true;

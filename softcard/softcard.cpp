@@ -100,8 +100,7 @@ Card* card_with(usp_s usp, PortIndex& port) {
   if (card == nullptr) return nullptr;
   const Usp named(usp.unit, usp.slot, usp.port);
   if (card->addresses().port_of(named, port)) return card;
-  refuse(softcard::AddressPlan::text(named), ": no port of the card, which has ",
-         card->addresses().port_count());
+  card->addresses().refuse(named);
   return nullptr;
 }
 
@@ -112,8 +111,7 @@ MemoryCable* memory_of(usp_s usp) {
   if (card == nullptr) return nullptr;
   auto* const cable = dynamic_cast<MemoryCable*>(card->cable(port));
   if (cable == nullptr) {
-    refuse(softcard::AddressPlan::text(softcard::AddressPlan::usp_of(port)),
-           " is not plugged into memory");
+    refuse(softcard::AddressPlan::usp_of(port), " is not plugged into memory");
   }
   return cable;
 }
@@ -339,9 +337,7 @@ const char* softcard_drop_reason(unsigned int n) {
 // ---- Failures on purpose ------------------------------------------------------------------------
 
 int softcard_fail(const char* operation, unsigned int nth) {
-  if (nth == 0) return refuse("nth 0: 1 is the next call");
-  if (softcard::host::call_watch().refuse(operation, nth)) return 1;
-  return refuse("'", operation, "' is no operation of the SDK");
+  return softcard::host::call_watch().refuse(operation, nth);
 }
 
 void softcard_fail_none(void) { softcard::host::call_watch().clear_refusals(); }

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "softcard/base/refusal.h"
 #include "softcard/base/text.h"
 
 namespace softcard {
@@ -13,6 +14,33 @@ std::string AddressPlan::text(const Usp& usp) {
   if (is_vlan(usp)) return "vlan/" + std::to_string(usp.port());
   return std::to_string(usp.unit()) + '/' + std::to_string(usp.slot()) + '/' +
          std::to_string(usp.port());
+}
+
+std::string AddressPlan::text(const Mp& mp) {
+  if (mp.module() == kModule && mp.port() != 0) return text(Usp(kUnit, kPortSlot, mp.port() - 1));
+  return std::to_string(mp.module()) + ':' + std::to_string(mp.port());
+}
+
+bool AddressPlan::refuse(const Usp& usp) const {
+  if (is_physical(usp)) return softcard::refuse(usp, " is a port");
+  if (is_lag(usp)) return softcard::refuse(usp, " is a LAG interface");
+  if (is_vlan(usp)) return softcard::refuse(usp, " is a VLAN interface");
+  if (usp.unit() != kUnit || usp.slot() < kPortSlot || usp.slot() > kVlanSlot) {
+    return softcard::refuse(usp, " is no address of the card");
+  }
+  if (usp.slot() == kLagSlot) {
+    return softcard::refuse(usp, ": LAG interfaces are 1 to ", kMaxLagNumber);
+  }
+  if (usp.slot() == kVlanSlot) return softcard::refuse(usp, ": VLANs are 1 to ", kMaxVlan);
+  if (port_count_ == 0) return softcard::refuse(usp, ": there is no card");
+  return softcard::refuse(usp, ": the card has ", port_count_, " ports");
+}
+
+bool AddressPlan::refuse(const Mp& mp) const {
+  if (mp.module() == kModule && mp.port() != 0) {
+    return softcard::refuse(mp, ": the card has ", port_count_, " ports");
+  }
+  return softcard::refuse(mp, " is no port");
 }
 
 bool parse_usp(const std::string& text, Usp& usp, std::string& error) {

@@ -62,6 +62,14 @@ class AddressPlan {
 
   // "1/1/3", "lag/2", "vlan/10"; any other address as its three numbers.
   static std::string text(const Usp& usp);
+  // The text of the port that it is, on a card of enough ports; any other address as its two
+  // numbers, "0:0".
+  static std::string text(const Mp& mp);
+
+  // Keep, as the reason of a refusal, what an address is when it is not what it should be: "1/1/99:
+  // the card has 52 ports", "lag/2 is a LAG interface". Always false.
+  bool refuse(const Usp& usp) const;
+  bool refuse(const Mp& mp) const;
 
  private:
   PortIndex port_count_;

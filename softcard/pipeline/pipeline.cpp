@@ -15,6 +15,8 @@
 #include <optional>
 #include <utility>
 
+#include "softcard/base/address_plan.h"
+#include "softcard/base/refusal.h"
 #include "softcard/frames/checksum.h"
 #include "softcard/frames/offload.h"
 #include "softcard/frames/rewrite.h"
@@ -1053,9 +1055,11 @@ bool Pipeline::read_cpu_frame(const std::uint8_t* data, std::size_t bytes, unsig
                               Passage& passage) {
   now_ns_ = clock_.now_ns();
   passage.frame = pool_.make(data, bytes);
-  if (passage.frame == nullptr ||
-      parse(passage.frame->data(), bytes, passage.headers) != FrameFault::none) {
-    return false;
+  if (passage.frame == nullptr) return refuse("packet of ", bytes, " bytes: no frame has room");
+  const FrameFault fault = parse(passage.frame->data(), bytes, passage.headers);
+  if (fault != FrameFault::none) {
+    return refuse("packet of ", bytes, " bytes: ",
+                  text(fault == FrameFault::runt ? DropReason::runt : DropReason::malformed));
   }
   passage.control = type == PACKET_TYPE_CONTROL;
   passage.priority = passage.headers.tag_priority();
@@ -1071,6 +1075,8 @@ bool Pipeline::send_by_port(const std::vector<PortIndex>& tagged,
   Passage passage;
   if (!read_cpu_frame(data, bytes, type, passage)) return false;
   bool sent = false;
+  PortIndex kept_from = kNoPort;  // the last port that the packet does not leave, and why
+  DropReason why = DropReason::no_buffer;
   const auto send_copy = [&](PortIndex egress, Tagging tagging) {
     const std::uint16_t own = passage.headers.tag_vlan();
     passage.vlan = own != 0 ? own : tables_.port_vlans.pvid(egress);
@@ -1079,16 +1085,24 @@ bool Pipeline::send_by_port(const std::vector<PortIndex>& tagged,
     if (!ineligible(passage, egress, tagging, reason)) copy = pool_.copy(*passage.frame);
     if (copy == nullptr) {
       egress_.drop(egress, reason);
-      return;
+    } else {
+      copy->vlan = passage.vlan;
+      copy->priority = passage.priority;
+      if (emit(passage, std::move(copy), egress, tagging)) {
+        sent = true;
+        return;
+      }
+      reason = DropReason::egress_mtu;  // the one thing that emit() refuses
     }
-    copy->vlan = passage.vlan;
-    copy->priority = passage.priority;
-    sent |= emit(passage, std::move(copy), egress, tagging);
+    kept_from = egress;
+    why = reason;
   };
   for (const PortIndex egress : tagged) send_copy(egress, Tagging::tagged);
   for (const PortIndex egress : untagged) send_copy(egress, Tagging::untagged);
   burst.send();
-  return sent;
+  if (sent) return true;
+  if (kept_from == kNoPort) return refuse("packet: there is no port to send it to");
+  return refuse(AddressPlan::usp_of(kept_from), ": ", text(why));
 }
 
 bool Pipeline::send_from_cpu(const std::uint8_t* data, std::size_t bytes, unsigned type) {
@@ -1097,7 +1111,9 @@ bool Pipeline::send_from_cpu(const std::uint8_t* data, std::size_t bytes, unsign
   Passage passage;
   if (!read_cpu_frame(data, bytes, type, passage)) return false;
   passage.vlan = passage.headers.tag_vlan() != 0 ? passage.headers.tag_vlan() : kDefaultVlan;
-  if (!tables_.vlans.exists(passage.vlan)) return false;
+  if (!tables_.vlans.exists(passage.vlan)) {
+    return refuse("VLAN ", passage.vlan, " does not exist");
+  }
   passage.frame->vlan = passage.vlan;
   passage.frame->priority = passage.priority;
   passage.router = router_of(passage);

@@ -73,8 +73,11 @@ class CallText {
   // The next argument is an output that was not written.
   void add_unknown() { append("?"); }
 
-  // The whole line.
-  std::string finish(bool result) const { return text_ + ") = " + (result ? "true" : "false"); }
+  // The whole line; `reason` is why the result is false, or empty: "create_vlan(0) = false: VLAN 0:
+  // below 1".
+  std::string finish(bool result, const std::string& reason) const {
+    return text_ + ") = " + (result ? "true" : "false") + (reason.empty() ? "" : ": ") + reason;
+  }
 
  private:
   void append(const std::string& argument);

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <iostream>
 
+#include "softcard/base/refusal.h"
+
 namespace softcard {
 namespace {
 
@@ -115,13 +117,16 @@ bool CallWatch::set_trace(const std::string& target, bool on) {
     return true;
   }
   const unsigned bit = module_bit([&](const Module& module) { return module.name == target; });
-  if (bit == 0) return false;
+  if (bit == 0) return softcard::refuse("there is no trace target '", target, "'");
   traced_modules_ = on ? traced_modules_ | bit : traced_modules_ & ~bit;
   return true;
 }
 
 bool CallWatch::refuse(const std::string& operation, unsigned nth) {
-  if (nth == 0 || module_bit_of(operation) == 0) return false;
+  if (nth == 0) return softcard::refuse("nth 0: 1 is the next call");
+  if (module_bit_of(operation) == 0) {
+    return softcard::refuse("'", operation, "' is no operation of the SDK");
+  }
   refusals_.emplace(operation, nth);
   return true;
 }
@@ -137,6 +142,7 @@ bool CallWatch::refuses(std::string_view operation) {
     refusal = refusals_.erase(refusal);
     refused = true;
   }
+  if (refused) softcard::refuse(operation, ": refused on purpose");
   return refused;
 }
 

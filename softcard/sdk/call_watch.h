@@ -2,7 +2,8 @@
 //
 // What is watched of an SDK's calls: traces those of the modules that vorn_set_lcmgr_trace()
 // switched on, and has chosen calls refused, so that a client can be tried against an SDK that says
-// no. WatchedSdk puts it in front of an SDK.
+// no. WatchedSdk puts it in front of an SDK. Such a refusal has the reason "create_vlan: refused on
+// purpose", and the trace ends a call that was refused with its reason.
 //
 // Operations go by their names in VornSdkBase, and each belongs to one module, which is traced
 // under the name that clients use for it:
@@ -55,7 +56,7 @@ class CallWatch {
 
   // Whether any call is traced or to be refused: an SDK need not be wrapped while none is.
   bool watching() const { return trace_all_ || traced_modules_ != 0 || !refusals_.empty(); }
-  // Counts a call of the operation; true when it is one to refuse.
+  // Counts a call of the operation; true, and the reason given, when it is one to refuse.
   bool refuses(std::string_view operation);
   bool traces(std::string_view operation) const;
   // Writes a line of the trace.

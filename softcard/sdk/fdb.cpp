@@ -2,6 +2,8 @@
 //
 // The MAC table, its limits and locks.
 
+#include <climits>
+
 #include "softcard/sdk/sdk.h"
 
 #include "softcard/sdk/conversions.h"
@@ -12,6 +14,15 @@ namespace {
 
 bool bit_of(const unsigned char* bitmap, unsigned vlan) {
   return (bitmap[vlan / 8] >> (vlan % 8) & 1) != 0;
+}
+
+// What add_...() of the table answers: false means that it is full.
+bool added(const FdbTable& fdb, bool done) { return done || refuse_full("fdb", fdb.capacity()); }
+
+// Whether `mp` is a VLAN that exists: module 0, and its number.
+bool vlan_of(Card& card, const Mp& mp) {
+  if (mp.module() != 0) return refuse(mp, " is no VLAN");
+  return card.tables().vlans.require(mp.port());
 }
 
 // What a flush removes everywhere.
@@ -26,14 +37,15 @@ FdbFilter flushed(bool and_static) {
 bool SoftSdk::add_mac_to_port(const Mp& mp, const unsigned char* mac, unsigned int vlan,
                               bool trunk) {
   Destination destination;
-  return tables_.vlans.known(vlan) && destination_of(card_, mp, trunk, destination) &&
-         tables_.fdb.add_static(static_cast<std::uint16_t>(vlan), mac_of(mac), destination,
-                                card_.now_seconds());
+  return tables_.vlans.require(vlan) && destination_of(card_, mp, trunk, destination) &&
+         added(tables_.fdb, tables_.fdb.add_static(static_cast<std::uint16_t>(vlan), mac_of(mac),
+                                                   destination, card_.now_seconds()));
 }
 
 bool SoftSdk::add_system_mac(const unsigned char* mac, unsigned int vlan) {
-  return tables_.vlans.known(vlan) &&
-         tables_.fdb.add_system(static_cast<std::uint16_t>(vlan), mac_of(mac), card_.now_seconds());
+  return tables_.vlans.require(vlan) &&
+         added(tables_.fdb, tables_.fdb.add_system(static_cast<std::uint16_t>(vlan), mac_of(mac),
+                                                   card_.now_seconds()));
 }
 
 bool SoftSdk::add_system_mac_vlan_bitmap(const unsigned char* mac, const unsigned char* bitmap) {
@@ -41,7 +53,9 @@ bool SoftSdk::add_system_mac_vlan_bitmap(const unsigned char* mac, const unsigne
 }
 
 bool SoftSdk::delete_mac(const unsigned char* mac, unsigned int vlan) {
-  return valid_vlan(vlan) && tables_.fdb.remove(static_cast<std::uint16_t>(vlan), mac_of(mac));
+  return in_range("VLAN", vlan, 1, kMaxVlan) &&
+         (tables_.fdb.remove(static_cast<std::uint16_t>(vlan), mac_of(mac)) ||
+          refuse("there is no ", mac_of(mac), " in VLAN ", vlan));
 }
 
 bool SoftSdk::delete_mac_vlan_bitmap(const unsigned char* mac, unsigned char* bitmap) {
@@ -50,11 +64,11 @@ bool SoftSdk::delete_mac_vlan_bitmap(const unsigned char* mac, unsigned char* bi
     if (!bit_of(bitmap, vlan)) continue;
     removed |= tables_.fdb.remove(static_cast<std::uint16_t>(vlan), mac_of(mac));
   }
-  return removed;
+  return removed || refuse("there is no ", mac_of(mac), " in any VLAN of the bitmap");
 }
 
 bool SoftSdk::delete_mac_by_mac(const unsigned char* mac) {
-  return tables_.fdb.remove_mac(mac_of(mac)) != 0;
+  return tables_.fdb.remove_mac(mac_of(mac)) != 0 || refuse("there is no ", mac_of(mac));
 }
 
 bool SoftSdk::clear_fdb_by_port(const Mp& mp, bool trunk, bool and_static) {
@@ -67,7 +81,7 @@ bool SoftSdk::clear_fdb_by_port(const Mp& mp, bool trunk, bool and_static) {
 }
 
 bool SoftSdk::clear_fdb_by_vlan(unsigned int vlan, bool and_static) {
-  if (!tables_.vlans.known(vlan)) return false;
+  if (!tables_.vlans.require(vlan)) return false;
   FdbFilter filter = flushed(and_static);
   filter.vlan = static_cast<std::uint16_t>(vlan);
   tables_.fdb.flush(filter);
@@ -80,7 +94,7 @@ bool SoftSdk::clear_fdb_table(bool and_static) {
 }
 
 bool SoftSdk::set_fdb_aging_time(int seconds) {
-  if (seconds < 0) return false;
+  if (!in_range("ageing time", seconds, 0, INT_MAX)) return false;
   tables_.fdb.set_ageing_seconds(static_cast<std::uint32_t>(seconds));
   return true;
 }
@@ -92,7 +106,9 @@ bool SoftSdk::get_fdb_aging_time(int& seconds) {
 
 bool SoftSdk::traverse_mac_table(void* arg) {
   const auto* const request = static_cast<const mac_traverse_s*>(arg);
-  if (request == nullptr || request->visit == nullptr) return false;
+  if (request == nullptr || request->visit == nullptr) {
+    return refuse("the walk has no function to call");
+  }
   bool more = true;
   const std::shared_ptr<const void> alive = card_.keep_alive();
   tables_.fdb.for_each([&](const FdbEntry& entry) {
@@ -129,17 +145,16 @@ bool SoftSdk::set_system_mac_limit(const Mp& mp, int limit, unsigned int kind) {
   PortIndex port = 0;
   switch (kind) {
     case PORT_KIND_PHYSICAL:
-      return card_.addresses().port_of(mp, port) && limits.set_port_limit(port, limit);
+      return port_of(card_.addresses(), mp, port) && limits.set_port_limit(port, limit);
     case PORT_KIND_LAG:
-      return mp.module() == 0 && tables_.lags.exists(mp.port()) &&
-             limits.set_lag_limit(mp.port(), limit);
+      return lag_of(card_, mp) && limits.set_lag_limit(mp.port(), limit);
     case PORT_KIND_VLAN:
-      return mp.module() == 0 && tables_.vlans.known(mp.port()) &&
-             limits.set_vlan_limit(mp.port(), limit);
+      return vlan_of(card_, mp) && limits.set_vlan_limit(mp.port(), limit);
     case PORT_KIND_SYSTEM:
-      return mp == Mp(0, 0) && limits.set_system_limit(limit);
+      if (mp != Mp(0, 0)) return refuse(mp, " is not the whole switch");
+      return limits.set_system_limit(limit);
     default:
-      return false;
+      return in_range("kind of port", kind, PORT_KIND_PHYSICAL, PORT_KIND_SYSTEM);
   }
 }
 
@@ -148,16 +163,26 @@ bool SoftSdk::get_system_mac_limit(const Mp& mp, int& limit, unsigned int kind) 
   PortIndex port = 0;
   if (mp == Mp(0, 0)) {
     limit = limits.system_limit();
-  } else if (kind == PORT_KIND_PHYSICAL && card_.addresses().port_of(mp, port)) {
-    limit = limits.port_limit(port);
-  } else if (kind == PORT_KIND_LAG && mp.module() == 0 && tables_.lags.exists(mp.port())) {
-    limit = limits.lag_limit(mp.port());
-  } else if (kind == PORT_KIND_VLAN && mp.module() == 0 && tables_.vlans.known(mp.port())) {
-    limit = limits.vlan_limit(mp.port());
-  } else {
-    return false;
+    return true;
   }
-  return true;
+  switch (kind) {
+    case PORT_KIND_PHYSICAL:
+      if (!port_of(card_.addresses(), mp, port)) return false;
+      limit = limits.port_limit(port);
+      return true;
+    case PORT_KIND_LAG:
+      if (!lag_of(card_, mp)) return false;
+      limit = limits.lag_limit(mp.port());
+      return true;
+    case PORT_KIND_VLAN:
+      if (!vlan_of(card_, mp)) return false;
+      limit = limits.vlan_limit(mp.port());
+      return true;
+    case PORT_KIND_SYSTEM:
+      return refuse(mp, " is not the whole switch");
+    default:
+      return in_range("kind of port", kind, PORT_KIND_PHYSICAL, PORT_KIND_SYSTEM);
+  }
 }
 
 }  // namespace softcard

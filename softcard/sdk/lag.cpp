@@ -27,7 +27,7 @@ bool SoftSdk::set_lag_balancing_strategy(unsigned int id, lag_psc_t psc) {
 }
 
 bool SoftSdk::get_lag_balancing_strategy(unsigned int id, lag_psc_t& psc) {
-  if (!tables_.lags.exists(id)) return false;
+  if (!tables_.lags.require(id)) return false;
   psc = tables_.lags[id].psc;
   return true;
 }

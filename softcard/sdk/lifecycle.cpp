@@ -12,7 +12,7 @@ bool SoftSdk::get_line_card_usp(Usp& usp) {
 }
 
 bool SoftSdk::free_call(int number) {
-  if (number != kFreeCallClearCounters) return false;
+  if (number != kFreeCallClearCounters) return refuse("there is no free call ", number);
   card_.clear_counters();
   return true;
 }

@@ -68,7 +68,7 @@ bool SoftSdk::get_port_mtu(const Mp& mp, unsigned int& bytes) {
 
 bool SoftSdk::set_port_link_state(const Mp& mp, phy_state_t state) {
   return on_port(mp, [&](PortIndex port) {
-    if (state != PHY_STATE_DOWN && state != PHY_STATE_UP) return false;
+    if (!in_range("link state", unsigned{state}, PHY_STATE_DOWN, PHY_STATE_UP)) return false;
     tables_.ports.set_phy_forced_down(port, state == PHY_STATE_DOWN);
     return true;
   });

@@ -4,8 +4,8 @@
 // tables. What an operation means is said in vorn_sdk_base.h; what this card refuses, in
 // docs/softcard.md.
 //
-// An operation that is refused changes nothing. The operations of a family stand in the file of
-// its name.
+// An operation that is refused changes nothing and gives one reason (softcard/base/refusal.h). The
+// operations of a family stand in the file of its name.
 #ifndef SOFTCARD_SDK_SDK_H_
 #define SOFTCARD_SDK_SDK_H_
 
@@ -15,6 +15,7 @@
 
 #include "softcard/card.h"
 #include "softcard/sdk/call_watch.h"
+#include "softcard/sdk/conversions.h"
 #include "vorn_sdk_base.h"
 
 namespace softcard {
@@ -278,7 +279,7 @@ class SoftSdk final : public VornSdkBase {
   template <class Work>
   bool on_port(const Mp& mp, Work&& work) {
     PortIndex port = 0;
-    if (!card_.addresses().port_of(mp, port)) return false;
+    if (!port_of(card_.addresses(), mp, port)) return false;
     if constexpr (std::is_void_v<decltype(work(port))>) {
       work(port);
       return true;

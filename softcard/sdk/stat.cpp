@@ -41,7 +41,7 @@ bool SoftSdk::get_port_stat_enabled(const Mp& mp, bool& on) {
 }
 
 bool SoftSdk::get_port_stat_counter(const Mp& mp, stat_type_t type, unsigned long long& value) {
-  return type < STAT_TYPE_COUNT &&
+  return in_range("counter", unsigned{type}, 0, STAT_TYPE_COUNT - 1) &&
          on_port(mp, [&](PortIndex port) { value = tables_.counters.value(port, type); });
 }
 
@@ -72,7 +72,7 @@ bool SoftSdk::get_port_stat_counter_all32_ext(const Mp& mp, StatCounter32* count
 
 bool SoftSdk::get_port_brief_stat_counter64(const Mp& mp, brief_stat_type_t type,
                                             unsigned long long& value) {
-  return type < BRIEF_STAT_TYPE_COUNT &&
+  return in_range("brief counter", unsigned{type}, 0, BRIEF_STAT_TYPE_COUNT - 1) &&
          on_port(mp, [&](PortIndex port) { value = tables_.counters.brief(port, type); });
 }
 

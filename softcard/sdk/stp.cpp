@@ -11,7 +11,7 @@ bool SoftSdk::set_port_mstp_state(unsigned int instance, const Mp& mp, mstp_stat
 }
 
 bool SoftSdk::get_port_mstp_state(unsigned int instance, const Mp& mp, mstp_state_t& state) {
-  return instance < kMstpInstances &&
+  return in_range("instance", instance, 0, kMstpInstances - 1) &&
          on_port(mp, [&](PortIndex port) { state = tables_.stp.mstp(instance, port); });
 }
 

@@ -10,14 +10,16 @@ namespace softcard {
 
 bool SoftSdk::set_port_mirror(const Mp& mirror_to, const Mp& mirrored, mirror_type_t type) {
   PortIndex to = 0;
-  return card_.addresses().port_of(mirror_to, to) &&
+  return port_of(card_.addresses(), mirror_to, to) &&
          on_port(mirrored, [&](PortIndex port) { return tables_.mirrors.set(to, port, type); });
 }
 
 bool SoftSdk::get_port_mirror(Mp& mirror_to, const Mp& mirrored, mirror_type_t& type) {
   return on_port(mirrored, [&](PortIndex port) {
     const MirrorTable::Session& session = tables_.mirrors[port];
-    if (session.type == MIRROR_TYPE_NONE) return false;
+    if (session.type == MIRROR_TYPE_NONE) {
+      return refuse(AddressPlan::usp_of(port), " is not mirrored");
+    }
     mirror_to = AddressPlan::mp_of(session.to);
     type = session.type;
     return true;
@@ -80,14 +82,14 @@ bool SoftSdk::set_port_flood_blocking(const Mp& from, const Mp& to, flood_block_
   if (from == to && type != FLOOD_BLOCK_NONE) {
     return refuse("floods never leave through the port that they came in through");
   }
-  return card_.addresses().port_of(to, to_port) && on_port(from, [&](PortIndex port) {
+  return port_of(card_.addresses(), to, to_port) && on_port(from, [&](PortIndex port) {
            return tables_.flood_blocks.set(port, to_port, type);
          });
 }
 
 bool SoftSdk::get_port_flood_blocking(const Mp& from, const Mp& to, flood_block_type_t& type) {
   PortIndex to_port = 0;
-  return card_.addresses().port_of(to, to_port) &&
+  return port_of(card_.addresses(), to, to_port) &&
          on_port(from, [&](PortIndex port) { type = tables_.flood_blocks.get(port, to_port); });
 }
 
@@ -104,7 +106,7 @@ bool SoftSdk::set_port_cos_mapping(const Mp& mp, unsigned int priority, unsigned
 }
 
 bool SoftSdk::get_port_cos_mapping(const Mp& mp, unsigned int priority, unsigned int& queue) {
-  return priority < kPriorities &&
+  return in_range("priority", priority, 0, kPriorities - 1) &&
          on_port(mp, [&](PortIndex port) { queue = tables_.cos.queue(port, priority); });
 }
 

@@ -29,7 +29,7 @@ bool SoftSdk::delete_ports_from_vlan(unsigned int vlan, std::list<Mp>& ports) {
 }
 
 bool SoftSdk::get_vlan_info(unsigned int vlan, std::list<Mp>& tagged, std::list<Mp>& untagged) {
-  if (!tables_.vlans.known(vlan)) return false;
+  if (!tables_.vlans.require(vlan)) return false;
   std::list<Mp> tagged_mps = mps_of(tables_.vlans.tagged(vlan));
   std::list<Mp> untagged_mps = mps_of(tables_.vlans.untagged(vlan));
   tagged.splice(tagged.end(), tagged_mps);
@@ -51,7 +51,7 @@ bool SoftSdk::set_port_vlan_priority(const Mp& mp, unsigned int vlan, unsigned i
 }
 
 bool SoftSdk::get_port_vlan_priority(const Mp& mp, unsigned int vlan, unsigned int& priority) {
-  return vlan <= kMaxVlan &&
+  return in_range("VLAN", vlan, 0, kMaxVlan) &&
          on_port(mp, [&](PortIndex port) { priority = tables_.port_vlans.priority(port, vlan); });
 }
 

@@ -18,6 +18,7 @@
 #include <type_traits>
 #include <utility>
 
+#include "softcard/base/refusal.h"
 #include "softcard/sdk/call_text.h"
 #include "softcard/sdk/call_watch.h"
 #include "vorn_sdk_base.h"
@@ -590,12 +591,14 @@ class WatchedSdk final : public VornSdkBase {
   template <class... Parameters, class... Arguments>
   bool call(const char* operation, bool (Sdk::*function)(Parameters...), Arguments&&... arguments) {
     CallWatch& watch = watch_;  // a callback may end whoever holds this object
+    const std::uint64_t refused_before = refusals();
     const bool result =
         !watch.refuses(operation) && (sdk_.*function)(std::forward<Arguments>(arguments)...);
     if (!watch.traces(operation)) return result;
     CallText text(operation);
     (show<Parameters>(text, result, arguments), ...);
-    watch.write(text.finish(result));
+    const bool has_reason = !result && refusals() != refused_before;
+    watch.write(text.finish(result, has_reason ? last_refusal() : ""));
     return result;
   }
 

@@ -10,6 +10,7 @@
 
 #include "softcard/base/limits.h"
 #include "softcard/base/net_types.h"
+#include "softcard/base/refusal.h"
 
 namespace softcard {
 
@@ -22,7 +23,10 @@ class CosTable {
 
   // False for a priority or a queue that there is not.
   bool set_queue(PortIndex port, unsigned priority, unsigned queue) {
-    if (priority >= kPriorities || queue >= kQueues) return false;
+    if (!in_range("priority", priority, 0, kPriorities - 1) ||
+        !in_range("queue", queue, 0, kQueues - 1)) {
+      return false;
+    }
     queues_[port][priority] = static_cast<std::uint8_t>(queue);
     return true;
   }

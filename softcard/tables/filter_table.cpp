@@ -4,6 +4,9 @@
 
 #include <algorithm>
 
+#include "softcard/base/refusal.h"
+#include "softcard/base/text.h"
+
 namespace softcard {
 namespace {
 
@@ -17,7 +20,7 @@ auto find(std::vector<FilterTable::ArpFilter>& filters, Ipv4 ip, Ipv4 mask) {
 
 bool FilterTable::add_arp(Ipv4 ip, Ipv4 mask) {
   if (find(arp_, ip, mask) != arp_.end()) return true;
-  if (arp_.size() >= arp_capacity_) return false;
+  if (arp_.size() >= arp_capacity_) return refuse_full("arp-filters", arp_capacity_);
   arp_.push_back({ip & mask, mask});
   settle();
   return true;
@@ -25,7 +28,9 @@ bool FilterTable::add_arp(Ipv4 ip, Ipv4 mask) {
 
 bool FilterTable::remove_arp(Ipv4 ip, Ipv4 mask) {
   const auto filter = find(arp_, ip, mask);
-  if (filter == arp_.end()) return false;
+  if (filter == arp_.end()) {
+    return refuse("there is no ARP filter ", ipv4_text(ip), " mask ", ipv4_text(mask));
+  }
   arp_.erase(filter);
   settle();
   return true;
@@ -37,14 +42,15 @@ void FilterTable::clear_arp() {
 }
 
 bool FilterTable::add_ip_protocol(unsigned protocol) {
-  if (protocol >= ip_protocols_.size()) return false;
+  if (!in_range("IP protocol", protocol, 0, kHighestProtocol)) return false;
   ip_protocols_.set(protocol);
   settle();
   return true;
 }
 
 bool FilterTable::remove_ip_protocol(unsigned protocol) {
-  if (protocol >= ip_protocols_.size() || !ip_protocols_[protocol]) return false;
+  if (!in_range("IP protocol", protocol, 0, kHighestProtocol)) return false;
+  if (!ip_protocols_[protocol]) return refuse("there is no filter of IP protocol ", protocol);
   ip_protocols_.reset(protocol);
   settle();
   return true;
@@ -56,14 +62,15 @@ void FilterTable::clear_ip_protocols() {
 }
 
 bool FilterTable::add_l4_port(unsigned port) {
-  if (port >= l4_ports_.size()) return false;
+  if (!in_range("L4 port", port, 0, kHighestL4Port)) return false;
   l4_ports_.set(port);
   settle();
   return true;
 }
 
 bool FilterTable::remove_l4_port(unsigned port) {
-  if (port >= l4_ports_.size() || !l4_ports_[port]) return false;
+  if (!in_range("L4 port", port, 0, kHighestL4Port)) return false;
+  if (!l4_ports_[port]) return refuse("there is no filter of L4 port ", port);
   l4_ports_.reset(port);
   settle();
   return true;

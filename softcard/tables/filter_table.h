@@ -55,11 +55,14 @@ class FilterTable {
   void clear_l4_ports();
 
  private:
+  static constexpr unsigned kHighestProtocol = 255;
+  static constexpr unsigned kHighestL4Port = 65535;
+
   void settle() { any_ = !arp_.empty() || ip_protocols_.any() || l4_ports_.any(); }
 
   std::vector<ArpFilter> arp_;
-  std::bitset<256> ip_protocols_;
-  std::bitset<65536> l4_ports_;
+  std::bitset<kHighestProtocol + 1> ip_protocols_;
+  std::bitset<kHighestL4Port + 1> l4_ports_;
   std::size_t arp_capacity_;
   bool any_ = false;
 };

@@ -10,6 +10,7 @@
 
 #include "softcard/base/net_types.h"
 #include "softcard/base/port_set.h"
+#include "softcard/base/refusal.h"
 #include "vornlcapi/enums.h"
 
 namespace softcard {
@@ -28,7 +29,7 @@ class FloodBlockTable {
 
   // Replaces what was set for the pair; false for bits that name no kind.
   bool set(PortIndex from, PortIndex to, flood_block_type_t kinds) {
-    if (kinds > FLOOD_BLOCK_ALL) return false;
+    if (!in_range("kinds of floods", unsigned{kinds}, 0, FLOOD_BLOCK_ALL)) return false;
     for (unsigned i = 0; i < 3; ++i) blocked_[from][i].assign(to, (kinds >> i & 1) != 0);
     return true;
   }
@@ -39,7 +40,7 @@ class FloodBlockTable {
   }
 
   bool set_to_cpu(PortIndex from, flood_block_type_t kinds) {
-    if (kinds > FLOOD_BLOCK_ALL) return false;
+    if (!in_range("kinds of floods", unsigned{kinds}, 0, FLOOD_BLOCK_ALL)) return false;
     cpu_[from] = static_cast<std::uint8_t>(kinds);
     return true;
   }

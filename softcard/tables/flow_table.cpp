@@ -194,7 +194,7 @@ FlowResult FlowTable::add_action(std::uint32_t id, const FlowAction& action) {
   Flow& flow = entries_[position].flow;
   const FlowActions& old = actions(flow);
   if (std::find(old.begin(), old.end(), action) != old.end()) return FlowResult::exists;
-  if (old.count == kMaxFlowActions) return FlowResult::full;
+  if (old.count == kMaxFlowActions) return FlowResult::full_of_actions;
   if (flow.actions_ == kNil) flow.actions_ = action_lists_.take();
   FlowActions& list = action_lists_[flow.actions_];
   list.items[list.count++] = action;

@@ -186,12 +186,13 @@ struct Flow {
 // What an operation of FlowTable did.
 enum class FlowResult {
   done,
-  full,       // no room for the flow, or for one more action
-  id_taken,   // a flow has that id
-  bad_match,  // no VLAN id, or no PCP
-  no_flow,    // no flow has that id
-  exists,     // the flow has that action already
-  no_action,  // the flow has no such action
+  full,             // no room for the flow
+  full_of_actions,  // no room for one more action of the flow
+  id_taken,         // a flow has that id
+  bad_match,        // no VLAN id, or no PCP
+  no_flow,          // no flow has that id
+  exists,           // the flow has that action already
+  no_action,        // the flow has no such action
 };
 
 class FlowTable {

@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "softcard/base/limits.h"
+#include "softcard/base/refusal.h"
+#include "softcard/base/text.h"
 #include "softcard/base/undo.h"
 
 namespace softcard {
@@ -54,6 +56,20 @@ int mask_length(const Ipv6Address& mask) {
   const bool contiguous = bits.high() == leading_ones(std::min(length, 64u)) &&
                           bits.low() == leading_ones(length > 64 ? length - 64 : 0);
   return contiguous ? static_cast<int>(length) : -1;
+}
+
+bool mask_length(Ipv4 mask, unsigned& length) {
+  const int bits = mask_length(mask);
+  if (bits < 0) return refuse("mask ", ipv4_text(mask), " has holes");
+  length = static_cast<unsigned>(bits);
+  return true;
+}
+
+bool mask_length(const Ipv6Address& mask, unsigned& length) {
+  const int bits = mask_length(mask);
+  if (bits < 0) return refuse("mask ", mask, " has holes");
+  length = static_cast<unsigned>(bits);
+  return true;
 }
 
 Ipv4 masked(Ipv4 ip, unsigned length) { return ip & static_cast<Ipv4>(leading_ones(length) >> 32); }

@@ -53,6 +53,9 @@ struct NextHop {
 // The length of a mask, 0 to 32 or 128, or -1 when its ones are not all in front.
 int mask_length(Ipv4 mask);
 int mask_length(const Ipv6Address& mask);
+// The same with the reason of a refusal: false, and `length` untouched, for a mask with holes.
+bool mask_length(Ipv4 mask, unsigned& length);
+bool mask_length(const Ipv6Address& mask, unsigned& length);
 
 // `ip` with all bits behind the first `length` cleared.
 Ipv4 masked(Ipv4 ip, unsigned length);

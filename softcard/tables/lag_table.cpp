@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "softcard/base/refusal.h"
+
 namespace softcard {
 
 LagTable::LagTable(std::size_t capacity) : lags_(capacity), number_by_id_(capacity) {
@@ -14,26 +16,35 @@ LagTable::LagTable(std::size_t capacity) : lags_(capacity), number_by_id_(capaci
 bool LagTable::create(unsigned& id) {
   const auto free =
       std::find_if(lags_.begin(), lags_.end(), [](const Lag& lag) { return !lag.exists; });
-  if (free == lags_.end()) return false;
+  if (free == lags_.end()) return refuse_full("lags", lags_.size());
   *free = Lag();
   free->exists = true;
   id = static_cast<unsigned>(free - lags_.begin());
   return true;
 }
 
+bool LagTable::require(unsigned id) const {
+  return exists(id) || refuse("LAG id ", id, " does not exist");
+}
+
 bool LagTable::remove(unsigned id) {
-  if (!exists(id)) return false;
+  if (!require(id)) return false;
   for (const PortIndex port : lags_[id].set) lag_of_[port] = kNoLag;
   lags_[id] = Lag();
   return true;
 }
 
 bool LagTable::add_members(unsigned id, const std::vector<PortIndex>& ports) {
-  if (!exists(id)) return false;
+  if (!require(id)) return false;
   Lag lag = lags_[id];
   for (const PortIndex port : ports) {
     if (lag.set.contains(port)) continue;
-    if (lag_of_[port] != kNoLag || lag.size == Lag::kMaxMembers) return false;
+    if (lag_of_[port] != kNoLag) {
+      return refuse(AddressPlan::usp_of(port), " is a member of ", text(lag_of_[port]));
+    }
+    if (lag.size == Lag::kMaxMembers) {
+      return refuse(text(id), ": ", Lag::kMaxMembers, " members are the most");
+    }
     lag.members[lag.size++] = port;
     lag.set.insert(port);
   }
@@ -43,10 +54,12 @@ bool LagTable::add_members(unsigned id, const std::vector<PortIndex>& ports) {
 }
 
 bool LagTable::remove_members(unsigned id, const std::vector<PortIndex>& ports) {
-  if (!exists(id)) return false;
+  if (!require(id)) return false;
   Lag& lag = lags_[id];
   for (const PortIndex port : ports) {
-    if (!lag.set.contains(port)) return false;
+    if (!lag.set.contains(port)) {
+      return refuse(AddressPlan::usp_of(port), " is no member of ", text(id));
+    }
   }
   for (const PortIndex port : ports) {
     lag.set.erase(port);
@@ -59,7 +72,10 @@ bool LagTable::remove_members(unsigned id, const std::vector<PortIndex>& ports) 
 }
 
 bool LagTable::set_psc(unsigned id, lag_psc_t psc) {
-  if (!exists(id) || psc < LAG_PSC_SRC_MAC || psc > LAG_PSC_SRC_DST_IP_PORT) return false;
+  if (!require(id) ||
+      !in_range("balancing strategy", unsigned{psc}, LAG_PSC_SRC_MAC, LAG_PSC_SRC_DST_IP_PORT)) {
+    return false;
+  }
   lags_[id].psc = psc;
   return true;
 }
@@ -71,6 +87,11 @@ Usp LagTable::usp_of(unsigned id) const {
   return paired ? AddressPlan::lag_usp(number_by_id_[id]) : Usp(0, 0, 0);
 }
 
+std::string LagTable::text(unsigned id) const {
+  const Usp usp = usp_of(id);
+  return usp == Usp(0, 0, 0) ? "LAG id " + std::to_string(id) : AddressPlan::text(usp);
+}
+
 bool LagTable::id_of(const Usp& lag, unsigned& id) const {
   if (!AddressPlan::is_lag(lag) || id_by_number_[lag.port()] == kUnpaired) return false;
   id = id_by_number_[lag.port()];
@@ -79,9 +100,10 @@ bool LagTable::id_of(const Usp& lag, unsigned& id) const {
 
 bool LagTable::pair(const Usp& lag, unsigned id) {
   unsigned present = 0;
-  if (!AddressPlan::is_lag(lag) || id_of(lag, present) || !exists(id) || number_by_id_[id] != 0) {
-    return false;
-  }
+  if (!AddressPlan::is_lag(lag)) return refuse(lag, " is no LAG interface");
+  if (id_of(lag, present)) return refuse(lag, " has the id ", present);
+  if (!require(id)) return false;
+  if (number_by_id_[id] != 0) return refuse("LAG id ", id, " is ", usp_of(id));
   id_by_number_[lag.port()] = id;
   number_by_id_[id] = lag.port();
   return true;
@@ -89,7 +111,9 @@ bool LagTable::pair(const Usp& lag, unsigned id) {
 
 bool LagTable::unpair(const Usp& lag, unsigned id) {
   unsigned present = 0;
-  if (!id_of(lag, present) || present != id) return false;
+  if (!id_of(lag, present) || present != id) {
+    return refuse(lag, " does not have the id ", id);
+  }
   id_by_number_[lag.port()] = kUnpaired;
   number_by_id_[id] = 0;
   return true;

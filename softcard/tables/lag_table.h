@@ -49,6 +49,8 @@ class LagTable {
   // --- Settings ------------------------------------------------------------------------------
 
   bool exists(unsigned id) const { return id < lags_.size() && lags_[id].exists; }
+  // exists(), and the reason of a refusal when it does not.
+  bool require(unsigned id) const;
 
   // False when there is no free id.
   bool create(unsigned& id);
@@ -64,6 +66,8 @@ class LagTable {
 
   // --- LAG interfaces ------------------------------------------------------------------------
 
+  // A LAG in reasons: "lag/2", or "LAG id 1" while it has no address.
+  std::string text(unsigned id) const;
   // The LAG interface that has an id; 0/0/0 when none has.
   Usp usp_of(unsigned id) const;
   // The id of a LAG interface; false, and `id` untouched, when it has none.

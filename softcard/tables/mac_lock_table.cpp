@@ -2,7 +2,10 @@
 
 #include "softcard/tables/mac_lock_table.h"
 
+#include <climits>
+
 #include "softcard/base/limits.h"
+#include "softcard/base/refusal.h"
 
 namespace softcard {
 
@@ -14,7 +17,7 @@ MacLockTable::MacLockTable()
 }
 
 bool MacLockTable::set(int& limit, int value) {
-  if (value < kNoMacLimit) return false;
+  if (!in_range("limit", value, kNoMacLimit, INT_MAX)) return false;
   if (limit != kNoMacLimit) --limits_set_;
   if (value != kNoMacLimit) ++limits_set_;
   limit = value;

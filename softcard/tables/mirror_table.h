@@ -7,8 +7,10 @@
 
 #include <array>
 
+#include "softcard/base/address_plan.h"
 #include "softcard/base/net_types.h"
 #include "softcard/base/port_set.h"
+#include "softcard/base/refusal.h"
 #include "vornlcapi/enums.h"
 
 namespace softcard {
@@ -28,7 +30,10 @@ class MirrorTable {
   // False for a type that there is not and for a port mirrored to itself. MIRROR_TYPE_NONE ends
   // the mirroring whichever port is named as `to`.
   bool set(PortIndex to, PortIndex mirrored, mirror_type_t type) {
-    if (type > MIRROR_TYPE_BOTH || (type != MIRROR_TYPE_NONE && to == mirrored)) return false;
+    if (!in_range("mirror type", unsigned{type}, 0, MIRROR_TYPE_BOTH)) return false;
+    if (type != MIRROR_TYPE_NONE && to == mirrored) {
+      return refuse(AddressPlan::usp_of(to), " cannot be mirrored to itself");
+    }
     sessions_[mirrored] = {type, to};
     ingress_.assign(mirrored, (type & MIRROR_TYPE_INGRESS) != 0);
     egress_.assign(mirrored, (type & MIRROR_TYPE_EGRESS) != 0);

@@ -2,6 +2,10 @@
 
 #include "softcard/tables/port_table.h"
 
+#include "softcard/base/address_plan.h"
+#include "softcard/base/refusal.h"
+#include "softcard/base/text.h"
+
 namespace softcard {
 namespace {
 
@@ -109,7 +113,7 @@ bool PortTable::set_speed(PortIndex port, speed_type_t speed) {
       return true;
     }
   }
-  return false;
+  return refuse(AddressPlan::usp_of(port), " has no ability for ", speed, " Mbit/s");
 }
 
 bool PortTable::set_duplex(PortIndex port, duplex_type_t duplex) {
@@ -126,7 +130,9 @@ bool PortTable::set_duplex(PortIndex port, duplex_type_t duplex) {
       return true;
     }
   }
-  return false;
+  if (!in_range("duplex mode", unsigned{duplex}, 0, DUPLEX_TYPE_FULL)) return false;
+  return refuse(AddressPlan::usp_of(port), " has no ability for ",
+                duplex == DUPLEX_TYPE_FULL ? "full" : "half", " duplex");
 }
 
 void PortTable::fix(PortIndex port, LinkMode mode) {
@@ -142,7 +148,9 @@ LinkMode PortTable::mode(PortIndex port) const {
 }
 
 bool PortTable::set_advertised(PortIndex port, AbilitySet ability) {
-  if ((ability & ~ports_[port].ability) != 0) return false;
+  if (const AbilitySet missing = ability & ~ports_[port].ability; missing != 0) {
+    return refuse(AddressPlan::usp_of(port), " does not have the abilities ", hex_text(missing));
+  }
   ports_[port].advertised = ability;
   settle(port);
   return true;
@@ -161,13 +169,15 @@ void PortTable::set_pause(PortIndex port, bool receive, bool transmit) {
 }
 
 bool PortTable::set_jamming(PortIndex port, bool on) {
-  if (on && (ports_[port].ability & kHalfDuplex) == 0) return false;
+  if (on && (ports_[port].ability & kHalfDuplex) == 0) {
+    return refuse(AddressPlan::usp_of(port), " has no ability for half duplex");
+  }
   ports_[port].jamming = on;
   return true;
 }
 
 bool PortTable::set_mtu(PortIndex port, unsigned bytes) {
-  if (bytes < kMinMtuBytes || bytes > kMaxMtuBytes) return false;
+  if (!in_range("MTU", bytes, kMinMtuBytes, kMaxMtuBytes)) return false;
   ports_[port].mtu_bytes = bytes;
   return true;
 }

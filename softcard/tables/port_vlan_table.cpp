@@ -4,6 +4,10 @@
 
 #include <algorithm>
 
+#include "softcard/base/address_plan.h"
+#include "softcard/base/refusal.h"
+#include "softcard/base/text.h"
+
 namespace softcard {
 
 PortVlanTable::PortVlanTable(PortIndex ports, std::size_t protocol_vlans_per_port)
@@ -12,13 +16,15 @@ PortVlanTable::PortVlanTable(PortIndex ports, std::size_t protocol_vlans_per_por
       protocol_vlans_per_port_(protocol_vlans_per_port) {}
 
 bool PortVlanTable::set_pvid(PortIndex port, unsigned vlan) {
-  if (!valid_vlan(vlan)) return false;
+  if (!in_range("VLAN", vlan, 1, kMaxVlan)) return false;
   ports_[port].pvid = static_cast<std::uint16_t>(vlan);
   return true;
 }
 
 bool PortVlanTable::set_priority(PortIndex port, unsigned vlan, unsigned priority) {
-  if (vlan > kMaxVlan || priority >= kPriorities) return false;
+  if (!in_range("VLAN", vlan, 0, kMaxVlan) || !in_range("priority", priority, 0, kPriorities - 1)) {
+    return false;
+  }
   if (vlan == 0) {
     ports_[port].default_priority = static_cast<std::uint8_t>(priority);
   } else {
@@ -29,7 +35,10 @@ bool PortVlanTable::set_priority(PortIndex port, unsigned vlan, unsigned priorit
 
 bool PortVlanTable::set_protocol_vlan(PortIndex port, frame_type_t type, std::uint16_t protocol,
                                       unsigned vlan) {
-  if (type > FRAME_TYPE_LLC || !valid_vlan(vlan)) return false;
+  if (!in_range("frame type", unsigned{type}, 0, FRAME_TYPE_LLC) ||
+      !in_range("VLAN", vlan, 1, kMaxVlan)) {
+    return false;
+  }
   std::vector<ProtocolVlan>& rules = ports_[port].protocol_vlans;
   for (ProtocolVlan& rule : rules) {
     if (rule.type == type && rule.protocol == protocol) {
@@ -37,7 +46,10 @@ bool PortVlanTable::set_protocol_vlan(PortIndex port, frame_type_t type, std::ui
       return true;
     }
   }
-  if (rules.size() >= protocol_vlans_per_port_) return false;
+  if (rules.size() >= protocol_vlans_per_port_) {
+    return refuse("protocol-vlans of ", AddressPlan::usp_of(port), ": full, ",
+                  protocol_vlans_per_port_, " entries");
+  }
   rules.push_back({type, protocol, static_cast<std::uint16_t>(vlan)});
   return true;
 }
@@ -48,7 +60,10 @@ bool PortVlanTable::remove_protocol_vlan(PortIndex port, frame_type_t type,
   const auto rule = std::find_if(rules.begin(), rules.end(), [&](const ProtocolVlan& candidate) {
     return candidate.type == type && candidate.protocol == protocol;
   });
-  if (rule == rules.end()) return false;
+  if (rule == rules.end()) {
+    return refuse(AddressPlan::usp_of(port), " has no rule for protocol ", hex_text(protocol),
+                  " of frame type ", type);
+  }
   rules.erase(rule);
   return true;
 }

@@ -2,6 +2,8 @@
 
 #include "softcard/tables/stp_table.h"
 
+#include "softcard/base/refusal.h"
+
 namespace softcard {
 namespace {
 
@@ -25,14 +27,17 @@ StpTable::StpTable(const PortSet& ports) : bpdu_processing_(ports) {
 }
 
 bool StpTable::set_stp(PortIndex port, stp_state_t state) {
-  if (state > STP_STATE_DISABLED) return false;
+  if (!in_range("STP state", unsigned{state}, 0, STP_STATE_DISABLED)) return false;
   stp_[port] = static_cast<std::uint8_t>(state);
   for (unsigned instance = 0; instance < kMstpInstances; ++instance) settle(instance, port);
   return true;
 }
 
 bool StpTable::set_mstp(unsigned instance, PortIndex port, mstp_state_t state) {
-  if (instance >= kMstpInstances || state > MSTP_STATE_DISABLED) return false;
+  if (!in_range("instance", instance, 0, kMstpInstances - 1) ||
+      !in_range("MSTP state", unsigned{state}, 0, MSTP_STATE_DISABLED)) {
+    return false;
+  }
   mstp_[instance][port] = static_cast<std::uint8_t>(state);
   settle(instance, port);
   return true;

@@ -13,6 +13,7 @@
 
 #include "softcard/base/net_types.h"
 #include "softcard/base/port_set.h"
+#include "softcard/base/refusal.h"
 #include "vornlcapi/enums.h"
 
 namespace softcard {
@@ -50,7 +51,7 @@ class TrafficTable {
     storm_limits_[port][static_cast<unsigned>(kind)] = frames_per_second;
   }
   bool set_ingress_discard(PortIndex port, ingress_discard_type_t type) {
-    if (type > INGRESS_DISCARD_ALL) return false;
+    if (!in_range("ingress discarding", unsigned{type}, 0, INGRESS_DISCARD_ALL)) return false;
     ingress_discard_[port] = static_cast<std::uint8_t>(type);
     return true;
   }
@@ -61,7 +62,7 @@ class TrafficTable {
   void set_switch_unknown_to_cpu(bool on) { switch_unknown_to_cpu_ = on; }
   bool switch_unknown_to_cpu() const { return switch_unknown_to_cpu_; }
   bool set_forward_mode(unsigned mode) {
-    if (mode > SWITCH_FORWARD_MODE_NORMAL) return false;
+    if (!in_range("forward mode", mode, 0, SWITCH_FORWARD_MODE_NORMAL)) return false;
     forward_mode_ = mode;
     return true;
   }

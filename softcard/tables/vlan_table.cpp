@@ -2,6 +2,9 @@
 
 #include "softcard/tables/vlan_table.h"
 
+#include "softcard/base/address_plan.h"
+#include "softcard/base/refusal.h"
+
 namespace softcard {
 
 VlanTable::VlanTable(std::size_t capacity, const PortSet& ports,
@@ -15,14 +18,21 @@ VlanTable::VlanTable(std::size_t capacity, const PortSet& ports,
 }
 
 bool VlanTable::create(unsigned vlan) {
-  if (!valid_vlan(vlan) || vlans_[vlan].exists || size_ >= capacity_) return false;
+  if (!in_range("VLAN", vlan, 1, kMaxVlan)) return false;
+  if (vlans_[vlan].exists) return refuse("create_vlan: VLAN ", vlan, " exists");
+  if (size_ >= capacity_) return refuse_full("vlans", capacity_);
   vlans_[vlan].exists = true;
   ++size_;
   return true;
 }
 
+bool VlanTable::require(unsigned vlan) const {
+  if (!in_range("VLAN", vlan, 1, kMaxVlan)) return false;
+  return exists(vlan) || refuse("VLAN ", vlan, " does not exist");
+}
+
 bool VlanTable::remove(unsigned vlan) {
-  if (!known(vlan)) return false;
+  if (!require(vlan)) return false;
   vlans_[vlan].exists = false;
   vlans_[vlan].members.clear();
   vlans_[vlan].untagged.clear();
@@ -31,7 +41,7 @@ bool VlanTable::remove(unsigned vlan) {
 }
 
 bool VlanTable::add_members(unsigned vlan, const PortSet& tagged, const PortSet& untagged) {
-  if (!known(vlan)) return false;
+  if (!require(vlan)) return false;
   vlans_[vlan].members |= tagged | untagged;
   vlans_[vlan].untagged -= tagged;
   vlans_[vlan].untagged |= untagged;
@@ -39,7 +49,10 @@ bool VlanTable::add_members(unsigned vlan, const PortSet& tagged, const PortSet&
 }
 
 bool VlanTable::remove_members(unsigned vlan, const PortSet& ports) {
-  if (!known(vlan) || !(ports - vlans_[vlan].members).empty()) return false;
+  if (!require(vlan)) return false;
+  for (const PortIndex stranger : ports - vlans_[vlan].members) {
+    return refuse(AddressPlan::usp_of(stranger), " is no member of VLAN ", vlan);
+  }
   vlans_[vlan].members -= ports;
   vlans_[vlan].untagged -= ports;
   return true;

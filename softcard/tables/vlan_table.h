@@ -34,6 +34,8 @@ class VlanTable {
   // --- Settings ------------------------------------------------------------------------------
 
   bool known(unsigned vlan) const { return valid_vlan(vlan) && exists(vlan); }
+  // known(), and the reason of a refusal when it is not.
+  bool require(unsigned vlan) const;
   std::size_t size() const { return size_; }
 
   // False when it exists, is no VLAN number, or the table is full.

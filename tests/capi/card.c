@@ -87,7 +87,7 @@ static void frames_go_in_and_come_out(void) {
   EXPECT(strstr(text, "tpa=192.0.2.2") != NULL);
   EXPECT(softcard_frame_text(frame, bytes, text, 4) > 4 && strcmp(text, "eth") == 0);
   EXPECT(!softcard_inject(nowhere, frame, bytes));
-  EXPECT(refused("1/1/99: no port of the card, which has 8"));
+  EXPECT(refused("1/1/99: the card has 8 ports"));
   EXPECT(!softcard_inject(one, frame, 0) && !softcard_inject_text(one, "eth src=1"));
 }
 

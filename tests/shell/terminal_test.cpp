@@ -125,7 +125,7 @@ TEST_F(Terminal, CompletesWords) {
   } kRows[] = {
       {"vorn_get_port_pv\t1/1/0", "pvid = 1\r\n"},
       {"c.get_port_pv\t1/1/0", "pvid = 1\r\n"},
-      {"! vorn_get_port_pv\t1/1/99", "failed\r\n"},
+      {"! vorn_get_port_pv\t1/1/99", "failed: 1/1/99: the card has 52 ports\r\n"},
       {"repeat 2 vorn_get_port_pv\t1/1/0", "pvid = 1\r\n"},
       {"help entry_po\t", "the names of all entry points"},
       {"vorn_set_port_duplex 1/1/0 ha\t", "ok\r\n"},

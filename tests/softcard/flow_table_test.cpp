@@ -341,7 +341,7 @@ TEST_F(FlowTableTest, ActionsKeepTheirOrderAndCountersCount) {
     EXPECT_EQ(table.add_action(id, action(n)), FlowResult::done);
   }
   EXPECT_EQ(table.add_action(id, action(3)), FlowResult::exists);
-  EXPECT_EQ(table.add_action(id, action(99)), FlowResult::full);
+  EXPECT_EQ(table.add_action(id, action(99)), FlowResult::full_of_actions);
   EXPECT_EQ(table.remove_action(id, action(99)), FlowResult::no_action);
   EXPECT_EQ(table.remove_action(id, action(3)), FlowResult::done);
   EXPECT_EQ(table.add_action(id, action(3)), FlowResult::done);

@@ -9,7 +9,7 @@
 
 using namespace vorn::detail;
 
-// ---- Entries --------------------------------------------------------------------------------
+// ---- Entries ------------------------------------------------------------------------------------
 
 bool vorn_add_system_mac(const unsigned char* mac, unsigned int vlan) {
   return call<&VornSdkBase::add_system_mac>(mac, vlan);
@@ -49,7 +49,7 @@ bool vorn_delete_mac_from_port_all(const Usp& /*port*/, unsigned int /*vlan*/) {
 
 bool vorn_traverse_mac_table(void* arg) { return call<&VornSdkBase::traverse_mac_table>(arg); }
 
-// ---- Ageing and flushes ---------------------------------------------------------------------
+// ---- Ageing and flushes -------------------------------------------------------------------------
 
 bool vorn_get_fdb_aging_time(int& seconds) {
   return call<&VornSdkBase::get_fdb_aging_time>(seconds);
@@ -81,7 +81,7 @@ bool vorn_clear_fdb_by_port(const Usp& port, bool and_static) {
   return sdk != nullptr && sdk->clear_fdb_by_port(mp, trunk, and_static);
 }
 
-// ---- Locks ----------------------------------------------------------------------------------
+// ---- Locks --------------------------------------------------------------------------------------
 
 bool vorn_get_port_mac_lock(const Usp& port, bool& on) {
   return on_port<TranslateLookup, &VornSdkBase::get_port_mac_lock>(port, on);
@@ -99,7 +99,7 @@ bool vorn_set_port_mac_lock_ext(const Usp& port, bool on, bool drop) {
   return on_port<LookupTranslate, &VornSdkBase::set_port_mac_lock_ext>(port, on, drop);
 }
 
-// ---- Limits on learning: the SDK has one pair of operations, told apart by a port kind code --
+// ---- Limits on learning: the SDK has one pair of operations, told apart by a port kind code -----
 
 bool vorn_get_port_mac_limit(const Usp& port, int& limit) {
   VornSdkBase* const sdk = find_sdk();

@@ -39,7 +39,7 @@ Target prepare(of_action_t kind, const of_action_param_s& param) {
 
 }  // namespace
 
-// ---- Flows ----------------------------------------------------------------------------------
+// ---- Flows --------------------------------------------------------------------------------------
 
 bool vorn_add_of_flow(const of_flow_s& flow, unsigned int& id, const of_flow_qualify_udf_s& udf) {
   of_flow_mp_s hardware_flow;
@@ -57,7 +57,7 @@ bool vorn_delete_of_flow(unsigned int id) { return call<&VornSdkBase::delete_of_
 
 bool vorn_clear_of_flow_table() { return call<&VornSdkBase::clear_of_flow_table>(); }
 
-// ---- Actions --------------------------------------------------------------------------------
+// ---- Actions ------------------------------------------------------------------------------------
 
 bool vorn_add_of_flow_action(unsigned int id, of_action_t kind, of_action_param_s param) {
   const Target to = prepare(kind, param);
@@ -73,7 +73,7 @@ bool vorn_clear_of_flow_action(unsigned int id) {
   return call<&VornSdkBase::clear_of_flow_action>(id);
 }
 
-// ---- Priorities and counters ----------------------------------------------------------------
+// ---- Priorities and counters --------------------------------------------------------------------
 
 bool vorn_set_of_flow_priority(unsigned int id, int priority) {
   return call<&VornSdkBase::set_of_flow_priority>(id, priority);

@@ -78,7 +78,7 @@ bool through(Way way, const Usp& port, const Step& step) {
 
 }  // namespace
 
-// ---- Interfaces -----------------------------------------------------------------------------
+// ---- Interfaces ---------------------------------------------------------------------------------
 
 bool vorn_create_l3_interface(const unsigned char* mac, unsigned int vlan, unsigned int& id) {
   return call<&VornSdkBase::create_l3_interface>(mac, vlan, id);
@@ -103,7 +103,7 @@ bool vorn_delete_l3_interface_by_id(unsigned int id) {
 
 bool vorn_delete_l3_interface_all() { return call<&VornSdkBase::delete_l3_interface_all>(); }
 
-// ---- Hosts ----------------------------------------------------------------------------------
+// ---- Hosts --------------------------------------------------------------------------------------
 
 bool vorn_add_l3_host_ip4(const Usp& port, unsigned int ip, const unsigned char* mac,
                           unsigned int interface) {
@@ -159,7 +159,7 @@ bool vorn_delete_l3_host_by_addr_ip6(const unsigned char* ip6, const Usp& port) 
 
 bool vorn_clear_l3_host_table() { return call<&VornSdkBase::clear_l3_host_table>(); }
 
-// ---- Routes ---------------------------------------------------------------------------------
+// ---- Routes -------------------------------------------------------------------------------------
 
 bool vorn_add_l3_route_ip4(const Usp& port, unsigned int ip, unsigned int mask,
                            const unsigned char* mac, unsigned int interface, unsigned int metric) {

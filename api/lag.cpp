@@ -11,7 +11,7 @@
 
 using namespace vorn::detail;
 
-// ---- LAGs and their members -----------------------------------------------------------------
+// ---- LAGs and their members ---------------------------------------------------------------------
 
 // The mapping alone says whether the LAG exists.
 bool vorn_create_lag(const Usp& lag) {
@@ -57,7 +57,7 @@ bool vorn_delete_ports_from_lag(const Usp& lag, const std::list<Usp>& ports) {
   return sdk->delete_ports_from_lag(id, mps) && delete_lag_member(id, lag_list, mps);
 }
 
-// ---- Balancing: the kind of port is asked for ahead of the lookup ---------------------------
+// ---- Balancing: the kind of port is asked for ahead of the lookup -------------------------------
 
 bool vorn_set_lag_balancing_strategy(const Usp& lag, lag_psc_t psc) {
   if (!is_port_logical_lag(lag)) return false;
@@ -75,7 +75,7 @@ bool vorn_get_lag_balancing_strategy(const Usp& lag, lag_psc_t& psc) {
          sdk->get_lag_balancing_strategy(id, psc);
 }
 
-// ---- Mapping --------------------------------------------------------------------------------
+// ---- Mapping ------------------------------------------------------------------------------------
 
 bool vorn_lag_usp_to_lag_id(const Usp& lag, unsigned int& id) {
   return vornsdk_lag_usp_to_lag_id(lag, id);

@@ -8,7 +8,7 @@
 
 using namespace vorn::detail;
 
-// ---- Speed, duplex, autonegotiation, link ---------------------------------------------------
+// ---- Speed, duplex, autonegotiation, link -------------------------------------------------------
 
 bool vorn_get_port_speed(const Usp& port, speed_type_t& speed) {
   return on_port<TranslateLookup, &VornSdkBase::get_port_speed>(port, speed);
@@ -42,7 +42,7 @@ bool vorn_set_port_link_state(const Usp& port, phy_state_t state) {
   return on_port<TranslateLookup, &VornSdkBase::set_port_link_state>(port, state);
 }
 
-// ---- MTU and administrative state -----------------------------------------------------------
+// ---- MTU and administrative state ---------------------------------------------------------------
 
 bool vorn_get_port_mtu(const Usp& port, unsigned int& bytes) {
   return on_port<TranslateLookup, &VornSdkBase::get_port_mtu>(port, bytes);
@@ -69,7 +69,7 @@ bool vorn_set_ports_state(const std::list<Usp>& ports, bool on) {
   return on_ports<&VornSdkBase::set_port_state>(ports, on);
 }
 
-// ---- Abilities ------------------------------------------------------------------------------
+// ---- Abilities ----------------------------------------------------------------------------------
 
 bool vorn_get_port_ability(const Usp& port, port_ability_type_t& ability) {
   return on_port<LookupTranslate, &VornSdkBase::get_port_ability>(port, ability);
@@ -93,7 +93,7 @@ bool vorn_get_port_peer_ability(const Usp& port, port_ability_type_t& ability) {
   return to.sdk != nullptr && to.sdk->get_port_peer_ability(to.mp, ability);
 }
 
-// ---- Flow control and jamming ---------------------------------------------------------------
+// ---- Flow control and jamming -------------------------------------------------------------------
 
 // The SDK answers with words, and it may write them even when it refuses: the flags are set only
 // after it succeeded.

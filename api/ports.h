@@ -24,8 +24,8 @@
 
 namespace vorn::detail {
 
-// What a single-port operation needs. A hardware port starts as module 0, port 0, and stays so
-// where a translation fails or none is made.
+// The SDK object and hardware port that a single-port operation needs. The port starts as module 0,
+// port 0, and stays so where a translation fails or none is made.
 struct Target {
   VornSdkBase* sdk = nullptr;  // null: the lookup or the translation failed
   Mp mp{0, 0};
@@ -82,7 +82,7 @@ struct LookupTranslate {
   }
 };
 
-// What administrative state, flow control and jamming require of a port: not a VLAN interface,
+// Whether a port can have administrative state, flow control and jamming: not a VLAN interface,
 // and not unknown.
 inline bool is_physical_or_lag(const Usp& port) {
   return is_port_physical(port) || is_port_logical_lag(port);

@@ -8,7 +8,7 @@
 
 using namespace vorn::detail;
 
-// ---- The full set ---------------------------------------------------------------------------
+// ---- The full set -------------------------------------------------------------------------------
 
 bool vorn_get_port_stat_counter(const Usp& port, stat_type_t type, unsigned long long& value) {
   return on_port<LookupTranslate, &VornSdkBase::get_port_stat_counter>(port, type, value);
@@ -38,7 +38,7 @@ bool vorn_get_port_stat_counter_all32_ext(const Usp& port, StatCounter32* counte
                                                                                  count);
 }
 
-// ---- The brief set --------------------------------------------------------------------------
+// ---- The brief set ------------------------------------------------------------------------------
 
 bool vorn_get_port_brief_stat_counter64(const Usp& port, brief_stat_type_t type,
                                         unsigned long long& value) {
@@ -63,7 +63,7 @@ bool vorn_get_port_brief_stat_counter_all32(
   return on_port<TranslateLookup, &VornSdkBase::clear_port_stat_counter>(port);
 }
 
-// ---- Clearing and collection ----------------------------------------------------------------
+// ---- Clearing and collection --------------------------------------------------------------------
 
 bool vorn_clear_port_stat_counter(const Usp& port) {
   return on_port<TranslateLookup, &VornSdkBase::clear_port_stat_counter>(port);

@@ -9,7 +9,7 @@
 
 using namespace vorn::detail;
 
-// ---- Single spanning tree -------------------------------------------------------------------
+// ---- Single spanning tree -----------------------------------------------------------------------
 
 bool vorn_get_port_stp_state(const Usp& port, stp_state_t& state) {
   return on_port<TranslateLookup, &VornSdkBase::get_port_stp_state>(port, state);
@@ -39,7 +39,7 @@ bool vorn_set_ports_stp_state(const std::list<Usp>& ports, stp_state_t state) {
   return on_ports<&VornSdkBase::set_port_stp_state>(ports, state);
 }
 
-// ---- Multiple spanning tree -----------------------------------------------------------------
+// ---- Multiple spanning tree ---------------------------------------------------------------------
 // The SDK takes the instance first, ahead of the port.
 
 bool vorn_get_port_mstp_state(const Usp& port, mstp_state_t& state, unsigned int instance) {
@@ -60,7 +60,7 @@ bool vorn_set_ports_mstp_state(const std::list<Usp>& ports, mstp_state_t state,
   });
 }
 
-// ---- BPDUs ----------------------------------------------------------------------------------
+// ---- BPDUs --------------------------------------------------------------------------------------
 
 bool vorn_get_port_bpdu_processing(const Usp& port, bool& on) {
   return on_port<LookupTranslate, &VornSdkBase::get_port_bpdu_processing>(port, on);

@@ -8,7 +8,7 @@
 
 using namespace vorn::detail;
 
-// ---- Storm control --------------------------------------------------------------------------
+// ---- Storm control ------------------------------------------------------------------------------
 
 bool vorn_get_port_unicast_control(const Usp& port, unsigned int& frames_per_second) {
   return on_port<TranslateLookup, &VornSdkBase::get_port_unicast_control>(port, frames_per_second);
@@ -39,7 +39,7 @@ bool vorn_set_port_broadcast_control(const Usp& port, unsigned int frames_per_se
                                                                                frames_per_second);
 }
 
-// ---- Mirroring ------------------------------------------------------------------------------
+// ---- Mirroring ----------------------------------------------------------------------------------
 
 // Only the mirrored port goes in; the other one comes back as a hardware port, to be translated
 // the other way.
@@ -58,7 +58,7 @@ bool vorn_set_port_mirror(const Usp& mirror_to, const Usp& mirrored, mirror_type
   return from.sdk != nullptr && from.sdk->set_port_mirror(to, from.mp, type);
 }
 
-// ---- Flood blocking -------------------------------------------------------------------------
+// ---- Flood blocking -----------------------------------------------------------------------------
 
 bool vorn_get_port_flood_blocking_cpu(const Usp& port, flood_block_type_t& type) {
   return on_port<LookupTranslate, &VornSdkBase::get_port_flood_blocking_cpu>(port, type);
@@ -87,7 +87,7 @@ bool vorn_set_port_flood_blocking(const std::list<Usp>& ports, const Usp& to,
          });
 }
 
-// ---- Unknown unicast to the CPU -------------------------------------------------------------
+// ---- Unknown unicast to the CPU -----------------------------------------------------------------
 
 bool vorn_get_port_switch_unknown_unicast_to_cpu(const Usp& port, bool& enabled) {
   return on_port<LookupTranslate, &VornSdkBase::get_port_switch_unknown_unicast_to_cpu>(port,
@@ -107,7 +107,7 @@ bool vorn_set_switch_unknown_unicast_to_cpu(bool enable) {
   return call<&VornSdkBase::set_switch_unknown_unicast_to_cpu>(enable);
 }
 
-// ---- Class of service -----------------------------------------------------------------------
+// ---- Class of service ---------------------------------------------------------------------------
 
 bool vorn_get_port_cos_mapping(const Usp& port, unsigned int priority, unsigned int& queue) {
   return on_port<TranslateLookup, &VornSdkBase::get_port_cos_mapping>(port, priority, queue);
@@ -117,7 +117,7 @@ bool vorn_set_port_cos_mapping(const Usp& port, unsigned int priority, unsigned 
   return on_members<TranslateLookup, &VornSdkBase::set_port_cos_mapping>(port, priority, queue);
 }
 
-// ---- What a port lets in and out ------------------------------------------------------------
+// ---- What a port lets in and out ----------------------------------------------------------------
 
 bool vorn_get_port_ingress_discarding(const Usp& port, ingress_discard_type_t& type) {
   return on_port<LookupTranslate, &VornSdkBase::get_port_ingress_discarding>(port, type);
@@ -139,7 +139,7 @@ bool vorn_set_port_l2_enable(const Usp& port, bool enable) {
   return on_port<LookupTranslate, &VornSdkBase::set_port_l2_enable>(port, enable);
 }
 
-// ---- Forward mode of the switch -------------------------------------------------------------
+// ---- Forward mode of the switch -----------------------------------------------------------------
 
 bool vorn_get_switch_forward_mode(unsigned int& mode) {
   return call<&VornSdkBase::get_switch_forward_mode>(mode);

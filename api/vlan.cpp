@@ -8,7 +8,7 @@
 
 using namespace vorn::detail;
 
-// ---- VLANs and their members ----------------------------------------------------------------
+// ---- VLANs and their members --------------------------------------------------------------------
 
 bool vorn_create_vlan(unsigned int vlan) { return call<&VornSdkBase::create_vlan>(vlan); }
 
@@ -42,7 +42,7 @@ bool vorn_get_vlan_info(unsigned int vlan, std::list<Usp>& tagged, std::list<Usp
          vorn_mp_list_to_usp_list(untagged_mps, untagged);
 }
 
-// ---- Classification of untagged frames ------------------------------------------------------
+// ---- Classification of untagged frames ----------------------------------------------------------
 
 bool vorn_set_mac_vlan(const unsigned char* mac, unsigned int vlan, unsigned int priority) {
   return call<&VornSdkBase::set_mac_vlan>(mac, vlan, priority);
@@ -58,7 +58,7 @@ bool vorn_set_ipv6_subnet_vlan(const unsigned char* ip6, unsigned int prefix_len
   return call<&VornSdkBase::set_ipv6_subnet_vlan>(ip6, prefix_length, vlan, priority);
 }
 
-// ---- VLAN settings of a port ----------------------------------------------------------------
+// ---- VLAN settings of a port --------------------------------------------------------------------
 
 bool vorn_get_port_pvid(const Usp& port, unsigned int& pvid) {
   return on_port<TranslateLookup, &VornSdkBase::get_port_pvid>(port, pvid);

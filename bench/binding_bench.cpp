@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Measures what a client of the C binding sees of the big tables: adding, asking and deleting
-// through libvornlcapi, its host interface and the software line card, on one core.  What a row
+// through libvornlcapi, its host interface and the software line card, on one core. What a row
 // shows is said in rows.h, and at row() what is measured.
 //
 //   binding_bench [part of a row's name]
@@ -33,7 +33,7 @@ void check(int done, const char* what) {
   std::exit(1);
 }
 
-// What the rows put into the tables.
+// The data that the rows put into the tables.
 struct Item {
   usp_s port;
   unsigned char mac[6];

@@ -44,7 +44,7 @@ constexpr std::uint16_t kVlan = 1;
 constexpr std::uint64_t kRouterMac = 0x00005E005301;
 constexpr std::uint64_t kBroadcastMac = 0xFFFFFFFFFFFF;
 
-// What lookups found goes here, so that they are not left out.
+// Lookups add their results here, so that the compiler does not leave them out.
 volatile std::uint64_t sink;
 
 double thread_seconds() {

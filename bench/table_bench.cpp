@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Measures the FDB, the routes, the hosts and the flows of the software line card alone, on one
-// core: nanoseconds of processor time an operation.  What the rows show is said in rows.h.  What a
+// core: nanoseconds of processor time an operation. What the rows show is said in rows.h. What a
 // client does with the same tables, through the library, is measured by binding_bench.
 //
 // A lookup stands for itself in one row and, where the pipeline looks up a burst of frames at a
@@ -30,7 +30,7 @@ constexpr std::size_t kBatch = 32;
 // The same in every run, so that runs compare.
 const KeyedHash kHash(1);
 
-// What lookups found goes here, so that they are not left out.
+// Lookups add their results here, so that the compiler does not leave them out.
 volatile std::uint64_t sink;
 
 // Measures work(table, i) for each i below `entries` on tables that prepare(table, entries) made,
@@ -92,7 +92,7 @@ auto filled_by(Insert insert) {
   };
 }
 
-// ---- FDB ---------------------------------------------------------------------------------------
+// ---- FDB ----------------------------------------------------------------------------------------
 
 struct FdbData {
   std::vector<MacAddress> macs;
@@ -153,10 +153,10 @@ void add_fdb_rows(std::vector<Row>& rows) {
                   }});
 }
 
-// ---- Routes and hosts --------------------------------------------------------------------------
+// ---- Routes and hosts ---------------------------------------------------------------------------
 
 // Distinct prefixes of 16 to 32 bits (IPv6: 32 to 64), most of them in the middle, and an address
-// in each.  Each leads to one of so many neighbours.
+// in each. Each leads to one of so many neighbours.
 template <class Address>
 struct RouteData {
   std::vector<Address> prefixes;
@@ -245,7 +245,7 @@ void add_host_rows(std::vector<Row>& rows, const RouteData<Address>& data,
   rows.push_back({names[1], batches(make, filled_by(insert), address, find)});
 }
 
-// ---- Flows -------------------------------------------------------------------------------------
+// ---- Flows --------------------------------------------------------------------------------------
 
 // Flows under eight masks of IPv4 addresses and ports, and a frame for each.
 struct FlowData {

@@ -8,7 +8,7 @@
 
 namespace vorn::detail {
 
-// What C callers are compiled against. Records with pointers differ between targets.
+// C callers are compiled against these sizes. Records with pointers differ between targets.
 static_assert(sizeof(bool) == 1, "a flag that comes out is one byte");
 static_assert(sizeof(usp_s) == 12 && alignof(usp_s) == 4 && offsetof(usp_s, slot) == 4 &&
                   offsetof(usp_s, port) == 8,

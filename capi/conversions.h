@@ -18,7 +18,7 @@
 
 namespace vorn::detail {
 
-// ---- Arguments in ---------------------------------------------------------------------------
+// ---- Arguments in -------------------------------------------------------------------------------
 
 // Only the low 8 bits of a C caller's flag count, however wide its prototype made it.
 inline bool to_flag(int flag) { return static_cast<unsigned char>(flag) != 0; }
@@ -64,7 +64,7 @@ inline void store(const Usp& from, usp_s* to) {
   to->port = from.port();
 }
 
-// ---- Outputs --------------------------------------------------------------------------------
+// ---- Outputs ------------------------------------------------------------------------------------
 // An output is a local that the C++ entry point writes, and the caller's memory that store()
 // copies it to.
 

@@ -8,7 +8,7 @@
 
 using namespace vorn::detail;
 
-// ---- Entries --------------------------------------------------------------------------------
+// ---- Entries ------------------------------------------------------------------------------------
 
 int ctype_vorn_add_system_mac(unsigned char* mac, unsigned int vlan) {
   return vorn_add_system_mac(mac, vlan);
@@ -34,7 +34,7 @@ int ctype_vorn_add_mac_to_port(usp_s* port, unsigned char* mac, unsigned int vla
 
 int ctype_vorn_traverse_mac_table(void* arg) { return vorn_traverse_mac_table(arg); }
 
-// ---- Ageing and flushes ---------------------------------------------------------------------
+// ---- Ageing and flushes -------------------------------------------------------------------------
 
 int ctype_vorn_get_fdb_aging_time(int* seconds) {
   return fetch<vorn_get_fdb_aging_time>(out(seconds));
@@ -52,7 +52,7 @@ int ctype_vorn_clear_fdb_by_port(usp_s* port, int and_static) {
   return vorn_clear_fdb_by_port(to_usp(port), to_flag(and_static));
 }
 
-// ---- MAC lock -------------------------------------------------------------------------------
+// ---- MAC lock -----------------------------------------------------------------------------------
 
 int ctype_vorn_get_port_mac_lock(usp_s* port, bool* on) {
   return fetch<vorn_get_port_mac_lock>(to_usp(port), out(on));
@@ -70,7 +70,7 @@ int ctype_vorn_set_port_mac_lock_ext(usp_s* port, int on, int drop) {
   return vorn_set_port_mac_lock_ext(to_usp(port), to_flag(on), to_flag(drop));
 }
 
-// ---- MAC limit ------------------------------------------------------------------------------
+// ---- MAC limit ----------------------------------------------------------------------------------
 
 int ctype_vorn_get_port_mac_limit(usp_s* port, int* limit) {
   return fetch<vorn_get_port_mac_limit>(to_usp(port), out(limit));

@@ -8,7 +8,7 @@
 
 using namespace vorn::detail;
 
-// ---- Flows ----------------------------------------------------------------------------------
+// ---- Flows --------------------------------------------------------------------------------------
 
 int ctype_vorn_add_of_flow(ctype_of_flow_s* flow, unsigned int* id,
                            ctype_of_flow_qualify_udf_s* udf) {
@@ -23,7 +23,7 @@ int ctype_vorn_delete_of_flow(unsigned int id) { return vorn_delete_of_flow(id);
 
 int ctype_vorn_clear_of_flow_table() { return vorn_clear_of_flow_table(); }
 
-// ---- Actions --------------------------------------------------------------------------------
+// ---- Actions ------------------------------------------------------------------------------------
 
 int ctype_vorn_add_of_flow_action(unsigned int id, ctype_of_action_t kind,
                                   ctype_of_action_param_s param) {
@@ -37,7 +37,7 @@ int ctype_vorn_delete_of_flow_action(unsigned int id, ctype_of_action_t kind,
 
 int ctype_vorn_clear_of_flow_action(unsigned int id) { return vorn_clear_of_flow_action(id); }
 
-// ---- Priorities and counters ----------------------------------------------------------------
+// ---- Priorities and counters --------------------------------------------------------------------
 
 int ctype_vorn_set_of_flow_priority(unsigned int id, int priority) {
   return vorn_set_of_flow_priority(id, priority);

@@ -8,7 +8,7 @@
 
 using namespace vorn::detail;
 
-// ---- Router interfaces ----------------------------------------------------------------------
+// ---- Router interfaces --------------------------------------------------------------------------
 
 int ctype_vorn_create_l3_interface(unsigned char* mac, unsigned int vlan, unsigned int* id) {
   return fetch<vorn_create_l3_interface>(MacBytes(mac), vlan, out(id));
@@ -33,7 +33,7 @@ int ctype_vorn_delete_l3_interface_by_id(unsigned int id) {
 
 int ctype_vorn_delete_l3_interface_all() { return vorn_delete_l3_interface_all(); }
 
-// ---- Hosts ----------------------------------------------------------------------------------
+// ---- Hosts --------------------------------------------------------------------------------------
 
 int ctype_vorn_add_l3_host_ip4(usp_s* port, unsigned int ip, unsigned char* mac,
                                unsigned int interface) {
@@ -67,7 +67,7 @@ int ctype_vorn_delete_l3_host_by_addr_ip6(unsigned char* ip6, usp_s* port) {
 
 int ctype_vorn_clear_l3_host_table() { return vorn_clear_l3_host_table(); }
 
-// ---- Routes ---------------------------------------------------------------------------------
+// ---- Routes -------------------------------------------------------------------------------------
 
 int ctype_vorn_add_l3_route_ip4(usp_s* port, unsigned int ip, unsigned int mask, unsigned char* mac,
                                 unsigned int interface, unsigned int metric) {

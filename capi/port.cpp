@@ -8,7 +8,7 @@
 
 using namespace vorn::detail;
 
-// ---- Speed, duplex, autonegotiation, link ---------------------------------------------------
+// ---- Speed, duplex, autonegotiation, link -------------------------------------------------------
 
 int ctype_vorn_get_port_speed(usp_s* port, speed_type_t* speed) {
   return fetch<vorn_get_port_speed>(to_usp(port), out(speed));
@@ -42,7 +42,7 @@ int ctype_vorn_set_port_link_state(usp_s* port, phy_state_t state) {
   return vorn_set_port_link_state(to_usp(port), state);
 }
 
-// ---- Frame size and administrative state ----------------------------------------------------
+// ---- Frame size and administrative state --------------------------------------------------------
 
 int ctype_vorn_set_port_mtu(usp_s* port, unsigned int bytes) {
   return vorn_set_port_mtu(to_usp(port), bytes);
@@ -56,7 +56,7 @@ int ctype_vorn_set_port_state(usp_s* port, int on) {
   return vorn_set_port_state(to_usp(port), to_flag(on));
 }
 
-// ---- Abilities ------------------------------------------------------------------------------
+// ---- Abilities ----------------------------------------------------------------------------------
 
 int ctype_vorn_get_port_ability(usp_s* port, port_ability_type_t* ability) {
   return fetch<vorn_get_port_ability>(to_usp(port), out(ability));
@@ -78,7 +78,7 @@ int ctype_vorn_get_port_peer_ability(usp_s* port, port_ability_type_t* ability) 
   return fetch<vorn_get_port_peer_ability>(to_usp(port), out(ability));
 }
 
-// ---- Pause frames and jamming ---------------------------------------------------------------
+// ---- Pause frames and jamming -------------------------------------------------------------------
 
 int ctype_vorn_get_port_flow_control_8023x(usp_s* port, bool* receive, bool* transmit) {
   return fetch<vorn_get_port_flow_control_8023x>(to_usp(port), out(receive), out(transmit));

@@ -8,7 +8,7 @@
 
 using namespace vorn::detail;
 
-// ---- The full set ---------------------------------------------------------------------------
+// ---- The full set -------------------------------------------------------------------------------
 
 int ctype_vorn_get_port_stat_counter(usp_s* port, stat_type_t type, unsigned long long* value) {
   return fetch<vorn_get_port_stat_counter>(to_usp(port), type, out(value));
@@ -31,7 +31,7 @@ int ctype_vorn_get_port_stat_counter_all32(usp_s* port, void*, unsigned int*) {
   return vorn_get_port_stat_counter_all32(to_usp(port), discarded);
 }
 
-// ---- The brief set --------------------------------------------------------------------------
+// ---- The brief set ------------------------------------------------------------------------------
 
 int ctype_vorn_get_port_brief_stat_counter64(usp_s* port, brief_stat_type_t type,
                                              unsigned long long* value) {
@@ -51,7 +51,7 @@ int ctype_vorn_get_port_brief_stat_counter_all32(usp_s* port, void*, unsigned in
   return vorn_get_port_brief_stat_counter_all32(to_usp(port), {});
 }
 
-// ---- Clearing and collection ----------------------------------------------------------------
+// ---- Clearing and collection --------------------------------------------------------------------
 
 int ctype_vorn_clear_port_stat_counter(usp_s* port) {
   return vorn_clear_port_stat_counter(to_usp(port));

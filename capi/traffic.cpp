@@ -8,7 +8,7 @@
 
 using namespace vorn::detail;
 
-// ---- Storm control --------------------------------------------------------------------------
+// ---- Storm control ------------------------------------------------------------------------------
 
 int ctype_vorn_get_port_unicast_control(usp_s* port, unsigned int* frames_per_second) {
   return fetch<vorn_get_port_unicast_control>(to_usp(port), out(frames_per_second));
@@ -35,7 +35,7 @@ int ctype_vorn_set_port_broadcast_control(usp_s* port, unsigned int frames_per_s
   return vorn_set_port_broadcast_control(to_usp(port), frames_per_second);
 }
 
-// ---- Mirroring ------------------------------------------------------------------------------
+// ---- Mirroring ----------------------------------------------------------------------------------
 
 int ctype_vorn_get_port_mirror(usp_s* mirror_to, usp_s* mirrored, mirror_type_t* type) {
   // Written out since the second output is stored first.
@@ -51,7 +51,7 @@ int ctype_vorn_set_port_mirror(usp_s* mirror_to, usp_s* mirrored, mirror_type_t 
   return vorn_set_port_mirror(to_usp(mirror_to), to_usp(mirrored), type);
 }
 
-// ---- Flood blocking -------------------------------------------------------------------------
+// ---- Flood blocking -----------------------------------------------------------------------------
 
 int ctype_vorn_get_port_flood_blocking_cpu(usp_s* port, flood_block_type_t* type) {
   return fetch<vorn_get_port_flood_blocking_cpu>(to_usp(port), out(type));
@@ -71,7 +71,7 @@ int ctype_vorn_set_port_flood_blocking(usp_s* ports, int count, usp_s* to,
   return vorn_set_port_flood_blocking(from, to_usp(to), type);
 }
 
-// ---- Unknown unicast to the CPU -------------------------------------------------------------
+// ---- Unknown unicast to the CPU -----------------------------------------------------------------
 
 int ctype_vorn_get_port_switch_unknown_unicast_to_cpu(usp_s* port, bool* on) {
   return fetch<vorn_get_port_switch_unknown_unicast_to_cpu>(to_usp(port), out(on));
@@ -89,7 +89,7 @@ int ctype_vorn_set_switch_unknown_unicast_to_cpu(int on) {
   return vorn_set_switch_unknown_unicast_to_cpu(to_flag(on));
 }
 
-// ---- Class of service -----------------------------------------------------------------------
+// ---- Class of service ---------------------------------------------------------------------------
 
 int ctype_vorn_get_port_cos_mapping(usp_s* port, unsigned int priority, unsigned int* queue) {
   return fetch<vorn_get_port_cos_mapping>(to_usp(port), priority, out(queue));
@@ -99,7 +99,7 @@ int ctype_vorn_set_port_cos_mapping(usp_s* port, unsigned int priority, unsigned
   return vorn_set_port_cos_mapping(to_usp(port), priority, queue);
 }
 
-// ---- What a physical port lets in and out ---------------------------------------------------
+// ---- What a physical port lets in and out -------------------------------------------------------
 
 int ctype_vorn_get_port_ingress_discarding(usp_s* port, ingress_discard_type_t* type) {
   return fetch<vorn_get_port_ingress_discarding>(to_usp(port), out(type));
@@ -121,7 +121,7 @@ int ctype_vorn_set_port_l2_enable(usp_s* port, int on) {
   return vorn_set_port_l2_enable(to_usp(port), to_flag(on));
 }
 
-// ---- Forward mode of the switch -------------------------------------------------------------
+// ---- Forward mode of the switch -----------------------------------------------------------------
 
 int ctype_vorn_get_switch_forward_mode(unsigned int* mode) {
   return fetch<vorn_get_switch_forward_mode>(out(mode));

@@ -19,7 +19,7 @@ void store_count(const std::list<Usp>& members, unsigned int* count) {
 
 }  // namespace
 
-// ---- VLANs and their members ----------------------------------------------------------------
+// ---- VLANs and their members --------------------------------------------------------------------
 
 int ctype_vorn_create_vlan(unsigned int vlan) { return vorn_create_vlan(vlan); }
 
@@ -49,7 +49,7 @@ int ctype_vorn_get_vlan_info(unsigned int vlan, usp_s* tagged, unsigned int* tag
   return 1;
 }
 
-// ---- Classification of untagged frames ------------------------------------------------------
+// ---- Classification of untagged frames ----------------------------------------------------------
 
 int ctype_vorn_set_mac_vlan(unsigned char* mac, unsigned int vlan, unsigned int priority) {
   return vorn_set_mac_vlan(MacBytes(mac), vlan, priority);
@@ -65,7 +65,7 @@ int ctype_vorn_set_ipv6_subnet_vlan(unsigned char* ip6, unsigned int prefix_leng
   return vorn_set_ipv6_subnet_vlan(Ip6Bytes(ip6), prefix_length, vlan, priority);
 }
 
-// ---- VLAN settings of a port ----------------------------------------------------------------
+// ---- VLAN settings of a port --------------------------------------------------------------------
 
 int ctype_vorn_get_port_pvid(usp_s* port, unsigned int* pvid) {
   return fetch<vorn_get_port_pvid>(to_usp(port), out(pvid));

@@ -38,7 +38,8 @@ namespace entrypoints {
 // One argument of an entry point as its row names it.
 struct Parameter {
   std::string name;
-  // What the type does not say: ip, mask, mac, ip6, mask6, bitmap, mode, hex, flag, ...
+  // The kind, where the type does not say it: ip, mask, mac, ip6, mask6, bitmap, mode, hex, flag,
+  // ...
   std::string kind;
   bool out = false;                  // a result
   bool always = false;               // a result even when the entry point fails

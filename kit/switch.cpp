@@ -115,7 +115,7 @@ Switch::Switch(const softcard::CardDescription& description)
 
 Switch::~Switch() {
   the_switch = nullptr;
-  softcard::host::call_watch().clear_refusals();
+  softcard::host::call_watch().clear_failures();
   // The program under test may have ended the card itself.
   if (softcard::host::card() != nullptr) vorn_lcmgr_api_terminate();
 }
@@ -169,12 +169,12 @@ bool Switch::take_cpu(CpuPacket& packet) {
 }
 
 void Switch::cut(const Usp& at) {
-  card().cut_signal(index_of(card(), at), true);
+  card().cut_carrier(index_of(card(), at), true);
   run();
 }
 
 void Switch::restore(const Usp& at) {
-  card().cut_signal(index_of(card(), at), false);
+  card().cut_carrier(index_of(card(), at), false);
   run();
 }
 

@@ -16,7 +16,7 @@
 // number of ports. Called first of all, by vorn_lcmgr_api_init().
 bool vorn_init_line_card(int& out);
 
-// ---- Kinds of port --------------------------------------------------------------------------
+// ---- Kinds of port ------------------------------------------------------------------------------
 // At most one of the three is true for an address. They go by the address alone: a LAG interface
 // is one before and after its LAG exists.
 
@@ -24,7 +24,7 @@ bool is_port_physical(const Usp& port);
 bool is_port_logical_lag(const Usp& port);
 bool is_port_logical_vlan(const Usp& port);
 
-// ---- Translations ---------------------------------------------------------------------------
+// ---- Translations -------------------------------------------------------------------------------
 
 // Writes the hardware port of a physical port. False for LAG and VLAN interfaces and for unknown
 // ports; callers take that as the cue to ask for the kind of port.

@@ -7,7 +7,7 @@
 
 #include "vorn_sdk_base.h"
 
-// ---- The SDK object -------------------------------------------------------------------------
+// ---- The SDK object -----------------------------------------------------------------------------
 
 // Stores the process's SDK object in `sdk` and returns true; returns false while there is none.
 // REQUIRES: cheap, since the library asks at every call and keeps nothing.
@@ -20,7 +20,7 @@ bool vornsdk_create_sdk_instance();
 // false until another object is made.
 bool vornsdk_delete_sdk_instance(VornSdkBase* sdk);
 
-// ---- Mapping between LAG interfaces and LAG ids ---------------------------------------------
+// ---- Mapping between LAG interfaces and LAG ids -------------------------------------------------
 
 // Writes the LAG id of a LAG interface. False, and `id` untouched, when there is no mapping:
 // LAG creation and deletion ask this to learn whether the LAG exists.

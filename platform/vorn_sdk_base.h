@@ -28,7 +28,7 @@
 //    vlan     VLAN number, 1 to 4094 unless said otherwise.
 //    std::list<Mp>& that are inputs may be changed by the operation; nobody looks at them after.
 //
-// What the words of an operation mean is said here once for clients and hosts alike. A host
+// The terms of the operations are defined here once for clients and hosts alike. A host
 // whose hardware gives one of them another meaning documents that for its clients.
 #ifndef PLATFORM_VORN_SDK_BASE_H_
 #define PLATFORM_VORN_SDK_BASE_H_
@@ -40,7 +40,7 @@
 
 class VornSdkBase {
  public:
-  // ---- VLANs --------------------------------------------------------------------------------
+  // ---- VLANs ------------------------------------------------------------------------------------
 
   // 0. Makes a VLAN without members. Refuses one that exists.
   virtual bool create_vlan(unsigned int vlan) = 0;
@@ -59,14 +59,14 @@ class VornSdkBase {
   // 6. Appends the members of each kind to the lists, which are empty.
   virtual bool get_vlan_info(unsigned int vlan, std::list<Mp>& tagged, std::list<Mp>& untagged) = 0;
 
-  // ---- Multiple spanning tree ---------------------------------------------------------------
+  // ---- Multiple spanning tree -------------------------------------------------------------------
 
   // 7. Sets the port's state in a spanning-tree instance. The instance comes first.
   virtual bool set_port_mstp_state(unsigned int instance, const Mp& mp, mstp_state_t state) = 0;
   // 8. The instance comes first.
   virtual bool get_port_mstp_state(unsigned int instance, const Mp& mp, mstp_state_t& state) = 0;
 
-  // ---- Link aggregation ---------------------------------------------------------------------
+  // ---- Link aggregation -------------------------------------------------------------------------
 
   // 9. Makes a LAG without members and writes the id that it chose.
   virtual bool create_lag(unsigned int& id) = 0;
@@ -84,7 +84,7 @@ class VornSdkBase {
   // 15. Not called by the library.
   virtual bool reserved_15() { return false; }
 
-  // ---- Mirroring and port settings ----------------------------------------------------------
+  // ---- Mirroring and port settings --------------------------------------------------------------
 
   // 16. Copies the frames of `mirrored` that `type` names to `mirror_to`. A mirrored port has
   //     one mirror-to port.
@@ -127,7 +127,7 @@ class VornSdkBase {
   // 35.
   virtual bool get_port_mtu(const Mp& mp, unsigned int& bytes) = 0;
 
-  // ---- Port statistics ----------------------------------------------------------------------
+  // ---- Port statistics --------------------------------------------------------------------------
 
   // 36. Whether the port's counters count. Off keeps their values.
   virtual bool set_port_stat_enable(const Mp& mp, bool on) = 0;
@@ -164,7 +164,7 @@ class VornSdkBase {
   //     counters.
   virtual bool clear_port_stat_counter(const Mp& mp) = 0;
 
-  // ---- Spanning tree ------------------------------------------------------------------------
+  // ---- Spanning tree ----------------------------------------------------------------------------
 
   // 49. Sets the port's state in the single spanning tree. The library flushes the port's
   //     learned addresses itself, through slot 59.
@@ -176,7 +176,7 @@ class VornSdkBase {
   // 52.
   virtual bool get_port_bpdu_processing(const Mp& mp, bool& on) = 0;
 
-  // ---- MAC table ----------------------------------------------------------------------------
+  // ---- MAC table --------------------------------------------------------------------------------
 
   // 53. Binds an address to a port or LAG; it does not age.
   virtual bool add_mac_to_port(const Mp& mp, const unsigned char* mac, unsigned int vlan,
@@ -206,7 +206,7 @@ class VornSdkBase {
   // 63.
   virtual bool get_fdb_aging_time(int& seconds) = 0;
 
-  // ---- Links and MAC locks ------------------------------------------------------------------
+  // ---- Links and MAC locks ----------------------------------------------------------------------
 
   // 64. Forces the PHY down, or lets it come up again.
   virtual bool set_port_link_state(const Mp& mp, phy_state_t state) = 0;
@@ -222,7 +222,7 @@ class VornSdkBase {
   // 69.
   virtual bool get_port_mac_lock_ext(const Mp& mp, bool& on, bool& drop) = 0;
 
-  // ---- Storm control ------------------------------------------------------------------------
+  // ---- Storm control ----------------------------------------------------------------------------
 
   // 70. Broadcast frames a second that the port lets in; 0: no limit.
   virtual bool set_port_broadcast_control(const Mp& mp, unsigned int frames_per_second) = 0;
@@ -237,7 +237,7 @@ class VornSdkBase {
   // 75.
   virtual bool get_port_unicast_control(const Mp& mp, unsigned int& frames_per_second) = 0;
 
-  // ---- What a port lets in and out ----------------------------------------------------------
+  // ---- What a port lets in and out --------------------------------------------------------------
 
   // 76. Whether the port sends. It goes on receiving.
   virtual bool set_port_egress_admin_state(const Mp& mp, bool on) = 0;
@@ -248,7 +248,7 @@ class VornSdkBase {
   // 79.
   virtual bool get_port_ingress_discarding(const Mp& mp, ingress_discard_type_t& type) = 0;
 
-  // ---- VLAN settings of a port --------------------------------------------------------------
+  // ---- VLAN settings of a port ------------------------------------------------------------------
 
   // 80. VLAN of untagged frames that no other rule classifies.
   virtual bool set_port_pvid(const Mp& mp, unsigned int vlan) = 0;
@@ -264,7 +264,7 @@ class VornSdkBase {
   // 85.
   virtual bool get_port_vlan_accept_frame(const Mp& mp, bool& all) = 0;
 
-  // ---- MAC limits ---------------------------------------------------------------------------
+  // ---- MAC limits -------------------------------------------------------------------------------
 
   // 86. Most addresses that may be learned; -1: no limit. `kind` is PORT_KIND_...: the port, or
   //     with PORT_KIND_SYSTEM and Mp(0, 0) the whole switch. Setting the limit of a LAG or VLAN
@@ -273,7 +273,7 @@ class VornSdkBase {
   // 87. With Mp(0, 0) the switch-wide limit, whatever `kind` says: the caller's is not set then.
   virtual bool get_system_mac_limit(const Mp& mp, int& limit, unsigned int kind) = 0;
 
-  // ---- Protocol, MAC and subnet VLANs -------------------------------------------------------
+  // ---- Protocol, MAC and subnet VLANs -----------------------------------------------------------
 
   // 88. Puts untagged frames of a protocol that come in through the port into a VLAN.
   virtual bool set_port_protocol_vlan(const Mp& mp, frame_type_t type, unsigned short protocol,
@@ -293,7 +293,7 @@ class VornSdkBase {
   virtual bool set_ipv6_subnet_vlan(const unsigned char* ip6, unsigned int prefix_length,
                                     unsigned int vlan, unsigned int priority) = 0;
 
-  // ---- Packets from the CPU -----------------------------------------------------------------
+  // ---- Packets from the CPU ---------------------------------------------------------------------
 
   // 94. Sends a frame out of each port listed: `tagged` ports with an 802.1Q tag (the frame's own,
   //     else one with the port's PVID), `untagged` ports without. A port listed twice sends
@@ -304,7 +304,7 @@ class VornSdkBase {
   //     VLAN 1.
   virtual bool send_packet_from_cpu(const Packet& packet) = 0;
 
-  // ---- Port abilities -----------------------------------------------------------------------
+  // ---- Port abilities ---------------------------------------------------------------------------
 
   // 96. What the port can do.
   virtual bool get_port_ability(const Mp& mp, port_ability_type_t& ability) = 0;
@@ -317,7 +317,7 @@ class VornSdkBase {
   // 100. What the link partner offers. The port comes by value.
   virtual bool get_port_peer_ability(Mp mp, port_ability_type_t& ability) = 0;
 
-  // ---- Flood blocking -----------------------------------------------------------------------
+  // ---- Flood blocking ---------------------------------------------------------------------------
 
   // 101. Keeps floods of the kinds in `type` that come in through `from` from leaving through
   //      `to`; replaces what was set for the pair.
@@ -329,14 +329,14 @@ class VornSdkBase {
   // 104.
   virtual bool get_port_flood_blocking_cpu(const Mp& from, flood_block_type_t& type) = 0;
 
-  // ---- Class of service ---------------------------------------------------------------------
+  // ---- Class of service -------------------------------------------------------------------------
 
   // 105. Egress queue, 0 to 7, of frames with an 802.1p priority, 0 to 7, that leave the port.
   virtual bool set_port_cos_mapping(const Mp& mp, unsigned int priority, unsigned int queue) = 0;
   // 106.
   virtual bool get_port_cos_mapping(const Mp& mp, unsigned int priority, unsigned int& queue) = 0;
 
-  // ---- The switch as a whole ----------------------------------------------------------------
+  // ---- The switch as a whole --------------------------------------------------------------------
 
   // 107. Writes the address of the line card: its unit and slot, port 0.
   virtual bool get_line_card_usp(Usp& usp) = 0;
@@ -347,7 +347,7 @@ class VornSdkBase {
   // 110.
   virtual bool get_switch_forward_mode(unsigned int& mode) = 0;
 
-  // ---- Packet filters: frames that go to the CPU and nowhere else ---------------------------
+  // ---- Packet filters: frames that go to the CPU and nowhere else -------------------------------
 
   // 111. ARP packets whose target address is `ip` under `mask`.
   virtual bool add_arp_filter(unsigned int ip, unsigned int mask) = 0;
@@ -368,7 +368,7 @@ class VornSdkBase {
   // 119.
   virtual bool delete_l4_destination_port_filter_all() = 0;
 
-  // ---- Layer 2 and unknown unicast ----------------------------------------------------------
+  // ---- Layer 2 and unknown unicast --------------------------------------------------------------
 
   // 120. Whether the port forwards by the FDB. Off: its frames reach only the CPU, the flow
   //      table and layer 3, and no frame is sent out by the FDB.
@@ -383,7 +383,7 @@ class VornSdkBase {
   // 124.
   virtual bool get_switch_unknown_unicast_to_cpu(bool& on) = 0;
 
-  // ---- Flow table ---------------------------------------------------------------------------
+  // ---- Flow table -------------------------------------------------------------------------------
 
   // 125. Adds a flow and writes the id that it chose. flow.in_port counts only with
   //      OF_MATCH_IN_PORT; it is Mp(0, 0) without. A new flow has priority 32768 and no action:
@@ -414,7 +414,7 @@ class VornSdkBase {
   // 135. The low 32 bits of it.
   virtual bool get_of_flow_stat_counter32(unsigned int id, unsigned int& packets) = 0;
 
-  // ---- Callbacks ----------------------------------------------------------------------------
+  // ---- Callbacks --------------------------------------------------------------------------------
   // The SDK keeps the registration and calls the function with `user_data`. The records it
   // hands over are its own and valid during the call only. The class form and the C form of a
   // kind are separate registrations, and both are called.
@@ -454,7 +454,7 @@ class VornSdkBase {
   virtual bool reserved_150() { return false; }
   virtual bool reserved_151() { return false; }
 
-  // ---- Layer-3 interfaces -------------------------------------------------------------------
+  // ---- Layer-3 interfaces -----------------------------------------------------------------------
 
   // 152. Makes a router interface: frames to `mac` in `vlan` are routed. Writes its id.
   virtual bool create_l3_interface(const unsigned char* mac, unsigned int vlan,
@@ -472,7 +472,7 @@ class VornSdkBase {
   // 157. The same for all of them: deletes none when one is in use.
   virtual bool delete_l3_interface_all() = 0;
 
-  // ---- Layer-3 hosts and routes -------------------------------------------------------------
+  // ---- Layer-3 hosts and routes -----------------------------------------------------------------
   // An entry is known by its address or subnet together with its port. `mac` is the next hop's
   // address, `interface` the router interface that the packet leaves through: its address
   // becomes the source and its VLAN the frame's VLAN.
@@ -531,7 +531,7 @@ class VornSdkBase {
   // 177. Deletes all routes.
   virtual bool clear_l3_route_table() = 0;
 
-  // ---- Tracing ------------------------------------------------------------------------------
+  // ---- Tracing ----------------------------------------------------------------------------------
 
   // 178. Switches the host's tracing of a level ("trace_level_sdk", "trace_level_xrl",
   //      "trace_level_all") or of a module ("fdb", "vlan", ...) on or off.

@@ -16,18 +16,18 @@
 
 class VornSdkRefusing : public VornSdkBase {
  public:
-  // ---- VLANs --------------------------------------------------------------------------------
+  // ---- VLANs ------------------------------------------------------------------------------------
   bool create_vlan(unsigned int) override { return false; }
   bool delete_vlan(unsigned int) override { return false; }
   bool add_ports_to_vlan(unsigned int, std::list<Mp>&, std::list<Mp>&) override { return false; }
   bool delete_ports_from_vlan(unsigned int, std::list<Mp>&) override { return false; }
   bool get_vlan_info(unsigned int, std::list<Mp>&, std::list<Mp>&) override { return false; }
 
-  // ---- Multiple spanning tree ---------------------------------------------------------------
+  // ---- Multiple spanning tree -------------------------------------------------------------------
   bool set_port_mstp_state(unsigned int, const Mp&, mstp_state_t) override { return false; }
   bool get_port_mstp_state(unsigned int, const Mp&, mstp_state_t&) override { return false; }
 
-  // ---- Link aggregation ---------------------------------------------------------------------
+  // ---- Link aggregation -------------------------------------------------------------------------
   bool create_lag(unsigned int&) override { return false; }
   bool delete_lag(unsigned int) override { return false; }
   bool add_ports_to_lag(unsigned int, std::list<Mp>&) override { return false; }
@@ -35,7 +35,7 @@ class VornSdkRefusing : public VornSdkBase {
   bool set_lag_balancing_strategy(unsigned int, lag_psc_t) override { return false; }
   bool get_lag_balancing_strategy(unsigned int, lag_psc_t&) override { return false; }
 
-  // ---- Mirroring and port settings ----------------------------------------------------------
+  // ---- Mirroring and port settings --------------------------------------------------------------
   bool set_port_mirror(const Mp&, const Mp&, mirror_type_t) override { return false; }
   bool get_port_mirror(Mp&, const Mp&, mirror_type_t&) override { return false; }
   bool set_port_state(const Mp&, bool) override { return false; }
@@ -55,7 +55,7 @@ class VornSdkRefusing : public VornSdkBase {
   bool set_port_mtu(const Mp&, unsigned int) override { return false; }
   bool get_port_mtu(const Mp&, unsigned int&) override { return false; }
 
-  // ---- Port statistics ----------------------------------------------------------------------
+  // ---- Port statistics --------------------------------------------------------------------------
   bool set_port_stat_enable(const Mp&, bool) override { return false; }
   bool get_port_stat_enabled(const Mp&, bool&) override { return false; }
   bool get_port_stat_counter(const Mp&, stat_type_t, unsigned long long&) override { return false; }
@@ -79,13 +79,13 @@ class VornSdkRefusing : public VornSdkBase {
   }
   bool clear_port_stat_counter(const Mp&) override { return false; }
 
-  // ---- Spanning tree ------------------------------------------------------------------------
+  // ---- Spanning tree ----------------------------------------------------------------------------
   bool set_port_stp_state(const Mp&, stp_state_t) override { return false; }
   bool get_port_stp_state(const Mp&, stp_state_t&) override { return false; }
   bool set_port_bpdu_processing(const Mp&, bool) override { return false; }
   bool get_port_bpdu_processing(const Mp&, bool&) override { return false; }
 
-  // ---- MAC table ----------------------------------------------------------------------------
+  // ---- MAC table --------------------------------------------------------------------------------
   bool add_mac_to_port(const Mp&, const unsigned char*, unsigned int, bool) override {
     return false;
   }
@@ -102,7 +102,7 @@ class VornSdkRefusing : public VornSdkBase {
   bool set_fdb_aging_time(int) override { return false; }
   bool get_fdb_aging_time(int&) override { return false; }
 
-  // ---- Links and MAC locks ------------------------------------------------------------------
+  // ---- Links and MAC locks ----------------------------------------------------------------------
   bool set_port_link_state(const Mp&, phy_state_t) override { return false; }
   bool get_port_link_state(const Mp&, phy_state_t&) override { return false; }
   bool set_port_mac_lock(const Mp&, bool) override { return false; }
@@ -110,7 +110,7 @@ class VornSdkRefusing : public VornSdkBase {
   bool set_port_mac_lock_ext(const Mp&, bool, bool) override { return false; }
   bool get_port_mac_lock_ext(const Mp&, bool&, bool&) override { return false; }
 
-  // ---- Storm control ------------------------------------------------------------------------
+  // ---- Storm control ----------------------------------------------------------------------------
   bool set_port_broadcast_control(const Mp&, unsigned int) override { return false; }
   bool get_port_broadcast_control(const Mp&, unsigned int&) override { return false; }
   bool set_port_multicast_control(const Mp&, unsigned int) override { return false; }
@@ -118,13 +118,13 @@ class VornSdkRefusing : public VornSdkBase {
   bool set_port_unicast_control(const Mp&, unsigned int) override { return false; }
   bool get_port_unicast_control(const Mp&, unsigned int&) override { return false; }
 
-  // ---- What a port lets in and out ----------------------------------------------------------
+  // ---- What a port lets in and out --------------------------------------------------------------
   bool set_port_egress_admin_state(const Mp&, bool) override { return false; }
   bool get_port_egress_admin_state(const Mp&, bool&) override { return false; }
   bool set_port_ingress_discarding(const Mp&, ingress_discard_type_t) override { return false; }
   bool get_port_ingress_discarding(const Mp&, ingress_discard_type_t&) override { return false; }
 
-  // ---- VLAN settings of a port --------------------------------------------------------------
+  // ---- VLAN settings of a port ------------------------------------------------------------------
   bool set_port_pvid(const Mp&, unsigned int) override { return false; }
   bool get_port_pvid(const Mp&, unsigned int&) override { return false; }
   bool set_port_vlan_priority(const Mp&, unsigned int, unsigned int) override { return false; }
@@ -132,11 +132,11 @@ class VornSdkRefusing : public VornSdkBase {
   bool set_port_vlan_accept_frame(const Mp&, bool) override { return false; }
   bool get_port_vlan_accept_frame(const Mp&, bool&) override { return false; }
 
-  // ---- MAC limits ---------------------------------------------------------------------------
+  // ---- MAC limits -------------------------------------------------------------------------------
   bool set_system_mac_limit(const Mp&, int, unsigned int) override { return false; }
   bool get_system_mac_limit(const Mp&, int&, unsigned int) override { return false; }
 
-  // ---- Protocol, MAC and subnet VLANs -------------------------------------------------------
+  // ---- Protocol, MAC and subnet VLANs -----------------------------------------------------------
   bool set_port_protocol_vlan(const Mp&, frame_type_t, unsigned short, unsigned int) override {
     return false;
   }
@@ -151,34 +151,34 @@ class VornSdkRefusing : public VornSdkBase {
     return false;
   }
 
-  // ---- Packets from the CPU -----------------------------------------------------------------
+  // ---- Packets from the CPU ---------------------------------------------------------------------
   bool send_packet_by_port(std::list<Mp>&, std::list<Mp>&, const Packet&) override { return false; }
   bool send_packet_from_cpu(const Packet&) override { return false; }
 
-  // ---- Port abilities -----------------------------------------------------------------------
+  // ---- Port abilities ---------------------------------------------------------------------------
   bool get_port_ability(const Mp&, port_ability_type_t&) override { return false; }
   bool set_port_advertising_ability(const Mp&, port_ability_type_t) override { return false; }
   bool get_port_advertising_ability(const Mp&, port_ability_type_t&) override { return false; }
   bool get_port_current_ability(const Mp&, port_ability_type_t&) override { return false; }
   bool get_port_peer_ability(Mp, port_ability_type_t&) override { return false; }
 
-  // ---- Flood blocking -----------------------------------------------------------------------
+  // ---- Flood blocking ---------------------------------------------------------------------------
   bool set_port_flood_blocking(const Mp&, const Mp&, flood_block_type_t) override { return false; }
   bool get_port_flood_blocking(const Mp&, const Mp&, flood_block_type_t&) override { return false; }
   bool set_port_flood_blocking_cpu(const Mp&, flood_block_type_t) override { return false; }
   bool get_port_flood_blocking_cpu(const Mp&, flood_block_type_t&) override { return false; }
 
-  // ---- Class of service ---------------------------------------------------------------------
+  // ---- Class of service -------------------------------------------------------------------------
   bool set_port_cos_mapping(const Mp&, unsigned int, unsigned int) override { return false; }
   bool get_port_cos_mapping(const Mp&, unsigned int, unsigned int&) override { return false; }
 
-  // ---- The switch as a whole ----------------------------------------------------------------
+  // ---- The switch as a whole --------------------------------------------------------------------
   bool get_line_card_usp(Usp&) override { return false; }
   bool free_call(int) override { return false; }
   bool set_switch_forward_mode(unsigned int) override { return false; }
   bool get_switch_forward_mode(unsigned int&) override { return false; }
 
-  // ---- Packet filters: frames that go to the CPU and nowhere else ---------------------------
+  // ---- Packet filters: frames that go to the CPU and nowhere else -------------------------------
   bool add_arp_filter(unsigned int, unsigned int) override { return false; }
   bool delete_arp_filter(unsigned int, unsigned int) override { return false; }
   bool delete_arp_filter_all() override { return false; }
@@ -189,14 +189,14 @@ class VornSdkRefusing : public VornSdkBase {
   bool delete_l4_destination_port_filter(unsigned int) override { return false; }
   bool delete_l4_destination_port_filter_all() override { return false; }
 
-  // ---- Layer 2 and unknown unicast ----------------------------------------------------------
+  // ---- Layer 2 and unknown unicast --------------------------------------------------------------
   bool set_port_l2_enable(const Mp&, bool) override { return false; }
   bool set_port_switch_unknown_unicast_to_cpu(const Mp&, bool) override { return false; }
   bool get_port_switch_unknown_unicast_to_cpu(const Mp&, bool&) override { return false; }
   bool set_switch_unknown_unicast_to_cpu(bool) override { return false; }
   bool get_switch_unknown_unicast_to_cpu(bool&) override { return false; }
 
-  // ---- Flow table ---------------------------------------------------------------------------
+  // ---- Flow table -------------------------------------------------------------------------------
   bool add_of_flow(of_flow_mp_s&, unsigned int&, const of_flow_qualify_udf_s&) override {
     return false;
   }
@@ -215,7 +215,7 @@ class VornSdkRefusing : public VornSdkBase {
   bool get_of_flow_stat_counter64(unsigned int, unsigned long long&) override { return false; }
   bool get_of_flow_stat_counter32(unsigned int, unsigned int&) override { return false; }
 
-  // ---- Callbacks ----------------------------------------------------------------------------
+  // ---- Callbacks --------------------------------------------------------------------------------
   bool register_mac_update_callback(void (*)(L2Addr*, int, void*), void*) override { return false; }
   bool register_mac_update_callback_c(void (*)(ctype_l2_addr_s*, int, void*), void*) override {
     return false;
@@ -231,7 +231,7 @@ class VornSdkRefusing : public VornSdkBase {
   bool deregister_event_callback(lcmgr_report_event_t, void*, void*) override { return false; }
   bool traverse_mac_table(void*) override { return false; }
 
-  // ---- Layer-3 interfaces -------------------------------------------------------------------
+  // ---- Layer-3 interfaces -----------------------------------------------------------------------
   bool create_l3_interface(const unsigned char*, unsigned int, unsigned int&) override {
     return false;
   }
@@ -244,7 +244,7 @@ class VornSdkRefusing : public VornSdkBase {
   bool delete_l3_interface_by_id(unsigned int) override { return false; }
   bool delete_l3_interface_all() override { return false; }
 
-  // ---- Layer-3 hosts and routes -------------------------------------------------------------
+  // ---- Layer-3 hosts and routes -----------------------------------------------------------------
   bool add_l3_host_ip4(Mp, bool, unsigned int, const unsigned char*, unsigned int) override {
     return false;
   }
@@ -290,7 +290,7 @@ class VornSdkRefusing : public VornSdkBase {
   }
   bool clear_l3_route_table() override { return false; }
 
-  // ---- Tracing ------------------------------------------------------------------------------
+  // ---- Tracing ----------------------------------------------------------------------------------
   bool set_lcmgr_trace(const std::string&, bool) override { return false; }
 
  protected:

@@ -95,7 +95,7 @@ void wait(Shell& shell, Arguments& arguments, Reply&) {
   const XorpTimer rounds = shell.rounds();
   while (!over && !interrupted()) loop.run();
   if (!over) throw Error("interrupted");
-  shell.settle();
+  shell.run_card();
 }
 
 }  // namespace shell

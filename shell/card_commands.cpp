@@ -37,7 +37,7 @@ void link(Shell& shell, Arguments& arguments, Reply&) {
   if (state != "up" && state != "down") {
     throw Error("state: '" + state + "' is neither up nor down");
   }
-  card.cut_signal(port, state == "down");
+  card.cut_carrier(port, state == "down");
 }
 
 void inject(Shell& shell, Arguments& arguments, Reply&) {
@@ -47,7 +47,7 @@ void inject(Shell& shell, Arguments& arguments, Reply&) {
   if (!memory_cable(card, port).send(frame)) {
     throw Error("frame: " + std::to_string(frame.size()) + " bytes are more than a frame can hold");
   }
-  shell.settle();
+  shell.run_card();
 }
 
 // Not through the cable, so that the answer stands alone: what else the card has to do is done
@@ -56,7 +56,7 @@ void trace(Shell& shell, Arguments& arguments, Reply& reply) {
   softcard::Card& card = shell.card();
   const softcard::PortIndex port = take_physical_port(card, arguments);
   const std::vector<std::uint8_t> bytes = take_frame(arguments);
-  shell.settle();
+  shell.run_card();
   softcard::FramePtr frame = card.frame_pool().make(bytes.data(), bytes.size());
   if (frame == nullptr) throw Error("frame: it is longer than any frame, or no buffer is left");
   softcard::Trace steps;
@@ -100,14 +100,14 @@ void time(Shell& shell, Arguments& arguments, Reply& reply) {
 void fail(Shell&, Arguments& arguments, Reply& reply) {
   softcard::CallWatch& watch = softcard::host::call_watch();
   if (arguments.empty()) {
-    reply.say(std::to_string(watch.pending_refusals()) + " refusals to come");
-    reply.data.emplace_back("pending", count_value(watch.pending_refusals()));
+    reply.say(std::to_string(watch.pending_failures()) + " refusals to come");
+    reply.data.emplace_back("pending", count_value(watch.pending_failures()));
     return;
   }
   std::string operation = arguments.take("operation");
   if (operation == "none") {
     arguments.finish();
-    watch.clear_refusals();
+    watch.clear_failures();
     return;
   }
   const auto nth = arguments.empty() ? 1 : parse_number(arguments.take("n"), "n", 1, UINT32_MAX);

@@ -103,12 +103,12 @@ void parse_ip4_subnet(const std::string& text, const std::string& what, unsigned
   ip = parse_ip4(text.substr(0, slash), what);
   mask = UINT32_MAX;
   if (slash == std::string::npos) return;
-  // What stands behind the slash is a length or a mask of its own.
+  // Behind the slash stands a length, or a mask written like an address.
   const std::string behind = text.substr(slash + 1);
   mask = parse_ip4_mask(behind.find('.') == std::string::npos ? "/" + behind : behind, what);
 }
 
-// ---- Flows -----------------------------------------------------------------------------------
+// ---- Flows --------------------------------------------------------------------------------------
 
 // A field of a flow: the word for it, its bit, how it is read and printed.
 struct FlowField {
@@ -208,7 +208,7 @@ void read_flow_word(const std::string& word, const std::string& what, ctype_of_f
 
 }  // namespace
 
-// ---- Text of the values that several commands read -------------------------------------------
+// ---- Text of the values that several commands read ----------------------------------------------
 
 Usp parse_port(const std::string& text, const std::string& what) {
   Usp port(0, 0, 0);
@@ -327,7 +327,7 @@ std::string action_text(of_action_t kind, const of_action_param_s& param) {
   }
 }
 
-// ---- Codecs ----------------------------------------------------------------------------------
+// ---- Codecs -------------------------------------------------------------------------------------
 
 unsigned int Codec<unsigned int>::read(const Parameter& parameter, Call& call) {
   const std::string text = call.arguments.take(parameter.name);

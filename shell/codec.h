@@ -33,7 +33,7 @@ struct Call {
   std::function<void(std::size_t)> report_array;  // prints so many of the array read last
 };
 
-// ---- Text of the values that several commands read -------------------------------------------
+// ---- Text of the values that several commands read ----------------------------------------------
 
 Usp parse_port(const std::string& text, const std::string& what);
 Value port_value(const Usp& port);
@@ -56,7 +56,7 @@ std::string flow_text(const ctype_of_flow_s& flow);
 std::string udf_text(const ctype_of_flow_qualify_udf_s& udf);
 std::string action_text(of_action_t kind, const of_action_param_s& param);
 
-// ---- Codecs ----------------------------------------------------------------------------------
+// ---- Codecs -------------------------------------------------------------------------------------
 // Codec<T>::read() takes the words of one argument and throws Error, naming it, when they do not
 // parse; show() prints one.
 
@@ -210,7 +210,7 @@ struct Codec<Bytes> {
   static Value show(const Parameter& parameter, const Bytes& value);
 };
 
-// What was read, as it is recorded.
+// The argument as a recording has it.
 template <class T>
 Value show_input(const Parameter& parameter, const Call&, const T& value) {
   return Codec<T>::show(parameter, value);

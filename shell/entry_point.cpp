@@ -53,7 +53,7 @@ Value entry_value(const ctype_l2_addr_s& entry) {
 
 }  // namespace
 
-// ---- Rows --------------------------------------------------------------------------------------
+// ---- Rows ---------------------------------------------------------------------------------------
 
 Bound Binder::take(Direction direction, bool array, const char* kind) {
   if (next_ == row_.size()) throw std::logic_error("a parameter has no name");
@@ -105,7 +105,7 @@ std::vector<Word> words_of(const std::vector<Bound>& parameters) {
   return words;
 }
 
-// ---- Slots -------------------------------------------------------------------------------------
+// ---- Slots --------------------------------------------------------------------------------------
 
 void BytesSlot::read(const Bound& bound, Call& call) {
   if (bound.role != Role::kIn) return;

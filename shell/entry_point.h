@@ -20,7 +20,7 @@
 
 namespace shell {
 
-// What becomes of one C++ parameter.
+// How one C++ parameter takes part in a command.
 enum class Role {
   kIn,      // read from the words
   kOut,     // printed
@@ -60,7 +60,7 @@ std::string usage_of(const std::vector<Word>& words);
 // The words that a command takes.
 std::vector<Word> words_of(const std::vector<Bound>& parameters);
 
-// ---- Slots: one parameter of an entry point during a call --------------------------------------
+// ---- Slots: one parameter of an entry point during a call ---------------------------------------
 
 // Values, references to const (both read) and references (printed).
 template <class P>
@@ -276,7 +276,7 @@ class Slot<ctype_packet_s*> {
   ctype_packet_s record_{};
 };
 
-// What stands behind a void*, by its kind: a callback by its name, the argument of the walk through
+// The meaning of a void*, by its kind: a callback by its name, the argument of the walk through
 // the MAC table, a buffer that is not used, else user data as a number.
 template <>
 class Slot<void*> {
@@ -306,7 +306,7 @@ class Slot<void (*)(A...)> {
   void report(const Bound&, Call&) const {}
 };
 
-// ---- Rows --------------------------------------------------------------------------------------
+// ---- Rows ---------------------------------------------------------------------------------------
 
 // Reads the words, calls the entry point and puts result and outputs into `reply`.
 template <class R, class... P, std::size_t... I>

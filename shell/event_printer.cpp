@@ -71,6 +71,7 @@ const std::vector<std::string>& fields_of_event(const std::string& name) {
   const auto found = events.find(name);
   if (found != events.end()) return *found->second;
   std::vector<std::string> names;
+  names.reserve(events.size());
   for (const auto& event : events) names.push_back(event.first);
   throw Error(joined_pieces("event: '", name, "' is none of ", joined(names, ", ")));
 }

@@ -26,7 +26,7 @@ bool matches(const std::string& pattern, const std::vector<unsigned char>& frame
   return result;
 }
 
-// What is waiting at one place: `take` gives the next frame and false when there is none.
+// Frames that wait at one place: `take` gives the next frame and false when there is none.
 struct Waiting {
   std::string where;
   std::size_t count;
@@ -178,7 +178,7 @@ void expect_result(Shell& shell, bool expected, Arguments& arguments, Reply& rep
     reply.result.reset();
   }
   if (!result.has_value()) throw Error(what + " is no call of an entry point");
-  // What was asked for is no failure of the script.
+  // A failure that was asked for does not fail the script.
   if (!words.empty()) reply.say(*result ? "ok" : "failed");
   if (*result != expected) {
     throw Failure(what + ": expected " + (expected ? "ok" : "failed") + ", came " +

@@ -16,7 +16,7 @@ namespace shell {
 
 namespace {
 
-// What the word after `words` may be, when it begins with `text`.
+// Completions of `text` as the word after `words`.
 std::vector<std::string> complete(const Shell& shell, std::vector<std::string> words,
                                   const std::string& text) {
   std::vector<std::string> choices;
@@ -78,7 +78,7 @@ class Session {
  private:
   void input_ready(XorpFd, IoEventType) { editor_.ready(); }
 
-  // What is typed while the line runs waits in the terminal.
+  // Input that is typed while the line runs waits in the terminal.
   void run(const std::string& line) {
     if (shell_.done()) return;
     unfinished_ += line;

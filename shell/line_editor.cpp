@@ -46,7 +46,7 @@ void take_line(char* text) {
   const std::string line = text;
   std::free(text);
   if (!line.empty()) add_history(line.c_str());
-  // What was pasted may be several lines.
+  // Pasted text may have several lines.
   for (const std::string& one : split(line, '\n')) the_calls.line(one);
 }
 

@@ -17,7 +17,7 @@ class LineEditor {
   struct Calls {
     std::function<void(const std::string& line)> line;  // a line is whole
     std::function<void()> end;                          // there will be no more
-    // What `text`, which stands behind the whole words `words`, may become.
+    // Gives the completions of `text`, which follows the whole words `words`.
     std::function<std::vector<std::string>(const std::vector<std::string>& words,
                                            const std::string& text)>
         complete;

@@ -13,7 +13,7 @@ namespace shell {
 
 namespace {
 
-// What editors of other systems put in front of a text.
+// The byte-order mark that editors of other systems put in front of a text.
 const char* byte_order_mark(const std::string& line) {
   if (line.compare(0, 3, "\xef\xbb\xbf") == 0) return "a UTF-8";
   if (line.compare(0, 2, "\xff\xfe") == 0 || line.compare(0, 2, "\xfe\xff") == 0) return "a UTF-16";

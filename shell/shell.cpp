@@ -108,7 +108,7 @@ Shell::~Shell() {
 
 Shell& Shell::current() { return *the_shell; }
 
-// ---- Running commands ------------------------------------------------------------------------
+// ---- Running commands ---------------------------------------------------------------------------
 
 void Shell::run_script(std::istream& script, const std::string& name) {
   Lines lines(script, name);
@@ -203,7 +203,7 @@ void Shell::run_words(std::vector<std::string> words, const Place& place) {
   holding_ = false;
   print_held();
   if (!recording_trouble_.empty()) complain(place, std::exchange(recording_trouble_, {}));
-  settle(place);
+  run_card(place);
 }
 
 Reply Shell::run(const std::vector<std::string>& given) {
@@ -260,7 +260,7 @@ void Shell::expand(std::vector<std::string>& words) const {
   }
 }
 
-// ---- Printing --------------------------------------------------------------------------------
+// ---- Printing -----------------------------------------------------------------------------------
 
 bool Shell::done() const { return done_ || !std::cout; }
 
@@ -368,7 +368,7 @@ void Shell::print_held() {
   held_.clear();
 }
 
-// ---- The card --------------------------------------------------------------------------------
+// ---- The card -----------------------------------------------------------------------------------
 
 softcard::Card& Shell::card() const {
   softcard::Card* const card = softcard::host::card();
@@ -376,16 +376,16 @@ softcard::Card& Shell::card() const {
   return *card;
 }
 
-void Shell::settle() {
+void Shell::run_card() {
   softcard::Card* const card = softcard::host::card();
   if (card == nullptr) return;
   for (unsigned round = 0; round < kMostRounds && card->run_once() != 0; ++round) {
   }
 }
 
-void Shell::settle(const Place& place) {
+void Shell::run_card(const Place& place) {
   try {
-    settle();
+    run_card();
   } catch (const std::exception& exception) {
     complain(place, std::string("an event: ") + exception.what());
   }
@@ -402,7 +402,7 @@ void Shell::settle(const Place& place) {
 }
 
 bool Shell::round() {
-  settle(Place());
+  run_card(Place());
   return true;
 }
 
@@ -423,7 +423,7 @@ void Shell::listen_to_card() {
   if (card != nullptr) card->events().add(&take_cpu_packet, this);
 }
 
-// ---- Recordings ------------------------------------------------------------------------------
+// ---- Recordings ---------------------------------------------------------------------------------
 
 void Shell::record(const std::string& path) {
   const std::optional<FileId> id = path.empty() ? std::nullopt : file_at(path);
@@ -487,7 +487,7 @@ void Shell::replay(const std::string& path, Reply& reply) {
     } catch (const Error& error) {
       tell(error.what());
     }
-    settle(place);
+    run_card(place);
   };
   with_file(path, [&](std::istream& file) {
     Lines lines(file, path);

@@ -67,7 +67,7 @@ class Shell {
   // The one shell of the process, for callbacks without user data.
   static Shell& current();
 
-  // ---- Running commands ----------------------------------------------------------------------
+  // ---- Running commands -------------------------------------------------------------------------
 
   // Runs every line of a script; returns at its end, after `quit`, at an interrupt, and after the
   // first error when that is asked for. `name` is what messages call it. Error when it cannot be
@@ -91,14 +91,14 @@ class Shell {
   // Nothing has gone wrong so far.
   bool good() const { return errors_ == 0; }
 
-  // ---- For the commands ----------------------------------------------------------------------
+  // ---- For the commands -------------------------------------------------------------------------
 
   const CommandTable& commands() const { return table_; }
 
   // The card; Error while there is none.
   softcard::Card& card() const;
   // Has the card do all that is waiting: frames in its cables, ageing, events.
-  void settle();
+  void run_card();
 
   // Where cables and the terminal wait for their descriptors; made when it is first asked for.
   EventLoop& loop();
@@ -125,7 +125,7 @@ class Shell {
   // Runs a recording again and tells each difference in `reply`, which fails when there is one.
   void replay(const std::string& path, Reply& reply);
 
-  // Whoever prints between the lines that are typed is told before and after.
+  // Code that prints while a line is being typed calls `clear` before and `restore` after it.
   struct Screen {
     std::function<void()> clear;
     std::function<void()> restore;
@@ -148,7 +148,7 @@ class Shell {
   void print_held();
   // Settles the card, and says what went wrong in that: a callback that threw, a capture file that
   // cannot be read or written.
-  void settle(const Place& place);
+  void run_card(const Place& place);
   bool round();
   void write_record(const Command& command, const std::vector<std::string>& words,
                     const Reply& reply);

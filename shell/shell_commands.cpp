@@ -23,7 +23,7 @@ void list_group(const CommandTable& table, const std::string& group, Reply& repl
   std::vector<const Command*> commands;
   std::size_t width = 0;
   for (const Command& command : table.all()) {
-    // What both bindings have stands there once.
+    // An entry point of both bindings is listed once.
     const std::string c_prefix = "ctype_";
     const bool twin = command.name.compare(0, c_prefix.size(), c_prefix) == 0 &&
                       table.find(command.name.substr(c_prefix.size())) != nullptr;

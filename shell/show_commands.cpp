@@ -69,7 +69,7 @@ void show_port(Card& card, Arguments& arguments, Reply& reply) {
                lag == softcard::LagTable::kNoLag ? no_value()
                                                  : port_value(card.tables().lags.usp_of(lag)),
                text_value((cable == nullptr ? "none" : cable->describe()) +
-                          (card.signal_cut(port) ? " (pulled)" : ""))});
+                          (card.carrier_cut(port) ? " (pulled)" : ""))});
   }
   reply.show("ports", table);
 }

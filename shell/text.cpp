@@ -125,7 +125,7 @@ std::uint64_t parse_seconds(const std::string& text, const std::string& what,
 }
 
 std::string nearest(const std::string& word, const std::vector<std::string>& candidates) {
-  // Whoever means a command does not write a page.
+  // A long text is no mistyped command.
   constexpr std::size_t kLongestWord = 200;
   if (word.size() > kLongestWord) return {};
   std::string best;

@@ -159,12 +159,12 @@ void Card::plug(PortIndex port, std::unique_ptr<Cable> cable) {
   cables_[port].reset();
   cables_[port] = std::move(cable);
   if (cables_[port] != nullptr) cables_[port]->plug(*this, port);
-  settle_signal(port);
+  update_carrier(port);
 }
 
-void Card::cut_signal(PortIndex port, bool cut) {
+void Card::cut_carrier(PortIndex port, bool cut) {
   cut_.assign(port, cut);
-  settle_signal(port);
+  update_carrier(port);
   tell_far_end(port);
 }
 
@@ -182,7 +182,7 @@ void Card::frames_forgotten(PortIndex port, std::uint64_t count) {
   tables_.drops.add(port, DropReason::cable_forgot, count);
 }
 
-void Card::carrier_changed(PortIndex port) { settle_signal(port); }
+void Card::carrier_changed(PortIndex port) { update_carrier(port); }
 
 unsigned Card::offered_ability(PortIndex port) const {
   return cut_.contains(port) ? 0 : tables_.ports.offer(port);
@@ -198,18 +198,18 @@ std::size_t Card::transmit(PortIndex port, FramePtr* frames, std::size_t count) 
   return 0;
 }
 
-void Card::settle_signal(PortIndex port) {
+void Card::update_carrier(PortIndex port) {
   const Cable* const cable = cables_[port].get();
-  bool signal = cable != nullptr && cable->carrier() && !cut_.contains(port);
+  bool carrier = cable != nullptr && cable->carrier() && !cut_.contains(port);
   PortIndex far_port = 0;
-  const CableSink* const far_card = signal ? cable->far_end(far_port) : nullptr;
+  const CableSink* const far_card = carrier ? cable->far_end(far_port) : nullptr;
   if (far_card == nullptr) {
-    tables_.ports.set_signal(port, signal, nullptr);
+    tables_.ports.set_carrier(port, carrier, nullptr);
     return;
   }
   const AbilitySet offer = far_card->offered_ability(far_port);
-  signal = offer != 0;
-  tables_.ports.set_signal(port, signal, &offer);
+  carrier = offer != 0;
+  tables_.ports.set_carrier(port, carrier, &offer);
 }
 
 void Card::tell_far_end(PortIndex port) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a card is made of: its ports and the sizes of its tables. The default is a card of 48 ports
-// of 1000 Mbit/s and 4 uplinks of 10000; another one comes from a small text file:
+// The description of a card: its ports and the sizes of its tables. The default is a card of 48
+// ports of 1000 Mbit/s and 4 uplinks of 10000; another one comes from a small text file:
 //
 //   # Eight copper ports, two uplinks, a small FDB.
 //   mac 02:00:5e:00:10:00          # base address; port i has base + 1 + i

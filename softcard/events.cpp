@@ -97,7 +97,7 @@ void EventQueue::post_mac(const MacRecord& record) {
   }
 }
 
-// What an event tells has happened already, so that running out of memory must not end it.
+// An event tells of something that has happened already, so running out of memory must not undo it.
 bool EventQueue::push(Event event) {
   const lcmgr_report_event_t kind = event.kind;
   try {

@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the card has to tell its control plane: received packets, link changes and MAC updates.
+// The events that the card reports to its control plane: received packets, link changes and MAC
+// updates.
 //
-// The pipeline and the tables post events while they work; nothing is called then.  deliver(), run
+// The pipeline and the tables post events while they work; nothing is called then. deliver(), run
 // from the event loop, calls the registered functions: events in the order in which they happened,
-// whatever their kind, and each event to its functions in the order of their registration.  So a
+// whatever their kind, and each event to its functions in the order of their registration. So a
 // callback finds every table whole, and it may call anything: what it causes is queued for the next
 // deliver(), a registration takes effect at once, and a function that it removes is not called any
 // more. It may end the card, too; the host keeps the queue until deliver() is back (Card::end()).
 //
-// What waits while nobody delivers is bounded for each kind of event. Beyond that, and when memory
-// runs out, a packet and a change of the MAC table are lost, and a link change takes the place of
-// the port's last one, so that the last state is told; lost() counts either. Posting never throws.
+// The events that wait while nobody delivers are bounded for each kind. Beyond that, and when
+// memory runs out, a packet and a change of the MAC table are lost, and a link change takes the
+// place of the port's last one, so that the last state is told; lost() counts either. Posting never
+// throws.
 //
 // An entry of the MAC table that moves to and fro causes a settled number of events a second, 1
 // unless set otherwise: moves beyond it are held back, and when the second is over the last one is
@@ -49,7 +51,7 @@ class EventQueue final : public CpuQueue {
   EventQueue(const EventQueue&) = delete;
   EventQueue& operator=(const EventQueue&) = delete;
 
-  // --- Registrations --------------------------------------------------------------------------
+  // --- Registrations -----------------------------------------------------------------------------
   // All are false for a null function and for a pair that is registered already.
 
   bool add(void (*callback)(RxPacket*, void*), void* user_data);
@@ -63,7 +65,7 @@ class EventQueue final : public CpuQueue {
   // False when there is none.
   bool remove(lcmgr_report_event_t kind, void* callback, void* user_data);
 
-  // --- Settings -------------------------------------------------------------------------------
+  // --- Settings ----------------------------------------------------------------------------------
 
   // Most move events that one entry causes in a second; 0 reports every move.
   void set_mac_moves_per_second(unsigned moves) { mac_moves_per_second_ = moves; }
@@ -73,7 +75,7 @@ class EventQueue final : public CpuQueue {
   void set_room(lcmgr_report_event_t kind, std::size_t events) { room_[kind] = events; }
   std::size_t room(lcmgr_report_event_t kind) const { return room_[kind]; }
 
-  // --- Posting --------------------------------------------------------------------------------
+  // --- Posting -----------------------------------------------------------------------------------
 
   bool wants_packets() const override { return listeners_[LCMGR_REPORT_RX_PACKET] != 0; }
   // Whether anybody listens for changes of the MAC table: without, their time need not be asked
@@ -87,10 +89,10 @@ class EventQueue final : public CpuQueue {
   // A change of the MAC table at `now`, nanoseconds of the card's clock.
   void post_mac_change(const FdbChange& change, std::uint64_t now_ns);
 
-  // --- Delivery -------------------------------------------------------------------------------
+  // --- Delivery ----------------------------------------------------------------------------------
 
   // Delivers the events that are queued, and the moves that were held back for long enough, and
-  // returns how many those were.  Called from within a callback it does nothing.  An exception of
+  // returns how many those were. Called from within a callback it does nothing. An exception of
   // a callback passes through; the events behind are delivered by the next call.
   std::size_t deliver(std::uint64_t now_ns);
 
@@ -105,7 +107,7 @@ class EventQueue final : public CpuQueue {
   // Forgets every registration and every event, those that deliver() is about to deliver too.
   void end();
 
-  // --- Counts ---------------------------------------------------------------------------------
+  // --- Counts ------------------------------------------------------------------------------------
 
   // Events of a kind that wait, and that were lost for want of room.
   std::size_t waiting(lcmgr_report_event_t kind) const { return waiting_[kind]; }

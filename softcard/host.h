@@ -41,7 +41,7 @@
 
 namespace softcard::host {
 
-// ---- Before vorn_lcmgr_api_init(); none has an effect on a card that is there already ---------
+// ---- Before vorn_lcmgr_api_init(); none has an effect on a card that is there already -----------
 
 // The description of the next card; without a call it is the default one.
 void use_description(const CardDescription& description);
@@ -57,7 +57,7 @@ void use_clock(std::shared_ptr<Clock> clock);
 // use_clock(): for a program that waits for people or for other processes.
 void loop_in_real_time();
 
-// ---- Afterwards -------------------------------------------------------------------------------
+// ---- Afterwards ---------------------------------------------------------------------------------
 
 // Why the last vorn_lcmgr_api_init() failed; empty when it did not.
 const std::string& error();

@@ -68,7 +68,7 @@ class Listeners {
   std::vector<Listener> listeners_;
 };
 
-// What this interface remembers of the card that is there; it ends with the card.
+// The state of this interface that belongs to the card; it ends with the card.
 struct State {
   std::uint64_t card_number = 0;
   softcard::Trace trace;
@@ -202,7 +202,7 @@ uint64_t softcard_refusals(void) { return softcard::refusals(); }
 size_t softcard_run(void) {
   if (the_card() == nullptr) return 0;
   std::size_t done = softcard::host::run();
-  // What a callback did with a frame may make more of them come out.
+  // A callback may have caused more frames to come out.
   for (unsigned round = 0; round < kMostRounds; ++round) {
     const std::size_t frames = hand_out_frames();
     if (frames == 0) break;
@@ -282,7 +282,7 @@ int softcard_cut(usp_s usp) {
   PortIndex port = 0;
   Card* const card = card_with(usp, port);
   if (card == nullptr) return 0;
-  card->cut_signal(port, true);
+  card->cut_carrier(port, true);
   return 1;
 }
 
@@ -290,7 +290,7 @@ int softcard_restore(usp_s usp) {
   PortIndex port = 0;
   Card* const card = card_with(usp, port);
   if (card == nullptr) return 0;
-  card->cut_signal(port, false);
+  card->cut_carrier(port, false);
   return 1;
 }
 
@@ -340,7 +340,7 @@ int softcard_fail(const char* operation, unsigned int nth) {
   return softcard::host::call_watch().refuse(operation, nth);
 }
 
-void softcard_fail_none(void) { softcard::host::call_watch().clear_refusals(); }
+void softcard_fail_none(void) { softcard::host::call_watch().clear_failures(); }
 
 // ---- Callbacks with user data -------------------------------------------------------------------
 

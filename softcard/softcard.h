@@ -46,7 +46,7 @@ extern "C" {
 #define SOFTCARD_EXPORT
 #endif
 
-/* ---- Before vorn_lcmgr_api_init(); a card that is there already stays as it is ----------------
+/* ---- Before vorn_lcmgr_api_init(); a card that is there already stays as it is ------------------
  */
 
 /* Describes the next card: the text of a card description. 0 when it is malformed; the description
@@ -87,7 +87,7 @@ SOFTCARD_EXPORT int softcard_warp(uint64_t ns);
 /* The card's time: nanoseconds since its clock was made; 0 without a card. */
 SOFTCARD_EXPORT uint64_t softcard_now(void);
 
-/* ---- Frames: ports that are plugged into memory, as all are at the start ----------------------
+/* ---- Frames: ports that are plugged into memory, as all are at the start ------------------------
  */
 
 /* Sends a frame into a port. 0 when the port is plugged into something else, and for a frame that
@@ -128,7 +128,7 @@ SOFTCARD_EXPORT int softcard_patch(usp_s port, usp_s other);
 /* Plugs a port into memory again. */
 SOFTCARD_EXPORT int softcard_unpatch(usp_s port);
 
-/* ---- Why a frame went where it went -----------------------------------------------------------
+/* ---- Why a frame went where it went -------------------------------------------------------------
  */
 
 /* The way of the last frame that was injected, one line for each thing that the card found or
@@ -143,7 +143,7 @@ SOFTCARD_EXPORT int softcard_drops(usp_s port, const char* reason, uint64_t* fra
  */
 SOFTCARD_EXPORT const char* softcard_drop_reason(unsigned int n);
 
-/* ---- Failures on purpose -----------------------------------------------------------------------
+/* ---- Failures on purpose ------------------------------------------------------------------------
  */
 
 /* Has the `nth` call from now of an SDK operation refused, 1 being the next: the operation's name

@@ -38,7 +38,7 @@ Sdk* sdk_object = nullptr;
 
 }  // namespace
 
-// ---- The SDK object and the LAG mapping ------------------------------------------------------
+// ---- The SDK object and the LAG mapping ---------------------------------------------------------
 
 bool vornsdk_get_sdk_instance(VornSdkBase*& sdk) {
   if (sdk_object == nullptr) return false;
@@ -61,7 +61,7 @@ bool vornsdk_lag_id_to_lag_usp(unsigned int, Usp&) { return false; }
 bool vornsdk_add_lag_mapping(const Usp&, unsigned int) { return false; }
 bool vornsdk_delete_lag_mapping(const Usp&, unsigned int) { return false; }
 
-// ---- Port mapping ----------------------------------------------------------------------------
+// ---- Port mapping -------------------------------------------------------------------------------
 
 bool vorn_init_line_card(int& out) {
   out = kPorts;
@@ -103,7 +103,7 @@ bool vorn_mp_list_to_usp_list(const std::list<Mp>& mps, std::list<Usp>& ports) {
   return true;
 }
 
-// ---- LAG list: this card has no LAGs ---------------------------------------------------------
+// ---- LAG list: this card has no LAGs ------------------------------------------------------------
 
 std::list<LagNode> lag_list;
 bool add_lag_to_list(unsigned int, std::list<LagNode>&) { return false; }

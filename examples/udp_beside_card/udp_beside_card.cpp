@@ -33,7 +33,7 @@ int stations = 0;
 // The card delivers its events from here, between two callbacks of the loop.
 void deliver() { softcard::host::card()->run_once(); }
 
-// What else time brings: ageing, and frames out of cables that nobody watches.
+// Ages addresses and takes frames out of cables that have no descriptor in the loop.
 bool card_round() {
   deliver();
   return true;

@@ -15,7 +15,7 @@
 #define VORN_ENUM_BASE
 #endif
 
-/* ---- Spanning tree ------------------------------------------------------------------------ */
+/* ---- Spanning tree --------------------------------------------------------------------------- */
 
 /* State of a port in the single spanning tree. Setting state 0 on one port or LAG also flushes
  * the addresses learned there. */
@@ -36,7 +36,7 @@ typedef enum mstp_state_t VORN_ENUM_BASE {
   MSTP_STATE_DISABLED = 4
 } mstp_state_t;
 
-/* ---- Physical settings -------------------------------------------------------------------- */
+/* ---- Physical settings ----------------------------------------------------------------------- */
 
 /* Link (PHY) state of a port. The library itself relies on 1 meaning up. */
 typedef enum phy_state_t VORN_ENUM_BASE { PHY_STATE_DOWN = 0, PHY_STATE_UP = 1 } phy_state_t;
@@ -77,7 +77,7 @@ typedef enum port_ability_type_t VORN_ENUM_BASE {
   PORT_ABILITY_PAUSE_TX = 0x2000  /* sends them */
 } port_ability_type_t;
 
-/* ---- Traffic ------------------------------------------------------------------------------ */
+/* ---- Traffic --------------------------------------------------------------------------------- */
 
 /* Which frames of the mirrored port are copied to the mirror-to port. */
 typedef enum mirror_type_t VORN_ENUM_BASE {
@@ -111,7 +111,7 @@ typedef enum frame_type_t VORN_ENUM_BASE {
   FRAME_TYPE_LLC = 2       /* 802.3 with LLC: the protocol is DSAP << 8 | SSAP */
 } frame_type_t;
 
-/* ---- Link aggregation --------------------------------------------------------------------- */
+/* ---- Link aggregation ------------------------------------------------------------------------ */
 
 /* Port selection criterion: what of a frame chooses the LAG member that it leaves through.
  * Frames that are equal in it leave through the same member while the members stay the same. */
@@ -125,7 +125,7 @@ typedef enum lag_psc_t VORN_ENUM_BASE {
   LAG_PSC_SRC_DST_IP_PORT = 7 /* and the TCP or UDP ports */
 } lag_psc_t;
 
-/* ---- Flow table --------------------------------------------------------------------------- */
+/* ---- Flow table ------------------------------------------------------------------------------ */
 
 /* Kind of a flow action; of_action_param_s says what its three words mean for each. */
 typedef enum of_action_t VORN_ENUM_BASE {
@@ -162,7 +162,7 @@ enum {
   SWITCH_FORWARD_MODE_NORMAL = 2  /* the flow table is not asked */
 };
 
-/* ---- Events ------------------------------------------------------------------------------- */
+/* ---- Events ---------------------------------------------------------------------------------- */
 
 /* The kinds of event that a callback can be registered for. */
 typedef enum lcmgr_report_event_t VORN_ENUM_BASE {
@@ -196,7 +196,7 @@ enum {
   RX_REASON_MTU = 14             /* too large for the router's way out */
 };
 
-/* ---- Statistics --------------------------------------------------------------------------- */
+/* ---- Statistics ------------------------------------------------------------------------------ */
 
 /* One counter of a port's full set. Octets count the whole frame without its checksum. */
 typedef enum stat_type_t VORN_ENUM_BASE {
@@ -252,7 +252,7 @@ typedef enum brief_stat_type_t VORN_ENUM_BASE {
   BRIEF_STAT_TYPE_COUNT = 8 /* how many there are; names no counter */
 } brief_stat_type_t;
 
-/* ---- Other values ------------------------------------------------------------------------- */
+/* ---- Other values ---------------------------------------------------------------------------- */
 
 /* Values of Packet's type. */
 enum {

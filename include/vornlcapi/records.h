@@ -26,7 +26,7 @@ typedef struct ctype_packet_s {
   unsigned char* data; /* the frame from its destination address on, without checksum */
 } ctype_packet_s;
 
-/* ---- Flow table --------------------------------------------------------------------------- */
+/* ---- Flow table ------------------------------------------------------------------------------ */
 
 /* Bits of the flag word of a flow: which fields are part of the match. A field whose bit is
  * clear matches anything. */
@@ -118,7 +118,7 @@ typedef struct ctype_of_action_param_s {
   unsigned int word[3];
 } ctype_of_action_param_s;
 
-/* ---- Callbacks ---------------------------------------------------------------------------- */
+/* ---- Callbacks ------------------------------------------------------------------------------- */
 /* These records and what they point at belong to the SDK and are valid during the call only. */
 
 /* A packet received for the CPU. */

@@ -90,7 +90,7 @@ class VORN_EXPORT VornSocket {
   // cleanup(), the call is invalid.
   bool read(unsigned int size);
 
-  // What the reader calls: hands a data event to the registered read function and drops all
+  // The reader calls this: hands a data event to the registered read function and drops all
   // others. Prints a warning if no function is registered, and the data is lost. `offset` is the
   // number of bytes in the buffer.
   void read_cb(AsyncFileOperator::Event event, const unsigned char* buffer,

@@ -16,7 +16,7 @@
 #include "vornlcapi/enums.h"
 #include "vornlcapi/records.h"
 
-// ---- Addresses ------------------------------------------------------------------------------
+// ---- Addresses ----------------------------------------------------------------------------------
 
 // A logical port as callers name it: unit, slot, port. The host's port mapping decides whether
 // it is a physical port, a LAG interface or a VLAN interface. It does not convert to Mp.
@@ -78,7 +78,7 @@ class LagNode {
   std::list<Mp> members_;
 };
 
-// ---- Packets --------------------------------------------------------------------------------
+// ---- Packets ------------------------------------------------------------------------------------
 
 // A frame to send from the CPU.
 class Packet {
@@ -103,7 +103,7 @@ class Packet {
   std::vector<unsigned char> data_;
 };
 
-// ---- Flow table -----------------------------------------------------------------------------
+// ---- Flow table ---------------------------------------------------------------------------------
 
 // The 48 bytes of match fields of a flow. ctype_of_flow_s describes each field.
 struct of_match_s {
@@ -154,7 +154,7 @@ struct of_action_param_s {
   unsigned int word[3];
 };
 
-// ---- Counters -------------------------------------------------------------------------------
+// ---- Counters -----------------------------------------------------------------------------------
 
 struct StatCounter32 {
   stat_type_t type;
@@ -176,7 +176,7 @@ struct BriefStatCounter64 {
   alignas(8) unsigned long long value;
 };
 
-// ---- Callbacks ------------------------------------------------------------------------------
+// ---- Callbacks ----------------------------------------------------------------------------------
 // These belong to the SDK and are valid during the call only. The fields are those of
 // ctype_rx_packet_s, ctype_link_status_s and ctype_l2_addr_s.
 
@@ -202,7 +202,7 @@ struct L2Addr {
   unsigned int flags;
 };
 
-// ---- Layouts that host and library share ----------------------------------------------------
+// ---- Layouts that host and library share --------------------------------------------------------
 
 static_assert(sizeof(Usp) == 12 && sizeof(Usp) == sizeof(usp_s), "Usp is three 32-bit words");
 static_assert(sizeof(Mp) == 8, "Mp is two 32-bit words");

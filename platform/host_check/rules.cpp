@@ -344,7 +344,7 @@ void expect_no_lag(Verdict& verdict, const Usp& lag) {
   verdict.expect("its id afterwards, untouched", kNoId, id);
 }
 
-// What holds for a LAG id that the list does not have.
+// The rules for a LAG id that the list does not have.
 void expect_unlisted(Verdict& verdict, unsigned id, const std::string& which) {
   std::list<Mp> members = {kNoMp};
   std::list<Mp> none;
@@ -570,9 +570,9 @@ void on_link_c(ctype_link_status_s*, usp_s*) { ++link_changes_c; }
 // One of the six registrations. Link changes have no user data.
 struct Registration {
   const char* name;
-  lcmgr_report_event_t event;
   bool (*add)(VornSdkBase& sdk, void* user_data);
   void* function;
+  lcmgr_report_event_t event;
   bool has_user_data;
 };
 
@@ -582,19 +582,18 @@ bool add(VornSdkBase& sdk, void* user_data) {
 }
 
 const Registration kRegistrations[] = {
-    {"mac_update", LCMGR_REPORT_MAC_UPDATE, add<&Base::register_mac_update_callback, on_mac>,
-     reinterpret_cast<void*>(on_mac), true},
-    {"mac_update_c", LCMGR_REPORT_MAC_UPDATE, add<&Base::register_mac_update_callback_c, on_mac_c>,
-     reinterpret_cast<void*>(on_mac_c), true},
-    {"link_change", LCMGR_REPORT_LINK_CHANGE, add<&Base::register_link_change_callback, on_link>,
-     reinterpret_cast<void*>(on_link), false},
-    {"link_change_c", LCMGR_REPORT_LINK_CHANGE,
-     add<&Base::register_link_change_callback_c, on_link_c>, reinterpret_cast<void*>(on_link_c),
-     false},
-    {"rx_packet", LCMGR_REPORT_RX_PACKET, add<&Base::register_rx_packet_callback, on_packet>,
-     reinterpret_cast<void*>(on_packet), true},
-    {"rx_packet_c", LCMGR_REPORT_RX_PACKET, add<&Base::register_rx_packet_callback_c, on_packet_c>,
-     reinterpret_cast<void*>(on_packet_c), true},
+    {"mac_update", add<&Base::register_mac_update_callback, on_mac>,
+     reinterpret_cast<void*>(on_mac), LCMGR_REPORT_MAC_UPDATE, true},
+    {"mac_update_c", add<&Base::register_mac_update_callback_c, on_mac_c>,
+     reinterpret_cast<void*>(on_mac_c), LCMGR_REPORT_MAC_UPDATE, true},
+    {"link_change", add<&Base::register_link_change_callback, on_link>,
+     reinterpret_cast<void*>(on_link), LCMGR_REPORT_LINK_CHANGE, false},
+    {"link_change_c", add<&Base::register_link_change_callback_c, on_link_c>,
+     reinterpret_cast<void*>(on_link_c), LCMGR_REPORT_LINK_CHANGE, false},
+    {"rx_packet", add<&Base::register_rx_packet_callback, on_packet>,
+     reinterpret_cast<void*>(on_packet), LCMGR_REPORT_RX_PACKET, true},
+    {"rx_packet_c", add<&Base::register_rx_packet_callback_c, on_packet_c>,
+     reinterpret_cast<void*>(on_packet_c), LCMGR_REPORT_RX_PACKET, true},
 };
 
 void callbacks_stored(HostUnderCheck& host, Verdict& verdict) {

@@ -42,7 +42,7 @@ std::string text(const std::list<Item>& items) {
   return "[" + all + "]";
 }
 
-// What became of one rule. The first expectation that is not met is the verdict.
+// The verdict on one rule. The first expectation that is not met is the verdict.
 class Verdict {
  public:
   // Whether `got` is `expected`; `what` says what was looked at.

@@ -16,7 +16,7 @@
 #define XORP_ASYNCIO_HAS_TOSTRING 1
 #endif
 
-// What readers and writers share. The virtual functions stay in this order.
+// The base of readers and writers. The virtual functions stay in this order.
 class AsyncFileOperator {
  public:
   enum Event : unsigned {

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// A hash index from keys to positions in a table of the caller's.  It keeps hashes and positions
+// A hash index from keys to positions in a table of the caller's. It keeps hashes and positions
 // only and asks the caller to compare keys; so any key serves, and the keys stay in one place. The
 // caller makes the hashes with a KeyedHash.
 //
 // Entries stand in groups of seven, each group one cache line with a byte of the hash of each entry
-// in its last word.  A lookup compares these bytes all at once, so that it takes no branch that
-// depends on where in the group an entry stands.  Entries do not move but when the index grows, by
+// in its last word. A lookup compares these bytes all at once, so that it takes no branch that
+// depends on where in the group an entry stands. Entries do not move but when the index grows, by
 // doubling, at four entries a group, where about one group in twenty was passed.
 #ifndef SOFTCARD_BASE_FLAT_INDEX_H_
 #define SOFTCARD_BASE_FLAT_INDEX_H_
@@ -45,7 +45,7 @@ class FlatIndex {
     }
   }
 
-  // Adds a position, which must not be in the index and not be kNone.  No effect when memory runs
+  // Adds a position, which must not be in the index and not be kNone. No effect when memory runs
   // out; right after a position was erased none is asked for.
   void insert(std::uint32_t hash, std::uint32_t position) {
     if (size_ >= groups_.size() * kGrowAt) grow();
@@ -110,7 +110,7 @@ class FlatIndex {
   };
   struct alignas(64) Group {
     Slot slots[kSlots];
-    // Byte i is the tag of slot i, 0 when it is free.  Byte 7 counts the entries that found the
+    // Byte i is the tag of slot i, 0 when it is free. Byte 7 counts the entries that found the
     // group full and went on; 255 stands for 255 or more and stays.
     std::uint64_t control = 0;
 

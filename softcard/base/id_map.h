@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Which entry of a table has which id, for tables that hand out the lowest free id and take ids of
-// the caller's choice, too.  Ids up to the table's capacity, which are all that are ever handed
+// the caller's choice, too. Ids up to the table's capacity, which are all that are ever handed
 // out, are looked up in an array that grows with the highest one; the rest in a hash index.
 #ifndef SOFTCARD_BASE_ID_MAP_H_
 #define SOFTCARD_BASE_ID_MAP_H_
@@ -38,7 +38,7 @@ class IdMap {
     return static_cast<std::uint32_t>(word * 64 + bit + 1);
   }
 
-  // Gives a free id to an entry.  No effect when memory runs out.
+  // Gives a free id to an entry. No effect when memory runs out.
   void insert(std::uint32_t id, std::uint32_t position) {
     if (id > capacity_) {
       others_.insert(hash_of(id), position);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The small values that every table of the software line card and its pipeline share: addresses,
-// port numbers and where a frame goes.  They are plain values in host byte order, never laid over
+// port numbers and where a frame goes. They are plain values in host byte order, never laid over
 // the bytes of a frame, so they mean the same on every target.
 #ifndef SOFTCARD_BASE_NET_TYPES_H_
 #define SOFTCARD_BASE_NET_TYPES_H_

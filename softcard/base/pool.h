@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Storage for the entries of a table, addressed by position.  Entries do not move while they are in
-// use, and growing copies nothing; a position that is given back is the next to be taken.  Taking
+// Storage for the entries of a table, addressed by position. Entries do not move while they are in
+// use, and growing copies nothing; a position that is given back is the next to be taken. Taking
 // may run out of memory and has no effect then; giving back never does.
 #ifndef SOFTCARD_BASE_POOL_H_
 #define SOFTCARD_BASE_POOL_H_

@@ -92,7 +92,7 @@ class PortSet {
 
     constexpr Iterator() = default;
     constexpr explicit Iterator(const std::array<std::uint64_t, 4>& words) : rest_(words) {
-      settle();
+      skip_empty_words();
     }
     constexpr PortIndex operator*() const {
       return static_cast<PortIndex>(word_ * 64 +
@@ -100,7 +100,7 @@ class PortSet {
     }
     constexpr Iterator& operator++() {
       rest_[word_] &= rest_[word_] - 1;
-      settle();
+      skip_empty_words();
       return *this;
     }
     friend constexpr bool operator==(const Iterator& a, const Iterator& b) {
@@ -109,7 +109,7 @@ class PortSet {
     friend constexpr bool operator!=(const Iterator& a, const Iterator& b) { return !(a == b); }
 
    private:
-    constexpr void settle() {
+    constexpr void skip_empty_words() {
       while (word_ < 4 && rest_[word_] == 0) ++word_;
     }
     std::array<std::uint64_t, 4> rest_{};

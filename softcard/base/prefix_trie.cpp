@@ -8,7 +8,7 @@
 
 namespace softcard {
 
-// ---- Runs --------------------------------------------------------------------------------------
+// ---- Runs ---------------------------------------------------------------------------------------
 
 template <class Value>
 void RunPool<Value>::insert(std::uint32_t& run, unsigned count, unsigned at, Value value) {
@@ -61,7 +61,7 @@ std::uint32_t RunPool<Value>::take(unsigned room_log2) {
     list.pop_back();
     return run;
   }
-  // Whatever gives the run back finds room for it.
+  // Giving the run back must not need memory.
   if (made_[room_log2] == list.capacity())
     list.reserve(std::max<std::size_t>(16, 2 * made_[room_log2]));
   const std::size_t run = values_.size();
@@ -78,7 +78,7 @@ void RunPool<Value>::give(std::uint32_t run) {
   free_[room_log2_[run]].push_back(run);
 }
 
-// ---- Lookup ------------------------------------------------------------------------------------
+// ---- Lookup -------------------------------------------------------------------------------------
 
 template <class Address>
 void PrefixTrie<Address>::lookup_batch(const Address* ips, std::size_t count,
@@ -111,7 +111,7 @@ void PrefixTrie<Address>::lookup_batch(const Address* ips, std::size_t count,
   }
 }
 
-// ---- Changes -----------------------------------------------------------------------------------
+// ---- Changes ------------------------------------------------------------------------------------
 
 template <class Address>
 void PrefixTrie<Address>::set(const Address& prefix, unsigned length, std::uint32_t value) {

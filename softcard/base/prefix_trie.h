@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // Longest prefix match for IPv4 and IPv6: a trie that takes 16 bits of the address with its first
-// step and five with each further one.  A node keeps two bitmaps, the prefixes that end in it and
+// step and five with each further one. A node keeps two bitmaps, the prefixes that end in it and
 // the children it has, so it costs 16 bytes however many of its 32 branches are there, and adding
-// or removing a prefix touches one node, whatever longer prefixes lie below it.  The nodes that the
+// or removing a prefix touches one node, whatever longer prefixes lie below it. The nodes that the
 // first step leads to, the roots, are all there from the first prefix on: 1 MB.
 //
 // An IPv4 prefix of up to 20 bits is in the first node, one of up to 25 bits in the second.
@@ -68,8 +68,8 @@ class AddressBits<Ipv6Address> {
   std::uint64_t low_ = 0;
 };
 
-// Runs of 1 to 32 values in one array, addressed by the position of the first.  Room for them is
-// handed out in powers of two.  A run keeps its room, however few its values become, until it has
+// Runs of 1 to 32 values in one array, addressed by the position of the first. Room for them is
+// handed out in powers of two. A run keeps its room, however few its values become, until it has
 // none; then the room is used again.
 template <class Value>
 class RunPool {
@@ -77,7 +77,7 @@ class RunPool {
   Value& operator[](std::uint32_t position) { return values_[position]; }
   const Value& operator[](std::uint32_t position) const { return values_[position]; }
 
-  // Adds `value` at index `at` of the run of `count` values at `run`, which may move.  A run of no
+  // Adds `value` at index `at` of the run of `count` values at `run`, which may move. A run of no
   // values has no position.
   void insert(std::uint32_t& run, unsigned count, unsigned at, Value value);
 
@@ -121,7 +121,7 @@ inline constexpr std::array<std::uint32_t, 32> kPrefixesOfBranch = make_prefixes
 }  // namespace detail
 
 // A map from prefixes to 32-bit values that answers with the value of the longest prefix of an
-// address.  Bits of a prefix behind its length do not count; lengths are at most kWidth.
+// address. Bits of a prefix behind its length do not count; lengths are at most kWidth.
 template <class Address>
 class PrefixTrie {
  public:
@@ -146,11 +146,11 @@ class PrefixTrie {
   // As lookup() for each of `count` addresses, at most kBatch, a step of all of them at a time.
   void lookup_batch(const Address* ips, std::size_t count, std::uint32_t* values) const;
 
-  // Gives a prefix a value, which must not be kNone.  No effect when memory runs out; none is asked
+  // Gives a prefix a value, which must not be kNone. No effect when memory runs out; none is asked
   // for where the prefix has a value already.
   void set(const Address& prefix, unsigned length, std::uint32_t value);
 
-  // Removes a prefix, which must have a value.  Never runs out of memory.
+  // Removes a prefix, which must have a value. Never runs out of memory.
   void erase(const Address& prefix, unsigned length);
 
   // Removes all prefixes and gives the memory back.
@@ -164,7 +164,7 @@ class PrefixTrie {
   static constexpr unsigned kMaxDepth = (kWidth - kRootBits) / kStride + 1;
 
   // Bit (2^l - 1 + n) of `prefixes` stands for the prefix of l bits (0 to 4) with the value n; bit
-  // n of `children` for the branch of five bits with the value n.  Values and children are runs in
+  // n of `children` for the branch of five bits with the value n. Values and children are runs in
   // the order of their bits; a single value stands where the position of its run would.
   struct Node {
     std::uint32_t prefixes = 0;

@@ -39,8 +39,8 @@ constexpr int kRetryMs = 1000;
 constexpr std::size_t kBurst = 32;    // frames that enter the card together
 constexpr std::size_t kBudget = 128;  // frames taken before other descriptors have their turn
 
-// What the kernel puts in front of a frame and takes there: struct virtio_net_hdr, whose own header
-// is not C++. Numbers are in the machine's byte order.
+// The header that the kernel puts in front of a frame, and takes there: struct virtio_net_hdr,
+// whose own header is not C++. Numbers are in the machine's byte order.
 struct VirtualNetHeader {
   std::uint8_t flags;
   std::uint8_t segment_kind;
@@ -307,7 +307,7 @@ void LinuxCable::hold_down(bool down) {
 }
 
 void LinuxCable::link_changed(XorpFd fd, IoEventType /*type*/) {
-  // What the news say of which interface does not matter: the state is asked for.
+  // The messages only say that something changed: the state is asked for.
   std::uint8_t news[8192];
   while (recv(fd, news, sizeof news, MSG_DONTWAIT) > 0) {
   }

@@ -24,7 +24,7 @@ class MemoryCable : public Cable {
   // Most bytes that the memory cables of the process keep together unless keep_at_most() says
   // otherwise.
   static constexpr std::size_t kDefaultRoomBytes = std::size_t{128} << 20;
-  // What a frame takes besides its own bytes.
+  // The memory that a frame takes besides its own bytes.
   static constexpr std::size_t kOverheadBytes = 48;
 
   ~MemoryCable() override { clear(); }
@@ -39,7 +39,7 @@ class MemoryCable : public Cable {
   bool carrier() const override { return carrier_; }
   std::string describe() const override;
 
-  // --- The far end ----------------------------------------------------------------------------
+  // --- The far end -------------------------------------------------------------------------------
 
   // Sends a frame into the port, at once. False when it is empty or longer than any frame.
   bool send(const std::uint8_t* data, std::size_t bytes);

@@ -52,7 +52,7 @@ PcapCable::PcapCable(std::unique_ptr<PcapReader> input, std::unique_ptr<PcapWrit
       clock_start_ns_(start_of(clock)) {}
 
 PcapCable::~PcapCable() {
-  // What is lost now nobody could ask for any more; what was lost before could be.
+  // Losses of the closing itself cannot be asked for any more; earlier ones can.
   if (output_ != nullptr && output_->error().empty() && !output_->flush()) {
     std::fprintf(stderr, "%s\n", output_->error().c_str());
   }

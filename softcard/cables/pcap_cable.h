@@ -35,7 +35,7 @@ class PcapCable final : public Cable {
   std::size_t poll(std::size_t budget) override;
   std::string describe() const override;
 
-  // What went wrong with a file, or nothing.
+  // The error of a file; empty when there was none.
   std::string failure() const;
 
  private:

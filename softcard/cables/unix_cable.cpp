@@ -169,8 +169,8 @@ void UnixCable::set_peer(Descriptor peer) {
   peer_ = std::move(peer);
   setsockopt(peer_.get(), SOL_SOCKET, SO_SNDBUF, &kSendBufferBytes, sizeof kSendBufferBytes);
   failure_.clear();
-  told_signal_ = true;
-  peer_signal_ = true;
+  told_carrier_ = true;
+  peer_carrier_ = true;
   if (sink_ == nullptr) return;
   loop_.add_ioevent_cb(peer_.get(), IOT_READ, callback(this, &UnixCable::peer_sent));
   offer_changed();
@@ -187,11 +187,11 @@ void UnixCable::drop_peer() {
 // ---- Signals ------------------------------------------------------------------------------------
 
 void UnixCable::offer_changed() {
-  const bool signal = sink_->offered_ability(port_) != 0;
-  if (!peer_ || signal == told_signal_) return;
-  const std::uint8_t message = signal ? 1 : 0;
+  const bool carrier = sink_->offered_ability(port_) != 0;
+  if (!peer_ || carrier == told_carrier_) return;
+  const std::uint8_t message = carrier ? 1 : 0;
   if (send(peer_.get(), &message, kSignalBytes, MSG_DONTWAIT | MSG_NOSIGNAL) > 0) {
-    told_signal_ = signal;
+    told_carrier_ = carrier;
   } else if (errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM) {
     loop_.add_ioevent_cb(peer_.get(), IOT_WRITE, callback(this, &UnixCable::peer_has_room));
   }
@@ -202,9 +202,9 @@ void UnixCable::peer_has_room(XorpFd fd, IoEventType /*type*/) {
   offer_changed();
 }
 
-void UnixCable::set_peer_signal(bool signal) {
-  if (signal == peer_signal_) return;
-  peer_signal_ = signal;
+void UnixCable::set_peer_carrier(bool carrier) {
+  if (carrier == peer_carrier_) return;
+  peer_carrier_ = carrier;
   sink_->carrier_changed(port_);
 }
 
@@ -265,7 +265,7 @@ void UnixCable::peer_sent(XorpFd fd, IoEventType /*type*/) {
       open = false;  // nobody sends empty frames: this is the end
     } else if (bytes == kSignalBytes) {
       hand_over();
-      set_peer_signal(arriving_[i]->data()[0] != 0);
+      set_peer_carrier(arriving_[i]->data()[0] != 0);
     } else if (FramePtr frame = whole(messages[i], arriving_[i])) {
       arrived[count++] = std::move(frame);
     } else {
@@ -296,7 +296,7 @@ FramePtr UnixCable::whole(const mmsghdr& message, FramePtr& first) {
 
 std::string UnixCable::describe() const {
   std::string text = "unix " + path_;
-  if (peer_) return text + (peer_signal_ ? "" : ", the other end is off");
+  if (peer_) return text + (peer_carrier_ ? "" : ", the other end is off");
   if (listener_) text += ", waiting for the other end";
   return failure_.empty() ? text : text + ", " + failure_;
 }

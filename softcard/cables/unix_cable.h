@@ -2,7 +2,7 @@
 //
 // A cable to a port of another card, in this process or in another one, over a Unix socket of type
 // SOCK_SEQPACKET: one message a frame. A message of a single byte is no frame: 0 says that the
-// sender's port has no signal to give, 1 that it has. An end that says nothing has one.
+// sender's port has no carrier to give, 1 that it has. An end that says nothing has one.
 #ifndef SOFTCARD_CABLES_UNIX_CABLE_H_
 #define SOFTCARD_CABLES_UNIX_CABLE_H_
 
@@ -36,7 +36,7 @@ class UnixCable final : public Cable {
   void plug(CableSink& sink, PortIndex port) override;
   // Refuses frames while there is no carrier or the other end does not keep up.
   std::size_t transmit(FramePtr* frames, std::size_t count) override;
-  bool carrier() const override { return peer_ && peer_signal_; }
+  bool carrier() const override { return peer_ && peer_carrier_; }
   void offer_changed() override;
   std::string describe() const override;
 
@@ -57,7 +57,7 @@ class UnixCable final : public Cable {
   // A message as a frame.
   FramePtr whole(const mmsghdr& message, FramePtr& first);
   void peer_has_room(XorpFd fd, IoEventType type);
-  void set_peer_signal(bool signal);
+  void set_peer_carrier(bool carrier);
 
   EventLoop& loop_;
   std::string path_;
@@ -65,8 +65,8 @@ class UnixCable final : public Cable {
   Descriptor peer_;      // while connected
   std::string failure_;  // why it neither waits nor is connected, or lets nobody in
   XorpTimer retry_;
-  bool told_signal_ = true;  // what the other end takes this one's port for
-  bool peer_signal_ = true;
+  bool told_carrier_ = true;  // what the other end takes this one's port for
+  bool peer_carrier_ = true;
   FramePtr arriving_[kBatch];
   std::vector<std::uint8_t> overflow_;  // behind each of them, for what is longer than usual
   CableSink* sink_ = nullptr;

@@ -36,7 +36,7 @@ int wait_ms(const TimeVal& wait) {
 
 }  // namespace
 
-// What a loop lets its host do.
+// Lets the host look into a loop and run it without waiting.
 class EventLoopDriver {
  public:
   static bool next_timer(EventLoop& loop, std::uint64_t& at_ns) {

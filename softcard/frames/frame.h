@@ -2,11 +2,11 @@
 //
 // A frame on its way through the card: its bytes and the little that travels beside them.
 //
-// Frames come out of a pool and go back to it, so a frame's way allocates nothing.  In front of the
+// Frames come out of a pool and go back to it, so a frame's way allocates nothing. In front of the
 // bytes lies headroom: a VLAN tag is pushed by moving the two addresses, never the payload.
 //
 // A frame belongs to the pool of one card and must not outlive it; what leaves for another card is
-// copied into a frame of that card's pool.  A pool and its frames are used by one thread.
+// copied into a frame of that card's pool. A pool and its frames are used by one thread.
 #ifndef SOFTCARD_FRAMES_FRAME_H_
 #define SOFTCARD_FRAMES_FRAME_H_
 
@@ -34,7 +34,7 @@ constexpr PortIndex kNoPort = UINT16_MAX;
 // How a frame that is longer than the wire allows is to be cut when it leaves the host.
 enum class Segmentation : std::uint8_t { none, tcp4, tcp6, udp };
 
-// Work on the bytes that was left to whoever takes the frame off the card.  Offsets count from
+// Work on the bytes that was left to whoever takes the frame off the card. Offsets count from
 // the first byte of the frame and follow it when a tag is pushed or popped.
 struct Offload {
   // The checksum field holds the sum over the pseudo header only.
@@ -66,14 +66,14 @@ class Frame {
   // The largest size that set_size() takes.
   std::size_t capacity() const { return capacity_ - begin_; }
 
-  // Cuts or lengthens at the end.  New bytes are whatever was there.  REQUIRES: <= capacity().
+  // Cuts or lengthens at the end. New bytes are whatever was there. REQUIRES: <= capacity().
   void set_size(std::size_t bytes) { size_ = static_cast<std::uint32_t>(bytes); }
 
   // Makes room for `bytes` new bytes behind the first `at` bytes, which move towards the front.
-  // The new bytes are undefined.  REQUIRES: bytes <= headroom(), at <= size().
+  // The new bytes are undefined. REQUIRES: bytes <= headroom(), at <= size().
   void insert(std::size_t at, std::size_t bytes);
 
-  // Takes `bytes` bytes away from behind the first `at` bytes.  REQUIRES: at + bytes <= size().
+  // Takes `bytes` bytes away from behind the first `at` bytes. REQUIRES: at + bytes <= size().
   void erase(std::size_t at, std::size_t bytes);
 
   // Puts the frame into its first state: empty, all headroom, no metadata.
@@ -105,7 +105,7 @@ class Frame {
 };
 
 // Frames in two sizes: small ones for what fits a usual wire, large ones for jumbo frames and for
-// frames that are still to be segmented.  Memory grows in slabs up to a limit and is kept.
+// frames that are still to be segmented. Memory grows in slabs up to a limit and is kept.
 class FramePool {
  public:
   static constexpr std::size_t kSmallBytes = 2048;   // largest small frame

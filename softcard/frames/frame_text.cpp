@@ -115,7 +115,7 @@ constexpr FieldRow kFields[] = {
     {"size", "size", Kind::decimal, 16, kRequired},
 };
 
-// What the field in front of a header says of it: an EtherType, or an IP protocol.
+// The number by which the header in front announces a header: an EtherType, or an IP protocol.
 struct HeaderRow {
   const char* name;
   const char* behind;  // the headers that it may follow, each between blanks
@@ -212,7 +212,7 @@ std::string print_number(const FieldRow& row, std::uint64_t number) {
 
 // Brings a value into the one form that print_frame() writes; false when it is no value of the
 // field, and then `wanted` says what one is.
-bool settle(const FieldRow& row, std::string& value, std::string& wanted) {
+bool normalise_value(const FieldRow& row, std::string& value, std::string& wanted) {
   std::uint64_t number = 0;
   MacAddress mac;
   Ipv4 ipv4 = 0;
@@ -342,7 +342,7 @@ bool read_headers(const std::string& text, HeaderRowList& headers, std::string& 
     }
     if (header->given(key)) return fail(error, column, quoted(key, "is there twice"));
     std::string wanted;
-    if (!settle(*row, value, wanted)) {
+    if (!normalise_value(*row, value, wanted)) {
       return fail(error, column + equals + 1, quoted(value, "is not " + wanted));
     }
     header->fields.emplace_back(key, value);
@@ -633,7 +633,7 @@ class Builder {
   static std::uint16_t narrow(std::uint64_t value) { return static_cast<std::uint16_t>(value); }
   static std::uint8_t narrow8(std::uint64_t value) { return static_cast<std::uint8_t>(value); }
 
-  // What stands for a header that is not named.
+  // The text of a header that has no name.
   static constexpr std::uint64_t kExperimentalType = 0x88B5;
   static constexpr std::uint64_t kExperimentalProtocol = 253;
   static constexpr std::uint64_t kNoNextHeader = 59;
@@ -830,7 +830,7 @@ class Dissector {
     return at;
   }
 
-  // What follows the packet by its own length: padding, or something else.
+  // The bytes behind the end of the packet by its own length: padding, or something else.
   void rest() {
     const bool zeros =
         std::all_of(data_ + end_, data_ + all_, [](std::uint8_t b) { return b == 0; });

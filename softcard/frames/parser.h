@@ -48,7 +48,7 @@ enum class FrameFault : std::uint8_t {
 enum class Layer3 : std::uint8_t { none, arp, ipv4, ipv6 };
 enum class Layer4 : std::uint8_t { none, tcp, udp, icmp };
 
-// What a frame shows. Members of a header that is not there are 0.
+// The fields of a frame. Members of a header that is not there are 0.
 struct Headers {
   // Ethernet; addresses as MacAddress::to_number().
   std::uint64_t destination = 0;

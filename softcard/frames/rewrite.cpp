@@ -74,7 +74,7 @@ void shift(Headers& headers, int bytes) {
 
 }  // namespace
 
-// ---- VLAN tags ------------------------------------------------------------------------------
+// ---- VLAN tags ----------------------------------------------------------------------------------
 
 void push_tag(Frame& frame, std::uint16_t control) {
   frame.insert(kAddressesBytes, kTagBytes);
@@ -111,7 +111,7 @@ void pop_tag(Frame& frame, Headers& headers) {
   shift(headers, -static_cast<int>(kTagBytes));
 }
 
-// ---- Addresses and fields -------------------------------------------------------------------
+// ---- Addresses and fields -----------------------------------------------------------------------
 
 void set_source_mac(Frame& frame, Headers& headers, std::uint64_t mac) {
   store48(frame.data() + 6, mac);

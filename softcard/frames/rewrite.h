@@ -14,7 +14,7 @@
 
 namespace softcard {
 
-// ---- VLAN tags ------------------------------------------------------------------------------
+// ---- VLAN tags ----------------------------------------------------------------------------------
 
 // The tag's 16 bits of priority (0 to 7), drop eligibility and VLAN.
 constexpr std::uint16_t tag_control(unsigned vlan, unsigned priority, bool drop_eligible) {
@@ -32,7 +32,7 @@ void set_tag(Frame& frame, Headers& headers, std::uint16_t control);
 // Takes the outermost tag away.
 void pop_tag(Frame& frame, Headers& headers);
 
-// ---- Addresses and fields -------------------------------------------------------------------
+// ---- Addresses and fields -----------------------------------------------------------------------
 
 void set_source_mac(Frame& frame, Headers& headers, std::uint64_t mac);
 void set_destination_mac(Frame& frame, Headers& headers, std::uint64_t mac);

@@ -70,7 +70,7 @@ class Egress {
   void drop(PortIndex egress, DropReason reason);
 
  private:
-  // What waits for the cable of a port.
+  // Frames that wait for the cable of a port.
   struct Staged {
     std::size_t count = 0;
     std::array<FramePtr, kBurst> frames;

@@ -201,7 +201,7 @@ bool Pipeline::arrive(Passage& passage) {
   note_("port", Destination::port(port), " received ", frame.size(), " bytes");
 
   if (!tables_.ports.is_up(port)) {
-    // What does not arrive is not counted as received either.
+    // A frame that does not arrive is not counted as received either.
     tables_.drops.add(port, DropReason::link_down);
     note_("port", DropReason::link_down);
     passage.frame.reset();

@@ -25,7 +25,7 @@ const char* flow_action_text(unsigned kind);
 // The record of frames on their way. The pipeline fills one while it is set.
 class Trace {
  public:
-  // What one stage of the pipeline found and decided.
+  // One stage of the pipeline, with its finding and decision.
   struct Step {
     std::string stage;  // "port", "vlan", "stp", "fdb", ...
     std::string text;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What is watched of an SDK's calls: traces those of the modules that vorn_set_lcmgr_trace()
+// The watch over an SDK's calls: traces those of the modules that vorn_set_lcmgr_trace()
 // switched on, and has chosen calls refused, so that a client can be tried against an SDK that says
 // no. WatchedSdk puts it in front of an SDK. Such a refusal has the reason "create_vlan: refused on
 // purpose", and the trace ends a call that was refused with its reason.
@@ -48,11 +48,11 @@ class CallWatch {
   // at all. False for a name that is no operation, and for nth 0.
   bool refuse(const std::string& operation, unsigned nth);
   // Forgets the refusals that have not come yet.
-  void clear_refusals() { refusals_.clear(); }
+  void clear_failures() { refusals_.clear(); }
   // How many have not come yet.
-  std::size_t pending_refusals() const { return refusals_.size(); }
+  std::size_t pending_failures() const { return refusals_.size(); }
 
-  // ---- For who puts it in front of an SDK -----------------------------------------------------
+  // ---- For who puts it in front of an SDK -------------------------------------------------------
 
   // Whether any call is traced or to be refused: an SDK need not be wrapped while none is.
   bool watching() const { return trace_all_ || traced_modules_ != 0 || !refusals_.empty(); }

@@ -25,7 +25,7 @@ bool vlan_of(Card& card, const Mp& mp) {
   return card.tables().vlans.require(mp.port());
 }
 
-// What a flush removes everywhere.
+// The entries that a flush removes everywhere.
 FdbFilter flushed(bool and_static) {
   FdbFilter filter;
   filter.up_to = and_static ? FdbKind::static_entry : FdbKind::learned;

@@ -20,7 +20,7 @@
 
 namespace softcard {
 
-// What vorn_free_call() can do with this card: set all counters of all ports to 0.
+// The one service that vorn_free_call() has with this card: set all counters of all ports to 0.
 inline constexpr int kFreeCallClearCounters = 1;
 
 class SoftSdk final : public VornSdkBase {

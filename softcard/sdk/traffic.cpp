@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What ports let in and out: mirrors, storm control, discarding, flood blocking, queues, layer 2.
+// Settings of what ports let in and out: mirrors, storm control, discarding, flood blocking,
+// queues, layer 2.
 
 #include "softcard/sdk/sdk.h"
 

@@ -32,7 +32,7 @@ class WatchedSdk final : public VornSdkBase {
   // Both outlive the object.
   WatchedSdk(VornSdkBase& sdk, CallWatch& watch) : sdk_(sdk), watch_(watch) {}
 
-  // ---- VLANs -----------------------------------------------------------------------------------
+  // ---- VLANs ------------------------------------------------------------------------------------
   bool create_vlan(unsigned int vlan) override { return call(__func__, &Sdk::create_vlan, vlan); }
   bool delete_vlan(unsigned int vlan) override { return call(__func__, &Sdk::delete_vlan, vlan); }
   bool add_ports_to_vlan(unsigned int vlan, std::list<Mp>& tagged,
@@ -46,7 +46,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_vlan_info, vlan, tagged, untagged);
   }
 
-  // ---- Multiple spanning tree ------------------------------------------------------------------
+  // ---- Multiple spanning tree -------------------------------------------------------------------
   bool set_port_mstp_state(unsigned int instance, const Mp& mp, mstp_state_t state) override {
     return call(__func__, &Sdk::set_port_mstp_state, instance, mp, state);
   }
@@ -54,7 +54,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_port_mstp_state, instance, mp, state);
   }
 
-  // ---- Link aggregation ------------------------------------------------------------------------
+  // ---- Link aggregation -------------------------------------------------------------------------
   bool create_lag(unsigned int& id) override { return call(__func__, &Sdk::create_lag, id); }
   bool delete_lag(unsigned int id) override { return call(__func__, &Sdk::delete_lag, id); }
   bool add_ports_to_lag(unsigned int id, std::list<Mp>& ports) override {
@@ -70,7 +70,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_lag_balancing_strategy, id, psc);
   }
 
-  // ---- Mirroring and port settings -------------------------------------------------------------
+  // ---- Mirroring and port settings --------------------------------------------------------------
   bool set_port_mirror(const Mp& mirror_to, const Mp& mirrored, mirror_type_t type) override {
     return call(__func__, &Sdk::set_port_mirror, mirror_to, mirrored, type);
   }
@@ -121,7 +121,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_port_mtu, mp, bytes);
   }
 
-  // ---- Port statistics -------------------------------------------------------------------------
+  // ---- Port statistics --------------------------------------------------------------------------
   bool set_port_stat_enable(const Mp& mp, bool on) override {
     return call(__func__, &Sdk::set_port_stat_enable, mp, on);
   }
@@ -164,7 +164,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::clear_port_stat_counter, mp);
   }
 
-  // ---- Spanning tree ---------------------------------------------------------------------------
+  // ---- Spanning tree ----------------------------------------------------------------------------
   bool set_port_stp_state(const Mp& mp, stp_state_t state) override {
     return call(__func__, &Sdk::set_port_stp_state, mp, state);
   }
@@ -178,7 +178,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_port_bpdu_processing, mp, on);
   }
 
-  // ---- MAC table -------------------------------------------------------------------------------
+  // ---- MAC table --------------------------------------------------------------------------------
   bool add_mac_to_port(const Mp& mp, const unsigned char* mac, unsigned int vlan,
                        bool trunk) override {
     return call(__func__, &Sdk::add_mac_to_port, mp, ShownMac{mac}, vlan, trunk);
@@ -214,7 +214,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_fdb_aging_time, seconds);
   }
 
-  // ---- Links and MAC locks ---------------------------------------------------------------------
+  // ---- Links and MAC locks ----------------------------------------------------------------------
   bool set_port_link_state(const Mp& mp, phy_state_t state) override {
     return call(__func__, &Sdk::set_port_link_state, mp, state);
   }
@@ -234,7 +234,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_port_mac_lock_ext, mp, on, drop);
   }
 
-  // ---- Storm control ---------------------------------------------------------------------------
+  // ---- Storm control ----------------------------------------------------------------------------
   bool set_port_broadcast_control(const Mp& mp, unsigned int frames_per_second) override {
     return call(__func__, &Sdk::set_port_broadcast_control, mp, frames_per_second);
   }
@@ -254,7 +254,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_port_unicast_control, mp, frames_per_second);
   }
 
-  // ---- What a port lets in and out -------------------------------------------------------------
+  // ---- What a port lets in and out --------------------------------------------------------------
   bool set_port_egress_admin_state(const Mp& mp, bool on) override {
     return call(__func__, &Sdk::set_port_egress_admin_state, mp, on);
   }
@@ -268,7 +268,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_port_ingress_discarding, mp, type);
   }
 
-  // ---- VLAN settings of a port -----------------------------------------------------------------
+  // ---- VLAN settings of a port ------------------------------------------------------------------
   bool set_port_pvid(const Mp& mp, unsigned int vlan) override {
     return call(__func__, &Sdk::set_port_pvid, mp, vlan);
   }
@@ -288,7 +288,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_port_vlan_accept_frame, mp, all);
   }
 
-  // ---- MAC limits ------------------------------------------------------------------------------
+  // ---- MAC limits -------------------------------------------------------------------------------
   bool set_system_mac_limit(const Mp& mp, int limit, unsigned int kind) override {
     return call(__func__, &Sdk::set_system_mac_limit, mp, limit, kind);
   }
@@ -296,7 +296,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_system_mac_limit, mp, limit, kind);
   }
 
-  // ---- Protocol, MAC and subnet VLANs ----------------------------------------------------------
+  // ---- Protocol, MAC and subnet VLANs -----------------------------------------------------------
   bool set_port_protocol_vlan(const Mp& mp, frame_type_t type, unsigned short protocol,
                               unsigned int vlan) override {
     return call(__func__, &Sdk::set_port_protocol_vlan, mp, type, protocol, vlan);
@@ -320,7 +320,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::set_ipv6_subnet_vlan, ShownIp6{ip6}, prefix_length, vlan, priority);
   }
 
-  // ---- Packets from the CPU --------------------------------------------------------------------
+  // ---- Packets from the CPU ---------------------------------------------------------------------
   bool send_packet_by_port(std::list<Mp>& tagged, std::list<Mp>& untagged,
                            const Packet& packet) override {
     return call(__func__, &Sdk::send_packet_by_port, tagged, untagged, packet);
@@ -329,7 +329,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::send_packet_from_cpu, packet);
   }
 
-  // ---- Port abilities --------------------------------------------------------------------------
+  // ---- Port abilities ---------------------------------------------------------------------------
   bool get_port_ability(const Mp& mp, port_ability_type_t& ability) override {
     return call(__func__, &Sdk::get_port_ability, mp, ability);
   }
@@ -346,7 +346,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_port_peer_ability, mp, ability);
   }
 
-  // ---- Flood blocking --------------------------------------------------------------------------
+  // ---- Flood blocking ---------------------------------------------------------------------------
   bool set_port_flood_blocking(const Mp& from, const Mp& to, flood_block_type_t type) override {
     return call(__func__, &Sdk::set_port_flood_blocking, from, to, type);
   }
@@ -360,7 +360,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_port_flood_blocking_cpu, from, type);
   }
 
-  // ---- Class of service ------------------------------------------------------------------------
+  // ---- Class of service -------------------------------------------------------------------------
   bool set_port_cos_mapping(const Mp& mp, unsigned int priority, unsigned int queue) override {
     return call(__func__, &Sdk::set_port_cos_mapping, mp, priority, queue);
   }
@@ -368,7 +368,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_port_cos_mapping, mp, priority, queue);
   }
 
-  // ---- The switch as a whole -------------------------------------------------------------------
+  // ---- The switch as a whole --------------------------------------------------------------------
   bool get_line_card_usp(Usp& usp) override { return call(__func__, &Sdk::get_line_card_usp, usp); }
   bool free_call(int number) override { return call(__func__, &Sdk::free_call, number); }
   bool set_switch_forward_mode(unsigned int mode) override {
@@ -378,7 +378,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_switch_forward_mode, mode);
   }
 
-  // ---- Packet filters: frames that go to the CPU and nowhere else ------------------------------
+  // ---- Packet filters: frames that go to the CPU and nowhere else -------------------------------
   bool add_arp_filter(unsigned int ip, unsigned int mask) override {
     return call(__func__, &Sdk::add_arp_filter, ShownIp4{ip}, ShownIp4{mask});
   }
@@ -405,7 +405,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::delete_l4_destination_port_filter_all);
   }
 
-  // ---- Layer 2 and unknown unicast -------------------------------------------------------------
+  // ---- Layer 2 and unknown unicast --------------------------------------------------------------
   bool set_port_l2_enable(const Mp& mp, bool on) override {
     return call(__func__, &Sdk::set_port_l2_enable, mp, on);
   }
@@ -422,7 +422,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_switch_unknown_unicast_to_cpu, on);
   }
 
-  // ---- Flow table ------------------------------------------------------------------------------
+  // ---- Flow table -------------------------------------------------------------------------------
   bool add_of_flow(of_flow_mp_s& flow, unsigned int& id,
                    const of_flow_qualify_udf_s& udf) override {
     return call(__func__, &Sdk::add_of_flow, flow, id, udf);
@@ -456,7 +456,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::get_of_flow_stat_counter32, id, packets);
   }
 
-  // ---- Callbacks -------------------------------------------------------------------------------
+  // ---- Callbacks --------------------------------------------------------------------------------
   bool register_mac_update_callback(void (*callback)(L2Addr*, int, void*),
                                     void* user_data) override {
     return call(__func__, &Sdk::register_mac_update_callback, callback, user_data);
@@ -488,7 +488,7 @@ class WatchedSdk final : public VornSdkBase {
     return call(__func__, &Sdk::traverse_mac_table, arg);
   }
 
-  // ---- Layer-3 interfaces ----------------------------------------------------------------------
+  // ---- Layer-3 interfaces -----------------------------------------------------------------------
   bool create_l3_interface(const unsigned char* mac, unsigned int vlan, unsigned int& id) override {
     return call(__func__, &Sdk::create_l3_interface, ShownMac{mac}, vlan, id);
   }
@@ -507,7 +507,7 @@ class WatchedSdk final : public VornSdkBase {
   }
   bool delete_l3_interface_all() override { return call(__func__, &Sdk::delete_l3_interface_all); }
 
-  // ---- Layer-3 hosts and routes ----------------------------------------------------------------
+  // ---- Layer-3 hosts and routes -----------------------------------------------------------------
   bool add_l3_host_ip4(Mp mp, bool trunk, unsigned int ip, const unsigned char* mac,
                        unsigned int interface) override {
     return call(__func__, &Sdk::add_l3_host_ip4, mp, trunk, ShownIp4{ip}, ShownMac{mac}, interface);
@@ -581,7 +581,7 @@ class WatchedSdk final : public VornSdkBase {
   }
   bool clear_l3_route_table() override { return call(__func__, &Sdk::clear_l3_route_table); }
 
-  // ---- Tracing ---------------------------------------------------------------------------------
+  // ---- Tracing ----------------------------------------------------------------------------------
   bool set_lcmgr_trace(const std::string& target, bool on) override {
     return call(__func__, &Sdk::set_lcmgr_trace, target, on);
   }

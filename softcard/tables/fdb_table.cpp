@@ -24,7 +24,7 @@ FdbTable::FdbTable(std::size_t capacity, KeyedHash hash)
   vlan_lists_.resize(kVlanCount);
 }
 
-// ---- Entries -----------------------------------------------------------------------------------
+// ---- Entries ------------------------------------------------------------------------------------
 
 FdbLearn FdbTable::learn(std::uint16_t vlan, const MacAddress& mac, Destination destination,
                          std::uint64_t now) {
@@ -115,7 +115,7 @@ const FdbEntry* FdbTable::find_behind(std::size_t bucket, std::uint64_t key) con
   return nullptr;
 }
 
-// ---- Ageing and counts -------------------------------------------------------------------------
+// ---- Ageing and counts --------------------------------------------------------------------------
 
 std::size_t FdbTable::age(std::uint64_t now) {
   if (ageing_seconds_ == 0 || learned_ == 0) return 0;
@@ -168,7 +168,7 @@ std::size_t FdbTable::learned_on(Destination destination) const {
   return list == nullptr ? 0 : list->learned;
 }
 
-// ---- Lists -------------------------------------------------------------------------------------
+// ---- Lists --------------------------------------------------------------------------------------
 
 std::uint32_t FdbTable::place_of(const FdbEntry& entry) const {
   const auto distance_bytes =
@@ -216,7 +216,7 @@ void FdbTable::unlink(unsigned which, List& list, std::uint32_t place) {
   if (at(place).kind() == FdbKind::learned) --list.learned;
 }
 
-// ---- Changes -----------------------------------------------------------------------------------
+// ---- Changes ------------------------------------------------------------------------------------
 
 // Makes an entry for a key that has none; null when the table is full.
 FdbEntry* FdbTable::insert(std::uint64_t key, Destination destination, FdbKind kind,

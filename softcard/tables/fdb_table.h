@@ -3,9 +3,9 @@
 // The layer-2 forwarding database: which destination owns a MAC address in a VLAN.
 //
 // Entries live in buckets of one cache line, four entries each, and never move while they exist.
-// At most half of all places are used, so a lookup reads one line in nearly every case.  Beside
+// At most half of all places are used, so a lookup reads one line in nearly every case. Beside
 // each place stand the links of two lists, one per VLAN and one per destination, so that a flush
-// costs what it removes.  Nothing is allocated after construction, except when a port or LAG number
+// costs what it removes. Nothing is allocated after construction, except when a port or LAG number
 // larger than any before is seen.
 //
 // Conventions: VLAN ids are below kVlanCount; times are seconds of the card's clock, which never
@@ -34,7 +34,7 @@ enum class FdbKind : std::uint8_t {
   system_entry,  // set for the control plane; stays until it is deleted
 };
 
-// What FdbTable::learn did.
+// The result of FdbTable::learn().
 enum class FdbLearn {
   known,      // the entry stood as it is; at most its time was brought up to date
   refreshed,  // as known, and at least a second had passed since it was last seen
@@ -44,12 +44,12 @@ enum class FdbLearn {
   full,       // no room; nothing changed
 };
 
-// The key of an entry as one number that is never 0.  `mac` is MacAddress::to_number().
+// The key of an entry as one number that is never 0. `mac` is MacAddress::to_number().
 constexpr std::uint64_t fdb_key(std::uint16_t vlan, std::uint64_t mac) {
   return std::uint64_t{1} << 63 | std::uint64_t{vlan} << 48 | mac;
 }
 
-// One entry, 16 bytes.  Only FdbTable changes it.
+// One entry, 16 bytes. Only FdbTable changes it.
 class FdbEntry {
  public:
   std::uint16_t vlan() const { return static_cast<std::uint16_t>((key_ >> 48) % kVlanCount); }
@@ -124,12 +124,12 @@ class FdbTable {
   // Makes room for `capacity` entries, at least 1 and at most 2^28.
   explicit FdbTable(std::size_t capacity = kDefaultCapacity, KeyedHash hash = KeyedHash::drawn());
 
-  // --- Lookup -------------------------------------------------------------------------------
+  // --- Lookup ------------------------------------------------------------------------------------
 
   // Starts to load what find(key) reads.
   void prefetch(std::uint64_t key) const { softcard::prefetch(&buckets_[home(key)]); }
 
-  // Returns the entry of `key` (see fdb_key), or null.  It stays where it is until it is removed.
+  // Returns the entry of `key` (see fdb_key), or null. It stays where it is until it is removed.
   const FdbEntry* find(std::uint64_t key) const {
     const std::size_t bucket = home(key);
     const FdbEntry& entry = buckets_[bucket].candidate(key);
@@ -148,31 +148,31 @@ class FdbTable {
     own.flags_ |= FdbEntry::kHit;
   }
 
-  // --- Entries ------------------------------------------------------------------------------
+  // --- Entries -----------------------------------------------------------------------------------
 
   // Learns from a frame that `mac` is reached in `vlan` through `destination` at time `now`.
   // Limits are the caller's: find() tells beforehand whether the address is new or moves.
   FdbLearn learn(std::uint16_t vlan, const MacAddress& mac, Destination destination,
                  std::uint64_t now);
 
-  // Binds `mac` in `vlan` to a port or LAG, in place of any entry it had.  False when full.
+  // Binds `mac` in `vlan` to a port or LAG, in place of any entry it had. False when full.
   bool add_static(std::uint16_t vlan, const MacAddress& mac, Destination destination,
                   std::uint64_t now = 0);
 
-  // Sends `mac` in `vlan` to the control plane, in place of any entry it had.  False when full.
+  // Sends `mac` in `vlan` to the control plane, in place of any entry it had. False when full.
   bool add_system(std::uint16_t vlan, const MacAddress& mac, std::uint64_t now = 0);
 
   // Removes the entry of any kind of `mac` in `vlan`; false when there is none.
   bool remove(std::uint16_t vlan, const MacAddress& mac);
 
-  // Removes the entries of `mac` in all VLANs and returns how many there were.  Asks once in each
+  // Removes the entries of `mac` in all VLANs and returns how many there were. Asks once in each
   // VLAN that has entries at all: at most kVlanCount lookups, and no list per address to keep.
   std::size_t remove_mac(const MacAddress& mac);
 
   // Removes what fits `filter` and returns how many entries that was.
   std::size_t flush(const FdbFilter& filter);
 
-  // --- Ageing -------------------------------------------------------------------------------
+  // --- Ageing ------------------------------------------------------------------------------------
 
   // Learned entries not seen for `seconds` are removed by age(); 0 keeps them for ever.
   void set_ageing_seconds(std::uint32_t seconds) { ageing_seconds_ = seconds; }
@@ -184,12 +184,12 @@ class FdbTable {
     return ageing_seconds_ == 0 || learned_ == 0 ? UINT64_MAX : oldest_seen_ + ageing_seconds_;
   }
 
-  // Removes the learned entries whose time is over at `now` and returns how many those were.  May
+  // Removes the learned entries whose time is over at `now` and returns how many those were. May
   // be called at any rate: the table is read through only when an entry may be due, at most once a
   // second, and the result depends on `now` alone.
   std::size_t age(std::uint64_t now);
 
-  // --- Counts -------------------------------------------------------------------------------
+  // --- Counts ------------------------------------------------------------------------------------
 
   std::size_t capacity() const { return capacity_; }
   std::size_t size() const { return size_; }
@@ -201,7 +201,7 @@ class FdbTable {
     return vlan_lists_[vlan % kVlanCount].learned;
   }
 
-  // Calls visit(const FdbEntry&) for each entry, by VLAN and address from the lowest up.  `visit`
+  // Calls visit(const FdbEntry&) for each entry, by VLAN and address from the lowest up. `visit`
   // may change the table: each entry that stays is visited exactly once, and one that is added
   // meanwhile is not.
   template <class Visit>
@@ -216,7 +216,7 @@ class FdbTable {
   std::size_t longest_search() const;
 
   // Has every addition, move and removal reported to `observer` as it happens; an empty function
-  // ends that.  The observer may read the table and must not change it.
+  // ends that. The observer may read the table and must not change it.
   void set_observer(std::function<void(const FdbChange&)> observer) {
     observer_ = std::move(observer);
   }
@@ -228,7 +228,7 @@ class FdbTable {
   struct alignas(64) Bucket {
     FdbEntry places[kPlacesPerBucket];
 
-    // The place of `key` if it is here at all, else place 0.  Which one it is cannot be foreseen,
+    // The place of `key` if it is here at all, else place 0. Which one it is cannot be foreseen,
     // so it is computed rather than searched for: a wrong guess would wait for the line to arrive.
     const FdbEntry& candidate(std::uint64_t key) const {
       const bool third = places[3].key_ == key;

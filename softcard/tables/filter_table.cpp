@@ -22,7 +22,7 @@ bool FilterTable::add_arp(Ipv4 ip, Ipv4 mask) {
   if (find(arp_, ip, mask) != arp_.end()) return true;
   if (arp_.size() >= arp_capacity_) return refuse_full("arp-filters", arp_capacity_);
   arp_.push_back({ip & mask, mask});
-  settle();
+  update_any();
   return true;
 }
 
@@ -32,19 +32,19 @@ bool FilterTable::remove_arp(Ipv4 ip, Ipv4 mask) {
     return refuse("there is no ARP filter ", ipv4_text(ip), " mask ", ipv4_text(mask));
   }
   arp_.erase(filter);
-  settle();
+  update_any();
   return true;
 }
 
 void FilterTable::clear_arp() {
   arp_.clear();
-  settle();
+  update_any();
 }
 
 bool FilterTable::add_ip_protocol(unsigned protocol) {
   if (!in_range("IP protocol", protocol, 0, kHighestProtocol)) return false;
   ip_protocols_.set(protocol);
-  settle();
+  update_any();
   return true;
 }
 
@@ -52,19 +52,19 @@ bool FilterTable::remove_ip_protocol(unsigned protocol) {
   if (!in_range("IP protocol", protocol, 0, kHighestProtocol)) return false;
   if (!ip_protocols_[protocol]) return refuse("there is no filter of IP protocol ", protocol);
   ip_protocols_.reset(protocol);
-  settle();
+  update_any();
   return true;
 }
 
 void FilterTable::clear_ip_protocols() {
   ip_protocols_.reset();
-  settle();
+  update_any();
 }
 
 bool FilterTable::add_l4_port(unsigned port) {
   if (!in_range("L4 port", port, 0, kHighestL4Port)) return false;
   l4_ports_.set(port);
-  settle();
+  update_any();
   return true;
 }
 
@@ -72,13 +72,13 @@ bool FilterTable::remove_l4_port(unsigned port) {
   if (!in_range("L4 port", port, 0, kHighestL4Port)) return false;
   if (!l4_ports_[port]) return refuse("there is no filter of L4 port ", port);
   l4_ports_.reset(port);
-  settle();
+  update_any();
   return true;
 }
 
 void FilterTable::clear_l4_ports() {
   l4_ports_.reset();
-  settle();
+  update_any();
 }
 
 }  // namespace softcard

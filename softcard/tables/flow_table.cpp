@@ -24,7 +24,7 @@ bool UdfReader::read(FlowUdfBase base, std::uint32_t offset_bytes, std::uint32_t
   return true;
 }
 
-// ---- Keys and masks ----------------------------------------------------------------------------
+// ---- Keys and masks -----------------------------------------------------------------------------
 
 FlowKey FlowTable::key_of(const FlowMatch& match) {
   FlowKey key;
@@ -120,7 +120,7 @@ std::uint32_t FlowTable::find_in(const Subtable& subtable, const FlowKey& key,
   });
 }
 
-// ---- Flows -------------------------------------------------------------------------------------
+// ---- Flows --------------------------------------------------------------------------------------
 
 FlowResult FlowTable::add(const FlowMatch& match, std::uint32_t& id, std::int32_t priority) {
   const std::uint32_t free_id = ids_.lowest_free();
@@ -161,7 +161,7 @@ FlowResult FlowTable::remove(std::uint32_t id) {
   const std::uint32_t position = ids_.find(id);
   if (position == kNil) return FlowResult::no_flow;
   unlink(position);
-  settle(entries_[position].flow.subtable_);
+  update_subtable(entries_[position].flow.subtable_);
   ids_.erase(id);
   release_actions(entries_[position].flow);
   entries_.give(position);
@@ -182,11 +182,11 @@ FlowResult FlowTable::set_priority(std::uint32_t id, std::int32_t priority) {
   entries_[position].flow.priority = priority;
   entries_[position].rank.priority = priority;
   link(position);
-  settle(entries_[position].flow.subtable_);
+  update_subtable(entries_[position].flow.subtable_);
   return FlowResult::done;
 }
 
-// ---- Actions -----------------------------------------------------------------------------------
+// ---- Actions ------------------------------------------------------------------------------------
 
 FlowResult FlowTable::add_action(std::uint32_t id, const FlowAction& action) {
   const std::uint32_t position = ids_.find(id);
@@ -228,7 +228,7 @@ void FlowTable::release_actions(Flow& flow) {
   flow.actions_ = kNil;
 }
 
-// ---- Frames ------------------------------------------------------------------------------------
+// ---- Frames -------------------------------------------------------------------------------------
 
 const Flow* FlowTable::lookup(const FlowKey& key, const UdfReader& bytes) const {
   std::uint32_t best = kNil;
@@ -253,7 +253,7 @@ const Flow* FlowTable::lookup(const FlowKey& key, const UdfReader& bytes) const 
   return best == kNil ? nullptr : &entries_[best].flow;
 }
 
-// ---- Subtables ---------------------------------------------------------------------------------
+// ---- Subtables ----------------------------------------------------------------------------------
 
 // Returns the subtable for flows that look at the same bits as `match`; makes it where there is
 // none.
@@ -274,7 +274,7 @@ std::uint32_t FlowTable::subtable_for(const FlowMatch& match) {
   return subtable;
 }
 
-// Enters a flow into its subtable, and that at its right place into the order of the search.  No
+// Enters a flow into its subtable, and that at its right place into the order of the search. No
 // effect when memory runs out, which it does not for a flow that was linked before.
 void FlowTable::link(std::uint32_t position) {
   Flow& flow = entries_[position].flow;
@@ -309,7 +309,7 @@ void FlowTable::link(std::uint32_t position) {
   entries_[before].flow.next_ = position;
 }
 
-// Takes a flow out of its subtable; settle() must follow.
+// Takes a flow out of its subtable; update_subtable() must follow.
 void FlowTable::unlink(std::uint32_t position) {
   const Flow& flow = entries_[position].flow;
   const Entry& entry = entries_[position];
@@ -328,9 +328,9 @@ void FlowTable::unlink(std::uint32_t position) {
   if (subtable.size == 0) erase_step(subtable);
 }
 
-// Gives an empty subtable back.  In any other finds the bound anew when enough flows have left it
+// Gives an empty subtable back. In any other finds the bound anew when enough flows have left it
 // to pay for that, so that the search ends early again.
-void FlowTable::settle(std::uint32_t position) {
+void FlowTable::update_subtable(std::uint32_t position) {
   Subtable& subtable = subtables_[position];
   if (subtable.size == 0) {
     give_if_empty(position);

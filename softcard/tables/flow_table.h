@@ -3,13 +3,13 @@
 // The flow table: what frames match, with a priority, actions and counters.
 //
 // Flows that look at the same bits of a frame stand together in a subtable, a hash index over those
-// bits.  Subtables are searched in the order of the highest priority they hold and the search ends
+// bits. Subtables are searched in the order of the highest priority they hold and the search ends
 // when none of the rest can win, so a lookup costs a probe for each distinct mask at most and does
 // not depend on the number of flows.
 //
 // Conventions: addresses and numbers are in host byte order; a higher priority wins, and among
 // equals the lower id; a full table refuses a new flow and changes nothing, and so does one that
-// runs out of memory, which throws.  Memory grows with the flows, and removing never asks for any.
+// runs out of memory, which throws. Memory grows with the flows, and removing never asks for any.
 #ifndef SOFTCARD_TABLES_FLOW_TABLE_H_
 #define SOFTCARD_TABLES_FLOW_TABLE_H_
 
@@ -27,9 +27,9 @@
 
 namespace softcard {
 
-// --- What a frame shows -----------------------------------------------------------------------
+// --- What a frame shows --------------------------------------------------------------------------
 
-// The fields of a frame that flows look at, packed so that a mask is five ANDs.  The pipeline fills
+// The fields of a frame that flows look at, packed so that a mask is five ANDs. The pipeline fills
 // a fresh key once per frame, with each set_ function at most once and only for headers that are
 // there: a flow that asks for a header which the frame lacks does not match.
 class FlowKey {
@@ -93,19 +93,19 @@ struct FlowUdf {
   std::uint32_t mask = 0;  // 0: no qualifier
 };
 
-// The bytes of a frame as qualifiers read them.  Owns nothing.
+// The bytes of a frame as qualifiers read them. Owns nothing.
 struct UdfReader {
   const std::uint8_t* frame = nullptr;
   std::uint32_t length_bytes = 0;
   std::uint32_t l3_offset_bytes = 0;  // from the start of the frame; 0: no such header
   std::uint32_t l4_offset_bytes = 0;  // likewise
 
-  // Reads the four bytes at `offset_bytes` behind `base` into `value`.  False when the header is
+  // Reads the four bytes at `offset_bytes` behind `base` into `value`. False when the header is
   // not there or the frame ends before the fourth byte.
   bool read(FlowUdfBase base, std::uint32_t offset_bytes, std::uint32_t& value) const;
 };
 
-// --- What a flow asks for ---------------------------------------------------------------------
+// --- What a flow asks for ------------------------------------------------------------------------
 
 // The fields that a flow may look at; FlowMatch::fields is an OR of these.
 enum FlowField : std::uint32_t {
@@ -166,7 +166,7 @@ struct FlowActions {
   const FlowAction* end() const { return items.data() + count; }
 };
 
-// One flow.  Only FlowTable changes it.
+// One flow. Only FlowTable changes it.
 struct Flow {
   std::uint32_t id = 0;
   std::int32_t priority = 0;
@@ -183,7 +183,7 @@ struct Flow {
   std::uint32_t actions_ = UINT32_MAX;
 };
 
-// What an operation of FlowTable did.
+// The result of an operation of FlowTable.
 enum class FlowResult {
   done,
   full,             // no room for the flow
@@ -202,9 +202,9 @@ class FlowTable {
 
   explicit FlowTable(std::size_t capacity = kDefaultCapacity, KeyedHash hash = KeyedHash::drawn());
 
-  // --- Flows --------------------------------------------------------------------------------
+  // --- Flows -------------------------------------------------------------------------------------
 
-  // Adds a flow without actions under the lowest free id from 1 up and sets `id` to it.  `id` is
+  // Adds a flow without actions under the lowest free id from 1 up and sets `id` to it. `id` is
   // left alone when the flow is refused.
   FlowResult add(const FlowMatch& match, std::uint32_t& id,
                  std::int32_t priority = kDefaultPriority);
@@ -219,12 +219,12 @@ class FlowTable {
   // Removes all flows.
   void clear();
 
-  // Returns the flow of `id`, or null.  It holds until the flow is removed.
+  // Returns the flow of `id`, or null. It holds until the flow is removed.
   const Flow* get(std::uint32_t id) const;
 
   FlowResult set_priority(std::uint32_t id, std::int32_t priority);
 
-  // --- Actions ------------------------------------------------------------------------------
+  // --- Actions -----------------------------------------------------------------------------------
 
   // Appends an action; at most kMaxFlowActions.
   FlowResult add_action(std::uint32_t id, const FlowAction& action);
@@ -239,9 +239,9 @@ class FlowTable {
     return flow.actions_ == kNil ? kNoActions : action_lists_[flow.actions_];
   }
 
-  // --- Frames -------------------------------------------------------------------------------
+  // --- Frames ------------------------------------------------------------------------------------
 
-  // Returns the winning flow for a frame, or null when none matches.  Does not count the frame.
+  // Returns the winning flow for a frame, or null when none matches. Does not count the frame.
   // `bytes` is read only for flows with a user-defined qualifier.
   const Flow* lookup(const FlowKey& key, const UdfReader& bytes) const;
 
@@ -252,7 +252,7 @@ class FlowTable {
     own.bytes += frame_bytes;
   }
 
-  // --- Sizes --------------------------------------------------------------------------------
+  // --- Sizes -------------------------------------------------------------------------------------
 
   std::size_t size() const { return entries_.size(); }
   std::size_t capacity() const { return capacity_; }
@@ -269,7 +269,7 @@ class FlowTable {
   static constexpr std::uint32_t kNil = FlatIndex::kNone;
   static const FlowActions kNoActions;
 
-  // Who wins: the higher priority, then the lower id.
+  // The higher priority wins, then the lower id.
   struct Rank {
     std::int32_t priority = 0;
     std::uint32_t id = 0;
@@ -311,14 +311,14 @@ class FlowTable {
   static bool same_mask(const Subtable& a, const Subtable& b);
   std::uint32_t mask_hash(const Subtable& subtable) const;
 
-  // Finds the best flow of a subtable for a key, kNil when there is none.  `hash` is key_hash().
+  // Finds the best flow of a subtable for a key, kNil when there is none. `hash` is key_hash().
   std::uint32_t find_in(const Subtable& subtable, const FlowKey& key, std::uint32_t hash) const;
   std::uint32_t key_hash(const Subtable& subtable, const FlowKey& key) const;
 
   std::uint32_t subtable_for(const FlowMatch& match);
   void link(std::uint32_t position);
   void unlink(std::uint32_t position);
-  void settle(std::uint32_t position);
+  void update_subtable(std::uint32_t position);
   void give_if_empty(std::uint32_t position);
   void insert_step(Subtable& subtable, const Rank& bound);
   void erase_step(const Subtable& subtable);

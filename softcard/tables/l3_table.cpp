@@ -43,7 +43,7 @@ std::uint64_t leading_ones(unsigned length) {
 
 }  // namespace
 
-// ---- Masks -------------------------------------------------------------------------------------
+// ---- Masks --------------------------------------------------------------------------------------
 
 int mask_length(Ipv4 mask) {
   const Ipv4 zeros = ~mask;
@@ -80,7 +80,7 @@ Ipv6Address masked(const Ipv6Address& ip, unsigned length) {
                           bits.low() & leading_ones(length > 64 ? length - 64 : 0));
 }
 
-// ---- Interfaces --------------------------------------------------------------------------------
+// ---- Interfaces ---------------------------------------------------------------------------------
 
 L3InterfaceTable::L3InterfaceTable(std::size_t capacity, KeyedHash hash)
     : hash_(hash), capacity_(capacity), ids_(capacity), per_vlan_(kVlanCount) {}
@@ -172,7 +172,7 @@ void L3InterfaceTable::take(std::uint32_t position) {
   --per_vlan_[interface.vlan];
 }
 
-// ---- Hosts -------------------------------------------------------------------------------------
+// ---- Hosts --------------------------------------------------------------------------------------
 
 template <class Address>
 L3Add L3HostTable<Address>::add(const Address& ip, const NextHop& next_hop) {
@@ -273,7 +273,7 @@ void L3HostTable<Address>::clear() {
   *this = L3HostTable(capacity_, hash_);
 }
 
-// ---- Next hops ---------------------------------------------------------------------------------
+// ---- Next hops ----------------------------------------------------------------------------------
 
 std::uint32_t NextHopTable::hash_of(const NextHop& next_hop) const {
   const auto kind = static_cast<std::uint64_t>(next_hop.destination.kind);
@@ -302,7 +302,7 @@ void NextHopTable::drop(std::uint32_t id) {
   places_.give(id);
 }
 
-// ---- Routes ------------------------------------------------------------------------------------
+// ---- Routes -------------------------------------------------------------------------------------
 
 template <class Address>
 L3Add L3RouteTable<Address>::add(const Address& ip, unsigned length, const NextHop& next_hop,

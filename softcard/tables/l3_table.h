@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Layer 3: router interfaces, hosts (one address each) and routes (longest prefix match).  Hosts
+// Layer 3: router interfaces, hosts (one address each) and routes (longest prefix match). Hosts
 // and routes are templates over Ipv4 and Ipv6Address; L3Table at the end holds one of each.
 //
 // Conventions: masks are lengths in bits (mask_length() makes one from a mask); a full table
@@ -25,7 +25,7 @@
 
 namespace softcard {
 
-// What adding to a table did.
+// The result of adding to a table.
 enum class L3Add {
   added,     // a new entry
   replaced,  // an entry of the same key has the new values
@@ -71,7 +71,7 @@ inline std::uint32_t address_hash(const KeyedHash& hash, const Ipv6Address& ip,
   return hash(hash.spread(bits.high() + length) + bits.low());
 }
 
-// --- Interfaces -----------------------------------------------------------------------------
+// --- Interfaces ----------------------------------------------------------------------------------
 
 // A router's own address in a VLAN.
 struct L3Interface {
@@ -85,11 +85,11 @@ class L3InterfaceTable {
  public:
   explicit L3InterfaceTable(std::size_t capacity, KeyedHash hash = KeyedHash::drawn());
 
-  // Makes an interface under the lowest free id from 1 up.  `exists` when the pair is there
+  // Makes an interface under the lowest free id from 1 up. `exists` when the pair is there
   // already; `id` is set to the interface's id in both cases and left alone otherwise.
   L3Add create(const MacAddress& mac, std::uint16_t vlan, std::uint32_t& id);
 
-  // Makes an interface under `id`.  When the id is taken it gets the new values if `replace` is
+  // Makes an interface under `id`. When the id is taken it gets the new values if `replace` is
   // set, and `exists` is returned if not; `exists` too when the pair belongs to another id.
   L3Add create_with_id(const MacAddress& mac, std::uint16_t vlan, std::uint32_t id, bool replace);
 
@@ -130,7 +130,7 @@ class L3InterfaceTable {
   std::vector<std::uint32_t> per_vlan_;  // interfaces in each VLAN
 };
 
-// --- Hosts ----------------------------------------------------------------------------------
+// --- Hosts ---------------------------------------------------------------------------------------
 
 // A neighbour: its address and how to reach it.
 template <class Address>
@@ -168,7 +168,7 @@ class L3HostTable {
   bool remove(const Address& ip, Destination destination);
 
   // Removes the hosts of the address's network, the /24 of IPv4 and the /64 of IPv6, and returns
-  // how many there were.  Asks for each of the 256 addresses of a /24; reads the whole table for a
+  // how many there were. Asks for each of the 256 addresses of a /24; reads the whole table for a
   // /64.
   std::size_t remove_network(const Address& ip);
 
@@ -216,7 +216,7 @@ std::size_t L3HostTable<Ipv4>::remove_network(const Ipv4& ip);
 template <>
 std::size_t L3HostTable<Ipv6Address>::remove_network(const Ipv6Address& ip);
 
-// --- Routes ---------------------------------------------------------------------------------
+// --- Routes --------------------------------------------------------------------------------------
 
 // The next hops of routes, each kept once for all routes that have it.
 class NextHopTable {
@@ -253,7 +253,7 @@ struct L3Route {
   NextHop next_hop;
 };
 
-// The routes, keyed by prefix, mask length and destination.  Of the routes of one prefix the one of
+// The routes, keyed by prefix, mask length and destination. Of the routes of one prefix the one of
 // the lowest metric is used, and of several of those the earliest.
 //
 // A hash index finds the routes of a prefix, for those who set them; forwarding reads a trie alone,
@@ -274,11 +274,11 @@ class L3RouteTable {
   void prefetch(const Address& ip) const { trie_.prefetch(ip); }
 
   // Returns the next hop of the route in use for `ip`, that of the longest prefix that holds it.
-  // Null when there is none.  The pointer holds until a route is added or removed.
+  // Null when there is none. The pointer holds until a route is added or removed.
   const NextHop* lookup(const Address& ip) const { return next_hop_of(trie_.lookup(ip)); }
 
   // As lookup() for each of `count` addresses, a step of all of them at a time, so that they wait
-  // for memory together.  next_hops[i] is the result for ips[i].  `count` is at most kBatch.
+  // for memory together. next_hops[i] is the result for ips[i]. `count` is at most kBatch.
   static constexpr std::size_t kBatch = PrefixTrie<Address>::kBatch;
   void lookup_batch(const Address* ips, std::size_t count, const NextHop** next_hops) const;
 
@@ -335,9 +335,9 @@ class L3RouteTable {
   PrefixTrie<Address> trie_;  // the next hop of the route in use of each prefix
 };
 
-// --- All of them ----------------------------------------------------------------------------
+// --- All of them ---------------------------------------------------------------------------------
 
-// The layer-3 tables of a card.  They stand side by side: removing an interface leaves the hosts
+// The layer-3 tables of a card. They stand side by side: removing an interface leaves the hosts
 // and routes that name it, and those find no interface until one has that id again.
 struct L3Table {
   explicit L3Table(const CardCapacity& capacity = CardCapacity(),

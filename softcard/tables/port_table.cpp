@@ -31,7 +31,7 @@ constexpr AbilitySet kPause = PORT_ABILITY_PAUSE_RX | PORT_ABILITY_PAUSE_TX;
 constexpr AbilitySet kHalfDuplex =
     PORT_ABILITY_10_HALF | PORT_ABILITY_100_HALF | PORT_ABILITY_1000_HALF;
 
-// What a port whose fastest speed is `speed_mbps` can do.
+// The abilities of a port whose fastest speed is `speed_mbps`.
 AbilitySet abilities(unsigned speed_mbps) {
   constexpr AbilitySet k10 = PORT_ABILITY_10_HALF | PORT_ABILITY_10_FULL | kPause;
   constexpr AbilitySet k100 = k10 | PORT_ABILITY_100_HALF | PORT_ABILITY_100_FULL;
@@ -84,24 +84,24 @@ PortTable::PortTable(const std::vector<PortDescription>& ports)
     own.ability = abilities(ports[port].speed_mbps);
     own.advertised = own.ability;
     own.fixed = best_mode(own.ability);
-    settle(port);
+    update_link(port);
   }
 }
 
 void PortTable::set_admin(PortIndex port, bool on) {
   ports_[port].admin = on;
-  settle(port);
+  update_link(port);
 }
 
 void PortTable::set_phy_forced_down(PortIndex port, bool down) {
   ports_[port].phy_forced_down = down;
-  settle(port);
+  update_link(port);
 }
 
 void PortTable::set_autoneg(PortIndex port, bool on) {
   if (!on && is_up(port)) ports_[port].fixed = ports_[port].mode;
   ports_[port].autoneg = on;
-  settle(port);
+  update_link(port);
 }
 
 bool PortTable::set_speed(PortIndex port, speed_type_t speed) {
@@ -138,7 +138,7 @@ bool PortTable::set_duplex(PortIndex port, duplex_type_t duplex) {
 void PortTable::fix(PortIndex port, LinkMode mode) {
   ports_[port].fixed = mode;
   ports_[port].autoneg = false;
-  settle(port);
+  update_link(port);
 }
 
 LinkMode PortTable::mode(PortIndex port) const {
@@ -152,20 +152,20 @@ bool PortTable::set_advertised(PortIndex port, AbilitySet ability) {
     return refuse(AddressPlan::usp_of(port), " does not have the abilities ", hex_text(missing));
   }
   ports_[port].advertised = ability;
-  settle(port);
+  update_link(port);
   return true;
 }
 
 AbilitySet PortTable::peer_offer(PortIndex port) const {
   const Port& own = ports_[port];
-  if (!own.signal) return 0;
+  if (!own.carrier) return 0;
   return own.peer_agrees_to_all ? own.ability : own.peer_offer;
 }
 
 void PortTable::set_pause(PortIndex port, bool receive, bool transmit) {
   ports_[port].pause_receive = receive;
   ports_[port].pause_transmit = transmit;
-  settle(port);
+  update_link(port);
 }
 
 bool PortTable::set_jamming(PortIndex port, bool on) {
@@ -182,16 +182,16 @@ bool PortTable::set_mtu(PortIndex port, unsigned bytes) {
   return true;
 }
 
-void PortTable::set_signal(PortIndex port, bool signal, const AbilitySet* peer_offer) {
+void PortTable::set_carrier(PortIndex port, bool carrier, const AbilitySet* peer_offer) {
   Port& own = ports_[port];
-  own.signal = signal;
+  own.carrier = carrier;
   own.peer_agrees_to_all = peer_offer == nullptr;
   own.peer_offer = peer_offer == nullptr ? 0 : *peer_offer;
-  settle(port);
+  update_link(port);
 }
 
 // Works out what is in force from everything that was set.
-void PortTable::settle(PortIndex port) {
+void PortTable::update_link(PortIndex port) {
   Port& own = ports_[port];
   const bool was_up = is_up(port);
   const LinkMode old_mode = own.mode;
@@ -208,7 +208,8 @@ void PortTable::settle(PortIndex port) {
   if (up) {
     own.current = ability_of(own.mode);
     if (own.mode.duplex == DUPLEX_TYPE_FULL) {
-      // What one end sends the other has to honour; without autonegotiation nobody asks.
+      // One end sends pause frames only if the other honours them; without autonegotiation neither
+      // asks.
       const auto agreed = [&](AbilitySet mine, AbilitySet theirs) {
         return !own.autoneg || ((own.advertised & mine) != 0 && (peer & theirs) != 0);
       };

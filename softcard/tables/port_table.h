@@ -3,10 +3,10 @@
 // The physical side of the ports: administrative and PHY state, speed, duplex, autonegotiation,
 // abilities, pause, jamming, MTU, and the link that follows from all of them.
 //
-// A port has a link when it is on, its PHY is not forced down, its cable carries a signal, and both
-// ends agree on a speed and duplex mode. An end with autonegotiation offers what it advertises; one
-// without offers the one mode that it is fixed to. What is in force is the best mode that both
-// offer. A cable that leads to no port of a card agrees to everything.
+// A port has a link when it is on, its PHY is not forced down, its cable carries a carrier, and
+// both ends agree on a speed and duplex mode. An end with autonegotiation offers what it
+// advertises; one without offers the one mode that it is fixed to. What is in force is the best
+// mode that both offer. A cable that leads to no port of a card agrees to everything.
 //
 // Conventions: a PortIndex given is below count(). Setters return false for a value that the port
 // cannot honour and then change nothing.
@@ -50,7 +50,7 @@ class PortTable {
   PortIndex count() const { return static_cast<PortIndex>(ports_.size()); }
   const PortSet& all() const { return all_; }
 
-  // --- What the pipeline asks ----------------------------------------------------------------
+  // --- What the pipeline asks --------------------------------------------------------------------
 
   const PortSet& up() const { return up_; }
   bool is_up(PortIndex port) const { return up_.contains(port); }
@@ -64,7 +64,7 @@ class PortTable {
     return ports_[port].jamming && is_up(port) && ports_[port].mode.duplex == DUPLEX_TYPE_HALF;
   }
 
-  // --- Settings ------------------------------------------------------------------------------
+  // --- Settings ----------------------------------------------------------------------------------
 
   void set_admin(PortIndex port, bool on);
   bool admin(PortIndex port) const { return ports_[port].admin; }
@@ -90,9 +90,9 @@ class PortTable {
   AbilitySet advertised(PortIndex port) const { return ports_[port].advertised; }
   // One speed and duplex mode, and pause; none without a link.
   AbilitySet current(PortIndex port) const { return ports_[port].current; }
-  // What the other end offers; none without a signal.
+  // The abilities that the link partner advertises; none without a carrier.
   AbilitySet peer_offer(PortIndex port) const;
-  // What this end offers to the other; none while the port is off or its PHY is forced down.
+  // The abilities that the port advertises; none while the port is off or its PHY is forced down.
   AbilitySet offer(PortIndex port) const { return ports_[port].offer; }
 
   void set_pause(PortIndex port, bool receive, bool transmit);
@@ -105,12 +105,12 @@ class PortTable {
 
   bool set_mtu(PortIndex port, unsigned bytes);
 
-  // --- The cable -----------------------------------------------------------------------------
+  // --- The cable ---------------------------------------------------------------------------------
 
-  // Whether the cable carries a signal, and what the other end offers: nullptr for a cable that
+  // Whether the cable carries a carrier, and what the other end offers: nullptr for a cable that
   // agrees to everything.
-  void set_signal(PortIndex port, bool signal, const AbilitySet* peer_offer);
-  bool signal(PortIndex port) const { return ports_[port].signal; }
+  void set_carrier(PortIndex port, bool carrier, const AbilitySet* peer_offer);
+  bool carrier(PortIndex port) const { return ports_[port].carrier; }
 
   // Has every change of a port's link (its state or mode) and of its offer to the other end
   // reported, when it is complete. The observer may change other ports, not this one.
@@ -129,7 +129,7 @@ class PortTable {
     bool peer_agrees_to_all = true;
     bool admin = true;
     bool phy_forced_down = false;
-    bool signal = true;
+    bool carrier = true;
     bool autoneg = true;
     bool pause_receive = false;
     bool pause_transmit = false;
@@ -138,7 +138,7 @@ class PortTable {
     LinkMode mode;   // in force, while there is a link
   };
 
-  void settle(PortIndex port);
+  void update_link(PortIndex port);
   void fix(PortIndex port, LinkMode mode);
 
   std::vector<Port> ports_;

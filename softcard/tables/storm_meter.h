@@ -8,12 +8,12 @@
 
 namespace softcard {
 
-// A token bucket that holds one second's worth of frames.  It starts full and is filled by the
+// A token bucket that holds one second's worth of frames. It starts full and is filled by the
 // clock alone, without rounding: what it lets through depends on the times of the frames and on
 // nothing else.
 class StormMeter {
  public:
-  // Frames a second; 0 lets everything through.  A new rate starts with a full bucket.
+  // Frames a second; 0 lets everything through. A new rate starts with a full bucket.
   void set_rate(std::uint32_t frames_per_second) {
     rate_ = frames_per_second;
     tokens_ = frames_per_second;

@@ -29,7 +29,7 @@ StpTable::StpTable(const PortSet& ports) : bpdu_processing_(ports) {
 bool StpTable::set_stp(PortIndex port, stp_state_t state) {
   if (!in_range("STP state", unsigned{state}, 0, STP_STATE_DISABLED)) return false;
   stp_[port] = static_cast<std::uint8_t>(state);
-  for (unsigned instance = 0; instance < kMstpInstances; ++instance) settle(instance, port);
+  for (unsigned instance = 0; instance < kMstpInstances; ++instance) update_gate(instance, port);
   return true;
 }
 
@@ -39,11 +39,11 @@ bool StpTable::set_mstp(unsigned instance, PortIndex port, mstp_state_t state) {
     return false;
   }
   mstp_[instance][port] = static_cast<std::uint8_t>(state);
-  settle(instance, port);
+  update_gate(instance, port);
   return true;
 }
 
-void StpTable::settle(unsigned instance, PortIndex port) {
+void StpTable::update_gate(unsigned instance, PortIndex port) {
   const std::uint8_t own = stp_[port];
   const std::uint8_t in_instance = mstp_[instance][port];
   gates_[instance].forwarding.assign(port,

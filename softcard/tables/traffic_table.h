@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What each port lets in and out: storm limits, ingress discarding, egress admin state, layer 2,
-// unknown unicast to the CPU; and the switch-wide settings of the same family.
+// Settings of what each port lets in and out: storm limits, ingress discarding, egress admin state,
+// layer 2, unknown unicast to the CPU; and the switch-wide settings of the same family.
 //
 // Conventions: a PortIndex given is a port of the card. Setters return false for a value that there
 // is not and then change nothing.
@@ -26,7 +26,7 @@ class TrafficTable {
  public:
   explicit TrafficTable(const PortSet& ports) : egress_(ports), l2_(ports) {}
 
-  // --- What the pipeline asks ----------------------------------------------------------------
+  // --- What the pipeline asks --------------------------------------------------------------------
 
   // Frames a second that may come in; 0: no limit.
   std::uint32_t storm_limit(PortIndex port, StormKind kind) const {
@@ -45,7 +45,7 @@ class TrafficTable {
   }
   unsigned forward_mode() const { return forward_mode_; }  // SWITCH_FORWARD_MODE_...
 
-  // --- Settings ------------------------------------------------------------------------------
+  // --- Settings ----------------------------------------------------------------------------------
 
   void set_storm_limit(PortIndex port, StormKind kind, std::uint32_t frames_per_second) {
     storm_limits_[port][static_cast<unsigned>(kind)] = frames_per_second;

@@ -35,7 +35,7 @@ class VlanClassTable {
         mac_capacity_(mac_capacity),
         subnet_capacity_(subnet_capacity) {}
 
-  // --- What the pipeline asks: null when no rule fits ------------------------------------------
+  // --- What the pipeline asks: null when no rule fits --------------------------------------------
 
   bool has_mac_rules() const { return !macs_.empty(); }
   bool has_ipv4_rules() const { return !ipv4_.rules.empty(); }
@@ -44,7 +44,7 @@ class VlanClassTable {
   const VlanClass* by_ipv4(Ipv4 source) const;
   const VlanClass* by_ipv6(const Ipv6Address& source) const;
 
-  // --- Settings ------------------------------------------------------------------------------
+  // --- Settings ----------------------------------------------------------------------------------
 
   // Refuses group addresses, which are no sources.
   bool set_mac(const MacAddress& mac, unsigned vlan, unsigned priority);
@@ -107,6 +107,7 @@ class VlanClassTable {
   template <class Map>
   static std::vector<const typename Map::value_type*> in_order(const Map& rules) {
     std::vector<const typename Map::value_type*> sorted;
+    sorted.reserve(rules.size());
     for (const auto& rule : rules) sorted.push_back(&rule);
     std::sort(sorted.begin(), sorted.end(),
               [](const auto* a, const auto* b) { return a->first < b->first; });

@@ -87,7 +87,7 @@ std::vector<Row> rows() {
          {"get_sdk()", "usp_to_mp(1/40/2) no", "is_port_logical_lag(1/40/2) no",
           "is_port_logical_vlan(1/40/2) no"},
          false}}},
-      // What does not translate goes on as hardware port 0:0.
+      // A port that does not translate goes on as hardware port 0:0.
       {"set_port_mac_limit", [] { return vorn_set_port_mac_limit(the_port, -1); }, {86},
        {{kPort,
          {"get_sdk()", "usp_to_mp(1/1/3)", "set_system_mac_limit(2:7,-1,1)"},

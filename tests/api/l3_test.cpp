@@ -14,7 +14,7 @@ const std::string kMacText = "020000000031";
 const std::string kIp6Text = "20010db8000000000000000000000000";
 const std::string kMask6Text = "ffff0000000000000000000000000000";
 
-// ---- The five ways to an egress. In `operation`, "@" is the hardware port and "#" the flag --
+// ---- The five ways to an egress. In `operation`, "@" is the hardware port and "#" the flag ------
 
 std::string through(const std::string& operation, const std::string& mp, const char* trunk) {
   std::string all;

@@ -88,7 +88,7 @@ std::vector<Row> rows() {
 }
 INSTANTIATE_TEST_SUITE_P(Lag, EntryPoint, testing::ValuesIn(rows()), row_name);
 
-// ---- Stories: how SDK, list and mapping stay in step or fall out of it ----------------------
+// ---- Stories: how SDK, list and mapping stay in step or fall out of it --------------------------
 
 std::size_t times(const std::string& step) {
   std::size_t count = 0;

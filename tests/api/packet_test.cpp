@@ -40,7 +40,7 @@ std::vector<Row> rows() {
 }
 INSTANTIATE_TEST_SUITE_P(Packet, EntryPoint, testing::ValuesIn(rows()), row_name);
 
-// ---- Which hardware ports are chosen: the last step shows it --------------------------------
+// ---- Which hardware ports are chosen: the last step shows it ------------------------------------
 
 struct Egress {
   std::list<Usp> tagged;

@@ -67,7 +67,7 @@ void expect_throw(const Row& row, const Case& a_case, std::size_t step) {
             plain(Steps(a_case.steps.begin(), a_case.steps.begin() + static_cast<long>(step))));
 }
 
-// ---- An SDK object of which only the table is there -----------------------------------------
+// ---- An SDK object of which only the table is there ---------------------------------------------
 
 constexpr std::size_t kSlots = 190;
 std::vector<std::size_t> slots_called;
@@ -104,7 +104,7 @@ std::string row_name(const testing::TestParamInfo<Row>& row) { return row.param.
 
 unsigned char* output_bytes(std::size_t number) { return outputs[number]; }
 
-// ---- Shapes ---------------------------------------------------------------------------------
+// ---- Shapes -------------------------------------------------------------------------------------
 
 std::string at(const std::string& operation, const std::string& mp) {
   std::string all;
@@ -200,7 +200,7 @@ std::vector<Case> ports(const std::string& operation) {
   return cases;
 }
 
-// ---- Properties -----------------------------------------------------------------------------
+// ---- Properties ---------------------------------------------------------------------------------
 
 TEST_P(EntryPoint, KeepsItsContract) {
   const Row& row = GetParam();

@@ -29,7 +29,7 @@ namespace vorn::test {
 
 using Steps = std::vector<std::string>;
 
-// What happens when step number `step` (from 1) is refused, other than false and nothing more.
+// The result when step number `step` (from 1) is refused, other than false and nothing more.
 struct Departure {
   std::size_t step;
   bool result;
@@ -52,7 +52,7 @@ struct Row {
 };
 std::ostream& operator<<(std::ostream& stream, const Row& row);
 
-// What the calls of the rows are given.
+// The arguments of the rows' calls.
 extern Usp the_port;
 extern std::list<Usp> the_ports;
 
@@ -63,7 +63,7 @@ T& output() {
   return *reinterpret_cast<T*>(output_bytes(number));
 }
 
-// ---- Cases of the regular shapes ------------------------------------------------------------
+// ---- Cases of the regular shapes ----------------------------------------------------------------
 // `operation` is its step, with "@" for the hardware port.
 
 std::vector<Case> call(const std::string& operation);

@@ -30,7 +30,7 @@ static const usp_s nowhere = {1, 1, 99};
 static const char hello[] =
     "eth src=00:00:5e:00:53:01 dst=ff:ff:ff:ff:ff:ff arp spa=192.0.2.1 tpa=192.0.2.2";
 
-/* ---- Callbacks ---------------------------------------------------------------------------- */
+/* ---- Callbacks ------------------------------------------------------------------------------- */
 
 static void count_frame(usp_s port, const unsigned char* frame, size_t bytes, void* count) {
   if (port.port != 0 && softcard_frame_matches(frame, bytes, "eth untagged arp")) ++*(int*)count;
@@ -45,7 +45,7 @@ static void count_packet(const ctype_rx_packet_s* packet, void* bytes) {
   *(unsigned int*)bytes += packet->length;
 }
 
-/* ---- The tests ------------------------------------------------------------------------------ */
+/* ---- The tests ------------------------------------------------------------------------------- */
 
 static void without_a_card(void) {
   uint64_t frames = 7;

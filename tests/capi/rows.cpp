@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What holds for every C entry point.
+// The properties of every C entry point.
 #include "tests/capi/rows.h"
 
 #include <algorithm>

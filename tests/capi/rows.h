@@ -123,7 +123,7 @@ class Rows : public testing::TestWithParam<Row> {};
 
 std::string row_name(const testing::TestParamInfo<Row>& info);
 
-// ---- Arguments. All are different, so that a swap shows --------------------------------------
+// ---- Arguments. All are different, so that a swap shows -----------------------------------------
 
 inline usp_s port = {1, 1, 3};      // hardware port 2:7
 inline usp_s other = {1, 1, 4};     // hardware port 2:8

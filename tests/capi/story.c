@@ -48,7 +48,7 @@ static void make_frame(unsigned char* frame, const unsigned char* to, const unsi
   frame[13] = 0xb5;
 }
 
-/* ---- Callbacks ---------------------------------------------------------------------------- */
+/* ---- Callbacks ------------------------------------------------------------------------------- */
 
 static ctype_rx_packet_s last_packet;
 static ctype_link_status_s last_link;
@@ -78,7 +78,7 @@ static int count_entry(const ctype_l2_addr_s* entry, void* user_data) {
   return ++*(int*)user_data;
 }
 
-/* ---- The story ----------------------------------------------------------------------------- */
+/* ---- The story ------------------------------------------------------------------------------- */
 
 static void the_card_comes_up(void) {
   int ports = -1;

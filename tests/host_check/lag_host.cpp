@@ -41,7 +41,7 @@ bool contains(const std::list<Mp>& mps, const Mp& mp) {
 
 class Sdk final : public VornSdkRefusing {
  public:
-  // ---- VLANs ----
+  // ---- VLANs ------------------------------------------------------------------------------------
   bool create_vlan(unsigned vlan) override {
     if (fault("throws")) throw std::runtime_error("out of order");
     return vlan >= 1 && vlan <= 4094 &&
@@ -69,7 +69,7 @@ class Sdk final : public VornSdkRefusing {
     return true;
   }
 
-  // ---- LAGs ----
+  // ---- LAGs -------------------------------------------------------------------------------------
   bool create_lag(unsigned& id) override {
     id = 0;
     while (lags_.count(id) != 0 && !fault("id_given_twice")) ++id;
@@ -83,7 +83,7 @@ class Sdk final : public VornSdkRefusing {
   bool add_ports_to_lag(unsigned id, std::list<Mp>&) override { return lags_.count(id) != 0; }
   bool delete_ports_from_lag(unsigned id, std::list<Mp>&) override { return lags_.count(id) != 0; }
 
-  // ---- Ports ----
+  // ---- Ports ------------------------------------------------------------------------------------
   bool set_port_pvid(const Mp& mp, unsigned vlan) override {
     if (vlan < 1 || vlan > 4094) return false;
     pvid_[mp.port() - 1] = vlan;
@@ -103,7 +103,7 @@ class Sdk final : public VornSdkRefusing {
     return true;
   }
 
-  // ---- Callbacks ----
+  // ---- Callbacks --------------------------------------------------------------------------------
   bool register_mac_update_callback(void (*f)(L2Addr*, int, void*), void* data) override {
     return store({LCMGR_REPORT_MAC_UPDATE, reinterpret_cast<void*>(f), data, false});
   }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the check for hosts asks of the software line card.
+// The functions by which the check for hosts drives the software line card.
 
 #include "host_check/host_check.h"
 #include "softcard/host.h"

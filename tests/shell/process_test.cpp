@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the shell does with input and output that are not as they should be.
+// The shell on input and output that are not as they should be.
 #include <gtest/gtest.h>
 
 #include "process.h"
@@ -54,7 +54,7 @@ TEST(Script, IsReadAsItsBytesAre) {
   for (const auto& row : kRows) EXPECT_EQ(run(folder, {}, row.input), row.output) << row.symptom;
 }
 
-// What nobody expects is kept up to a bound, and what goes is told.
+// Frames that nobody expects are kept up to a bound, and losses are told.
 TEST(Script, KeepsTheLatestThatNobodyExpected) {
   const Folder folder;
   folder.file("two.card", "ports 2 speed 1000\n");
@@ -148,7 +148,7 @@ TEST(Files, ThatCannotBeReadOrWrittenAreErrors) {
   }
 }
 
-// Whatever descriptor is closed, a capture has its frames alone.
+// With any of the standard descriptors closed, a capture holds nothing but its frames.
 TEST(Files, CapturesAreNotMixedWithText) {
   const std::string commands =
       "cable 1/1/1 pcap - out.pcap\n"

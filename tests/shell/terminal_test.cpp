@@ -54,12 +54,12 @@ TEST_F(Terminal, RunsWhatIsTypedAheadAfterwardsAndWhole) {
   EXPECT_FALSE(has(shell_.until("over\r\n"), "unknown"));
   shell_.until("0: unknown command");
   shell_.until("two\r\n");
-  // What was only begun can be finished.
+  // A line that was begun can be finished.
   type("ee", "three\r\n");
   quit();
 }
 
-// Whatever runs, the interrupt ends it and all that was to follow in that line.
+// The interrupt ends any command that runs, and all that was to follow in its line.
 TEST_F(Terminal, InterruptEndsTheCommandThatRuns) {
   folder_.file("long.vorn", "echo reached\nwait 80000\necho beyond\n");
   folder_.file("long.rec", "link 1/1/0 down\nwait 80000\nlink 1/1/1 down\n");

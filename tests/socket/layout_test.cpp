@@ -56,7 +56,7 @@ static_assert(AsyncFileOperator::DATA == 1 && AsyncFileOperator::FLUSHING == 2 &
 static_assert(IOT_READ == 0 && IOT_WRITE == 1 && IOT_EXCEPTION == 2 && IOT_ANY == 6, "");
 static_assert(XorpTask::PRIORITY_DEFAULT == 4 && XorpTask::PRIORITY_INFINITY == 255, "");
 
-// What callback() makes: the object at one pointer, the member at two.
+// The layout of what callback() makes: the object at one pointer, the member at two.
 struct Object {
   void member(AsyncFileOperator::Event, const uint8_t*, size_t, size_t) {}
 };

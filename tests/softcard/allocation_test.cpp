@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What allocates nothing: counted in a program of its own, whose operator new counts.
+// Operations that allocate nothing: counted in a program of its own, whose operator new counts.
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What everything in the card is made of: numbers and addresses as text, the clock, hashing.
+// The parts that everything in the card is made of: numbers and addresses as text, the clock,
+// hashing.
 
 #include <gtest/gtest.h>
 

@@ -253,7 +253,7 @@ TEST_F(EventQueueTest, EachKindHasItsRoomAndCountsWhatIsLost) {
        {LCMGR_REPORT_RX_PACKET, LCMGR_REPORT_LINK_CHANGE, LCMGR_REPORT_MAC_UPDATE}) {
     events.set_room(kind, 3);
   }
-  for (int round = 0; round < 2; ++round) {
+  for (unsigned round = 0; round < 2; ++round) {
     for (unsigned i = 0; i < 5; ++i) {
       EXPECT_EQ(post_packet(i), i < 3);
       post_mac(FdbChange::What::added, static_cast<std::uint8_t>(i), 1);
@@ -265,7 +265,7 @@ TEST_F(EventQueueTest, EachKindHasItsRoomAndCountsWhatIsLost) {
     EXPECT_EQ(events.lost(LCMGR_REPORT_MAC_UPDATE), 2u * (round + 1u));
   }
   // A port's last state is told, however often it changed.
-  for (int round = 0; round < 2; ++round) {
+  for (unsigned round = 0; round < 2; ++round) {
     for (const PortIndex port : {PortIndex{1}, PortIndex{2}, PortIndex{1}, PortIndex{7}}) {
       post_link(port, PHY_STATE_DOWN);
     }

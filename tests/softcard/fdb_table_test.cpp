@@ -220,7 +220,7 @@ TEST(FdbTable, AgesOverCenturies) {
   }
 }
 
-// What goes at one time, and a walk, come by VLAN and address, whatever the hash is.
+// Entries that age together, and those of a walk, come by VLAN and address under any hash.
 TEST(FdbTable, OrderDoesNotDependOnTheHash) {
   for (std::uint64_t seed = 0; seed < 3; ++seed) {
     FdbTable table(500, KeyedHash(seed));
@@ -247,7 +247,7 @@ TEST(FdbTable, OrderDoesNotDependOnTheHash) {
   }
 }
 
-// Whoever knows the seed can choose addresses of one bucket; under another they spread.
+// With a known seed one can choose addresses of one bucket; under another they spread.
 TEST(FdbTable, AddressesChosenForOneSeedDoNotCollideUnderAnother) {
   constexpr std::size_t kChosen = 256;
   constexpr unsigned kBucketBits = 9;  // 1024 entries in places for twice as many, four a bucket

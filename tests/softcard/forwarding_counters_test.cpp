@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What is counted where: one row a way that a frame can go or be dropped, with every counter and
+// Where frames are counted: one row a way that a frame can go or be dropped, with every counter and
 // drop of every port that it changes. Nothing else may change.
 //
 //      a    b    c    d

@@ -150,7 +150,7 @@ TEST_F(FlowForwardingTest, EveryFieldOfTheMatch) {
        "a b ipv4 src=192.0.2.1 dst=192.0.2.2"},
       {"traffic class", OF_MATCH_TOS, [](of_flow_mp_s& f) { f.match.tos = 8; }, kUdp6,
        "a b ipv6 src=2001:db8::1 dst=2001:db8::2"},
-      // What a frame lacks matches nothing, not even 0.
+      // A field that a frame lacks matches nothing, not even 0.
       {"no TOS", OF_MATCH_TOS, [](of_flow_mp_s& f) { f.match.tos = 0; },
        "a b ipv4 src=192.0.2.1 dst=192.0.2.2", kArp},
       {"no IP for TOS", OF_MATCH_TOS, [](of_flow_mp_s& f) { f.match.tos = 0; },
@@ -349,7 +349,7 @@ TEST_F(FlowForwardingTest, QueueOfARewrittenPriority) {
   EXPECT_EQ(counted(), "0 in; 3 out q1");
 }
 
-// What a filter takes no flow sees.
+// A frame that a filter takes reaches no flow.
 TEST_F(FlowForwardingTest, FiltersComeBeforeFlows) {
   const unsigned id = add(flow(0));
   output(id, 2);

@@ -61,7 +61,7 @@ TEST_F(LagForwardingTest, IsOnePortForFloodsAndLearning) {
 
 // effect: set_lag_balancing_strategy - what of a frame changes its member, and what does not
 TEST_F(LagForwardingTest, BalancesByWhatTheStrategyNames) {
-  // What varies: source and destination address, IP addresses, ports.
+  // The fields that vary: source and destination address, IP addresses, ports.
   struct Part {
     const char* name;
     std::string (*frame)(unsigned);

@@ -60,7 +60,7 @@ class ShortOfMemoryTest : public ::testing::Test {
   ShortOfMemoryTest() {
     tables.fdb.add_static(1, MacAddress::from_number(kB), Destination::port(1));
     for (const PortIndex port : tables.ports.all()) {
-      tables.ports.set_signal(port, true, nullptr);
+      tables.ports.set_carrier(port, true, nullptr);
       tables.flood_blocks.set_to_cpu(port, FLOOD_BLOCK_NONE);
     }
   }

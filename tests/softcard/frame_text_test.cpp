@@ -90,7 +90,7 @@ TEST(FrameText, PrintsWhatItReads) {
   }
 }
 
-// Whatever the bytes are, printing loses nothing, and what is printed is a pattern of the frame:
+// Printing loses nothing for any bytes, and the text is a pattern of the frame:
 // cut, damaged and random frames.
 TEST(FrameText, PrintingIsTheInverseOfReadingForAnyBytes) {
   const char* const kSeeds[] = {

@@ -39,7 +39,7 @@ class HostTest : public testing::Test {
     EXPECT_EQ(ports, 52);
   }
   ~HostTest() override {
-    host::call_watch().clear_refusals();
+    host::call_watch().clear_failures();
     host::call_watch().set_trace("trace_level_all", false);
     EXPECT_TRUE(vorn_lcmgr_api_terminate());
   }

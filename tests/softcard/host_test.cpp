@@ -176,7 +176,7 @@ TEST_F(Watch, RefusesTheCallsThatWereChosen) {
   EXPECT_FALSE(card().tables().vlans.known(11)) << "without any effect";
   EXPECT_FALSE(vorn_create_vlan(12));
   EXPECT_TRUE(vorn_create_vlan(11));
-  EXPECT_EQ(watch.pending_refusals(), 1u);
+  EXPECT_EQ(watch.pending_failures(), 1u);
   // A LAG whose creation the SDK refuses appears nowhere.
   EXPECT_TRUE(watch.refuse("create_lag", 1));
   EXPECT_FALSE(vorn_create_lag(lag(1)));

@@ -338,7 +338,7 @@ TEST_F(PortSettings, EveryCauseTakesTheLinkDownAndBack) {
        [](bool on) {
          EXPECT_TRUE(vorn_set_port_link_state(port(3), on ? PHY_STATE_UP : PHY_STATE_DOWN));
        }},
-      {"signal", [](bool on) { card().cut_signal(3, !on); }},
+      {"signal", [](bool on) { card().cut_carrier(3, !on); }},
       {"cable", [](bool on) { card().plug(3, on ? std::make_unique<MemoryCable>() : nullptr); }},
   };
   static std::vector<std::string> seen;
@@ -390,9 +390,9 @@ TEST_F(PortSettings, TwoPortsAgreeOverACable) {
   EXPECT_TRUE(vorn_set_port_state(port(48), false));
   EXPECT_EQ(link(port(0)), "down 0 full 0000") << "the partner is off";
   EXPECT_TRUE(vorn_set_port_state(port(48), true));
-  card().cut_signal(48, true);
+  card().cut_carrier(48, true);
   EXPECT_EQ(link(port(0)), "down 0 full 0000");
-  card().cut_signal(48, false);
+  card().cut_carrier(48, false);
   EXPECT_EQ(link(port(0)), "up 1000 full 0020");
   card().plug(48, nullptr);
   EXPECT_EQ(link(port(0)), "down 0 full 0000");

@@ -51,7 +51,7 @@ class SwitchTest : public vorn::test::SwitchTest {
     EXPECT_EQ(card.frame_pool().in_use(), 0u) << "frames that went neither out nor back";
   }
 
-  // ---- Names --------------------------------------------------------------------------------
+  // ---- Names ------------------------------------------------------------------------------------
 
   static Mp mp(PortIndex port) { return AddressPlan::mp_of(port); }
   static std::list<Mp> mps(std::initializer_list<PortIndex> ports) {
@@ -88,7 +88,7 @@ class SwitchTest : public vorn::test::SwitchTest {
     return "eth src=" + source + " dst=" + destination + " " + words.substr(at);
   }
 
-  // ---- Frames -------------------------------------------------------------------------------
+  // ---- Frames -----------------------------------------------------------------------------------
 
   MemoryCable& cable(PortIndex port) { return *static_cast<MemoryCable*>(card.cable(port)); }
 
@@ -151,7 +151,7 @@ class SwitchTest : public vorn::test::SwitchTest {
                          << "\n  came:   " << print_frame(frame.data(), frame.size());
   }
 
-  // ---- Settings -----------------------------------------------------------------------------
+  // ---- Settings ---------------------------------------------------------------------------------
 
   void ok(bool result) { EXPECT_TRUE(result); }
 

@@ -113,7 +113,7 @@ class WatchedSdkTest : public testing::Test {
     watch_.set_sink([this](const std::string& line) { traced_.push_back(line); });
   }
 
-  // What the recorder sees of an operation called at `sdk`, which answers `result`.
+  // The record of an operation called at `sdk`, which answers `result`.
   static Names steps_of(const Operation& operation, Sdk& sdk, bool result) {
     host().steps.clear();
     EXPECT_EQ(operation(sdk), result);
@@ -147,7 +147,7 @@ TEST_F(WatchedSdkTest, HandsEveryOperationThroughUnderItsName) {
     host().refuse = 0;
     EXPECT_TRUE(watch_.refuse(name, 1)) << name;
     EXPECT_EQ(steps_of(operation, watched_, false), Names()) << name;
-    EXPECT_EQ(watch_.pending_refusals(), 0u) << name;
+    EXPECT_EQ(watch_.pending_failures(), 0u) << name;
 
     host().steps.clear();
     host().throws = 1;

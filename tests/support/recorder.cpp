@@ -75,7 +75,7 @@ std::string name_of(const void* address) {
 
 unsigned int next_answer() { return 101 + answers_given++; }
 
-// ---- Slots that answer what the test told the host ------------------------------------------
+// ---- Slots that answer what the test told the host ----------------------------------------------
 
 bool Recorder::get_vlan_info(u32 vlan, Ports& tagged, Ports& untagged) {
   const bool done = step(__func__, vlan, tagged, untagged);
@@ -111,11 +111,11 @@ bool Recorder::get_port_link_state(const Mp& mp, phy_state_t& state) {
 
 }  // namespace vorn::test
 
-// ---- Port mapping ---------------------------------------------------------------------------
+// ---- Port mapping -------------------------------------------------------------------------------
 
 namespace {
 
-// What vorn_usp_to_mp_list() does, without the record of it.
+// vorn_usp_to_mp_list() without the record of it.
 bool expand(const Usp& port, std::list<Mp>& mps) {
   if (port.slot() == 1) {
     mps.emplace_back(2, port.port() + 4);
@@ -179,7 +179,7 @@ bool vorn_mp_list_to_usp_list(const std::list<Mp>& mps, std::list<Usp>& ports) {
   return true;
 }
 
-// ---- SDK object and LAG mapping -------------------------------------------------------------
+// ---- SDK object and LAG mapping -----------------------------------------------------------------
 
 bool vornsdk_get_sdk_instance(VornSdkBase*& sdk) {
   if (!host().step("get_sdk")) return false;
@@ -220,7 +220,7 @@ bool vornsdk_delete_lag_mapping(const Usp& lag, unsigned int id) {
   return host().step("delete_lag_mapping", lag, id) && host().lag_ids.erase(lag.port()) == 1;
 }
 
-// ---- LAG list -------------------------------------------------------------------------------
+// ---- LAG list -----------------------------------------------------------------------------------
 
 namespace {
 

@@ -35,10 +35,10 @@ const Usp kNewLag(1, 20, 9);    // no id yet; the SDK's next LAG is 35
 const Usp kVlan(1, 30, 10);     // members 2:5 and 2:6
 const Usp kUnknown(1, 40, 2);
 
-// What a step that was told to throws.
+// The exception of a step that was told to throw.
 struct Thrown {};
 
-// ---- Text of arguments ----------------------------------------------------------------------
+// ---- Text of arguments --------------------------------------------------------------------------
 
 std::string text(const Usp& port);
 std::string text(const Mp& mp);
@@ -68,7 +68,7 @@ std::string mac_text(const unsigned char* mac);        // 6 bytes
 std::string ip6_text(const unsigned char* ip6);        // 16 bytes
 std::string bitmap_text(const unsigned char* bitmap);  // the first 2 bytes
 
-// ---- The host -------------------------------------------------------------------------------
+// ---- The host -----------------------------------------------------------------------------------
 
 class Host {
  public:
@@ -138,7 +138,7 @@ inline std::string out(unsigned char* mac) {
   return name_of(mac);
 }
 
-// ---- The SDK object -------------------------------------------------------------------------
+// ---- The SDK object -----------------------------------------------------------------------------
 
 // One line a slot: its arguments, and what is recorded of them. Slots that answer with more than
 // out() are in recorder.cpp.

@@ -8,7 +8,7 @@
 #include "vornlcapi/export.h"
 #include "vornlcapi/types.h"
 
-// ---- Entries --------------------------------------------------------------------------------
+// ---- Entries ------------------------------------------------------------------------------------
 
 // Makes an address the switch's own: frames to it go to the CPU. The entry does not age.
 VORN_EXPORT bool vorn_add_system_mac(const unsigned char* mac, unsigned int vlan);
@@ -41,7 +41,7 @@ VORN_EXPORT bool vorn_delete_mac_from_port_all(const Usp& port, unsigned int vla
 //   arg   points at a mac_traverse_s, whose function is called for every entry.
 VORN_EXPORT bool vorn_traverse_mac_table(void* arg);
 
-// ---- Ageing and flushes: `and_static` removes static entries too, system entries stay -------
+// ---- Ageing and flushes: `and_static` removes static entries too, system entries stay -----------
 
 // Gets the time after which a learned entry that no frame has used is removed.
 //   seconds   0: never.
@@ -62,7 +62,7 @@ VORN_EXPORT bool vorn_clear_fdb_by_vlan(unsigned int vlan, bool and_static);
 // False for a VLAN interface and an unknown port.
 VORN_EXPORT bool vorn_clear_fdb_by_port(const Usp& port, bool and_static);
 
-// ---- Locks ----------------------------------------------------------------------------------
+// ---- Locks --------------------------------------------------------------------------------------
 
 // Gets whether the addresses of a physical port are locked.
 VORN_EXPORT bool vorn_get_port_mac_lock(const Usp& port, bool& on);
@@ -80,7 +80,7 @@ VORN_EXPORT bool vorn_get_port_mac_lock_ext(const Usp& port, bool& on, bool& dro
 // It does not reach the members of a LAG, unlike vorn_set_port_mac_lock().
 VORN_EXPORT bool vorn_set_port_mac_lock_ext(const Usp& port, bool on, bool drop);
 
-// ---- Limits on learning: numbers of addresses, -1 for no limit ------------------------------
+// ---- Limits on learning: numbers of addresses, -1 for no limit ----------------------------------
 
 // Gets the limit of a physical port, a LAG or a VLAN interface. False for a LAG that has no id.
 VORN_EXPORT bool vorn_get_port_mac_limit(const Usp& port, int& limit);

@@ -7,7 +7,7 @@
 #include "vornlcapi/export.h"
 #include "vornlcapi/types.h"
 
-// ---- Flows ----------------------------------------------------------------------------------
+// ---- Flows --------------------------------------------------------------------------------------
 
 // Adds a flow with priority 32768 and no action: it drops what it matches.
 //   flow   its in_port is translated and must be a physical port when OF_MATCH_IN_PORT is set
@@ -27,7 +27,7 @@ VORN_EXPORT bool vorn_delete_of_flow(unsigned int id);
 // Deletes all flows.
 VORN_EXPORT bool vorn_clear_of_flow_table();
 
-// ---- Actions --------------------------------------------------------------------------------
+// ---- Actions ------------------------------------------------------------------------------------
 
 // Appends an action to a flow.
 //   kind    with OF_ACTION_OUTPUT (0) the first word of `param` is a flow port number.
@@ -43,7 +43,7 @@ VORN_EXPORT bool vorn_delete_of_flow_action(unsigned int id, of_action_t kind,
 // Removes all actions of a flow.
 VORN_EXPORT bool vorn_clear_of_flow_action(unsigned int id);
 
-// ---- Priorities and counters ----------------------------------------------------------------
+// ---- Priorities and counters --------------------------------------------------------------------
 
 // Sets the priority of a flow: of those that match a frame the one with the highest wins, and of
 // equal ones that with the lowest id.

@@ -12,7 +12,7 @@
 #include "vornlcapi/export.h"
 #include "vornlcapi/types.h"
 
-// ---- Interfaces -----------------------------------------------------------------------------
+// ---- Interfaces ---------------------------------------------------------------------------------
 
 // Makes a router interface: frames to `mac` in `vlan` are routed.
 //   id   out: what the SDK chose.
@@ -40,7 +40,7 @@ VORN_EXPORT bool vorn_delete_l3_interface_by_id(unsigned int id);
 // one.
 VORN_EXPORT bool vorn_delete_l3_interface_all();
 
-// ---- Hosts: `mac` is the host's address, `interface` the id of the router interface ---------
+// ---- Hosts: `mac` is the host's address, `interface` the id of the router interface -------------
 
 // Adds an IPv4 host behind a physical port or a LAG.
 VORN_EXPORT bool vorn_add_l3_host_ip4(const Usp& port, unsigned int ip, const unsigned char* mac,
@@ -78,7 +78,7 @@ VORN_EXPORT bool vorn_delete_l3_host_by_addr_ip6(const unsigned char* ip6, const
 // Deletes all hosts.
 VORN_EXPORT bool vorn_clear_l3_host_table();
 
-// ---- Routes: `mac` is the next hop's address ------------------------------------------------
+// ---- Routes: `mac` is the next hop's address ----------------------------------------------------
 
 // Adds a route to an IPv4 subnet through a physical port or a LAG.
 //   metric   among routes to the same subnet the lowest wins, then the earliest route.

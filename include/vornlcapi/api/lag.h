@@ -13,7 +13,7 @@
 #include "vornlcapi/export.h"
 #include "vornlcapi/types.h"
 
-// ---- LAGs and their members -----------------------------------------------------------------
+// ---- LAGs and their members ---------------------------------------------------------------------
 
 // Makes a LAG without members for `lag`. True without doing anything when `lag` has an id
 // already. It does not test that `lag` is a LAG interface.
@@ -34,7 +34,7 @@ VORN_EXPORT bool vorn_add_ports_to_lag(const Usp& lag, const std::list<Usp>& por
 // translate.
 VORN_EXPORT bool vorn_delete_ports_from_lag(const Usp& lag, const std::list<Usp>& ports);
 
-// ---- Balancing ------------------------------------------------------------------------------
+// ---- Balancing ----------------------------------------------------------------------------------
 
 // Sets what of a frame chooses the member that it leaves through.
 // False when `lag` is not a LAG interface or has no id.
@@ -44,7 +44,7 @@ VORN_EXPORT bool vorn_set_lag_balancing_strategy(const Usp& lag, lag_psc_t psc);
 // False when `lag` is not a LAG interface or has no id.
 VORN_EXPORT bool vorn_get_lag_balancing_strategy(const Usp& lag, lag_psc_t& psc);
 
-// ---- Mapping: neither function needs an SDK object ------------------------------------------
+// ---- Mapping: neither function needs an SDK object ----------------------------------------------
 
 // Gets the id of a LAG interface. False, with `id` untouched, when it has none.
 VORN_EXPORT bool vorn_lag_usp_to_lag_id(const Usp& lag, unsigned int& id);

@@ -10,7 +10,7 @@
 #include "vornlcapi/export.h"
 #include "vornlcapi/types.h"
 
-// ---- Speed, duplex, autonegotiation, link ---------------------------------------------------
+// ---- Speed, duplex, autonegotiation, link -------------------------------------------------------
 
 // Gets the speed in force on a physical port.
 VORN_EXPORT bool vorn_get_port_speed(const Usp& port, speed_type_t& speed);
@@ -36,7 +36,7 @@ VORN_EXPORT bool vorn_get_port_link_state(const Usp& port, phy_state_t& state);
 // Forces the link of a physical port down, or lets it come up again.
 VORN_EXPORT bool vorn_set_port_link_state(const Usp& port, phy_state_t state);
 
-// ---- MTU and administrative state -----------------------------------------------------------
+// ---- MTU and administrative state ---------------------------------------------------------------
 
 // Gets the largest frame that a physical port accepts.
 //   bytes   from the destination address on, without 802.1Q tag and checksum.
@@ -60,7 +60,7 @@ VORN_EXPORT bool vorn_set_port_state(const Usp& port, bool on);
 // Switches every port listed on or off.
 VORN_EXPORT bool vorn_set_ports_state(const std::list<Usp>& ports, bool on);
 
-// ---- Abilities: PORT_ABILITY_... bits -------------------------------------------------------
+// ---- Abilities: PORT_ABILITY_... bits -----------------------------------------------------------
 
 // Gets what a physical port can do.
 VORN_EXPORT bool vorn_get_port_ability(const Usp& port, port_ability_type_t& ability);
@@ -78,7 +78,7 @@ VORN_EXPORT bool vorn_get_port_current_ability(const Usp& port, port_ability_typ
 // Gets what the link partner of a physical port advertises.
 VORN_EXPORT bool vorn_get_port_peer_ability(const Usp& port, port_ability_type_t& ability);
 
-// ---- Flow control and jamming ---------------------------------------------------------------
+// ---- Flow control and jamming -------------------------------------------------------------------
 
 // Gets whether a physical port honours IEEE 802.3x pause frames and whether it sends them.
 // After false both flags are untouched, whatever the SDK did.

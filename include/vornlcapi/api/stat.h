@@ -10,7 +10,7 @@
 #include "vornlcapi/export.h"
 #include "vornlcapi/types.h"
 
-// ---- The full set ---------------------------------------------------------------------------
+// ---- The full set -------------------------------------------------------------------------------
 
 // Gets one counter of a physical port as 64 bits.
 VORN_EXPORT bool vorn_get_port_stat_counter(const Usp& port, stat_type_t type,
@@ -38,7 +38,7 @@ VORN_EXPORT bool vorn_get_port_stat_counter_all64_ext(const Usp& port, StatCount
 VORN_EXPORT bool vorn_get_port_stat_counter_all32_ext(const Usp& port, StatCounter32* counters,
                                                       unsigned int& count);
 
-// ---- The brief set --------------------------------------------------------------------------
+// ---- The brief set ------------------------------------------------------------------------------
 
 // Gets one brief counter of a physical port as 64 bits.
 VORN_EXPORT bool vorn_get_port_brief_stat_counter64(const Usp& port, brief_stat_type_t type,
@@ -58,7 +58,7 @@ VORN_EXPORT bool vorn_get_port_brief_stat_counter_all64(const Usp& port,
 VORN_EXPORT bool vorn_get_port_brief_stat_counter_all32(const Usp& port,
                                                         std::list<BriefStatCounter32> counters);
 
-// ---- Clearing and collection ----------------------------------------------------------------
+// ---- Clearing and collection --------------------------------------------------------------------
 
 // Sets all counters of a physical port to 0.
 VORN_EXPORT bool vorn_clear_port_stat_counter(const Usp& port);

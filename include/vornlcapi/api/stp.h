@@ -10,7 +10,7 @@
 #include "vornlcapi/export.h"
 #include "vornlcapi/types.h"
 
-// ---- Single spanning tree -------------------------------------------------------------------
+// ---- Single spanning tree -----------------------------------------------------------------------
 
 // Gets the spanning-tree state of a physical port.
 VORN_EXPORT bool vorn_get_port_stp_state(const Usp& port, stp_state_t& state);
@@ -26,7 +26,7 @@ VORN_EXPORT bool vorn_set_port_stp_state(const Usp& port, stp_state_t state);
 // unlike vorn_set_port_stp_state().
 VORN_EXPORT bool vorn_set_ports_stp_state(const std::list<Usp>& ports, stp_state_t state);
 
-// ---- Multiple spanning tree: the instance comes last ----------------------------------------
+// ---- Multiple spanning tree: the instance comes last --------------------------------------------
 
 // Gets the state of a physical port in a spanning-tree instance.
 VORN_EXPORT bool vorn_get_port_mstp_state(const Usp& port, mstp_state_t& state,
@@ -40,7 +40,7 @@ VORN_EXPORT bool vorn_set_port_mstp_state(const Usp& port, mstp_state_t state,
 VORN_EXPORT bool vorn_set_ports_mstp_state(const std::list<Usp>& ports, mstp_state_t state,
                                            unsigned int instance);
 
-// ---- BPDUs ----------------------------------------------------------------------------------
+// ---- BPDUs --------------------------------------------------------------------------------------
 
 // Gets whether BPDUs that a physical port receives are handed to the CPU.
 VORN_EXPORT bool vorn_get_port_bpdu_processing(const Usp& port, bool& on);

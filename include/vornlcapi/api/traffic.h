@@ -10,7 +10,7 @@
 #include "vornlcapi/export.h"
 #include "vornlcapi/types.h"
 
-// ---- Storm control: frames a second that a port lets in; 0 means no limit -------------------
+// ---- Storm control: frames a second that a port lets in; 0 means no limit -----------------------
 
 // Gets the limit for unicast frames with an unknown destination on a physical port.
 VORN_EXPORT bool vorn_get_port_unicast_control(const Usp& port, unsigned int& frames_per_second);
@@ -30,7 +30,7 @@ VORN_EXPORT bool vorn_get_port_broadcast_control(const Usp& port, unsigned int& 
 // Sets the limit for broadcast frames on every member of `port`.
 VORN_EXPORT bool vorn_set_port_broadcast_control(const Usp& port, unsigned int frames_per_second);
 
-// ---- Mirroring ------------------------------------------------------------------------------
+// ---- Mirroring ----------------------------------------------------------------------------------
 
 // Finds the port that the frames of `mirrored` are copied to. Both are physical ports.
 // False when `mirrored` is not mirrored, and also when the SDK answers but its port has no logical
@@ -42,7 +42,7 @@ VORN_EXPORT bool vorn_get_port_mirror(Usp& mirror_to, const Usp& mirrored, mirro
 VORN_EXPORT bool vorn_set_port_mirror(const Usp& mirror_to, const Usp& mirrored,
                                       mirror_type_t type);
 
-// ---- Flood blocking: FLOOD_BLOCK_... bits ---------------------------------------------------
+// ---- Flood blocking: FLOOD_BLOCK_... bits -------------------------------------------------------
 
 // Gets which floods that come in through a physical port are kept from the CPU.
 VORN_EXPORT bool vorn_get_port_flood_blocking_cpu(const Usp& port, flood_block_type_t& type);
@@ -63,7 +63,7 @@ VORN_EXPORT bool vorn_get_port_flood_blocking(const Usp& from, const Usp& to,
 VORN_EXPORT bool vorn_set_port_flood_blocking(const std::list<Usp>& ports, const Usp& to,
                                               flood_block_type_t type);
 
-// ---- Unknown unicast to the CPU -------------------------------------------------------------
+// ---- Unknown unicast to the CPU -----------------------------------------------------------------
 
 // Gets whether unicast frames with an unknown destination that come in through a physical port
 // are handed to the CPU too.
@@ -79,7 +79,7 @@ VORN_EXPORT bool vorn_get_switch_unknown_unicast_to_cpu(bool& enabled);
 // Sets whether the CPU receives such frames of all ports.
 VORN_EXPORT bool vorn_set_switch_unknown_unicast_to_cpu(bool enable);
 
-// ---- Class of service: 802.1p priority 0 to 7, egress queue 0 to 7 --------------------------
+// ---- Class of service: 802.1p priority 0 to 7, egress queue 0 to 7 ------------------------------
 
 // Gets the egress queue of a priority on a physical port.
 VORN_EXPORT bool vorn_get_port_cos_mapping(const Usp& port, unsigned int priority,
@@ -89,7 +89,7 @@ VORN_EXPORT bool vorn_get_port_cos_mapping(const Usp& port, unsigned int priorit
 VORN_EXPORT bool vorn_set_port_cos_mapping(const Usp& port, unsigned int priority,
                                            unsigned int queue);
 
-// ---- What a port lets in and out ------------------------------------------------------------
+// ---- What a port lets in and out ----------------------------------------------------------------
 
 // Gets which frames a physical port throws away as they come in.
 VORN_EXPORT bool vorn_get_port_ingress_discarding(const Usp& port, ingress_discard_type_t& type);
@@ -106,7 +106,7 @@ VORN_EXPORT bool vorn_set_port_egress_admin_state(const Usp& port, bool on);
 // Sets whether a physical port forwards by the MAC table. There is no getter.
 VORN_EXPORT bool vorn_set_port_l2_enable(const Usp& port, bool enable);
 
-// ---- Forward mode of the switch: SWITCH_FORWARD_MODE_... ------------------------------------
+// ---- Forward mode of the switch: SWITCH_FORWARD_MODE_... ----------------------------------------
 
 // Gets the part that the flow table has in forwarding.
 VORN_EXPORT bool vorn_get_switch_forward_mode(unsigned int& mode);

@@ -10,7 +10,7 @@
 #include "vornlcapi/export.h"
 #include "vornlcapi/types.h"
 
-// ---- VLANs and their members ----------------------------------------------------------------
+// ---- VLANs and their members --------------------------------------------------------------------
 
 // Makes a VLAN without members. False when it exists.
 VORN_EXPORT bool vorn_create_vlan(unsigned int vlan);
@@ -34,7 +34,7 @@ VORN_EXPORT bool vorn_delete_ports_from_vlan(unsigned int vlan, const std::list<
 VORN_EXPORT bool vorn_get_vlan_info(unsigned int vlan, std::list<Usp>& tagged,
                                     std::list<Usp>& untagged);
 
-// ---- Classification of untagged frames ------------------------------------------------------
+// ---- Classification of untagged frames ----------------------------------------------------------
 // Where several rules fit a frame, the rule for its MAC address comes before one for a subnet, that
 // before one for its protocol, and the PVID comes last.
 
@@ -55,7 +55,7 @@ VORN_EXPORT bool vorn_set_ipv4_subnet_vlan(unsigned int ip, unsigned int mask, u
 VORN_EXPORT bool vorn_set_ipv6_subnet_vlan(const unsigned char* ip6, unsigned int prefix_length,
                                            unsigned int vlan, unsigned int priority);
 
-// ---- VLAN settings of a port ----------------------------------------------------------------
+// ---- VLAN settings of a port --------------------------------------------------------------------
 
 // Gets the VLAN of untagged frames of a physical port that no other rule classifies.
 VORN_EXPORT bool vorn_get_port_pvid(const Usp& port, unsigned int& pvid);

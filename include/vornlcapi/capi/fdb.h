@@ -12,7 +12,7 @@
 extern "C" {
 #endif
 
-/* ---- Entries. They do not age -------------------------------------------------------------- */
+/* ---- Entries. They do not age ---------------------------------------------------------------- */
 
 /* Makes an address the switch's own: frames to it go to the CPU. */
 VORN_EXPORT int ctype_vorn_add_system_mac(unsigned char* mac, unsigned int vlan);
@@ -37,7 +37,7 @@ VORN_EXPORT int ctype_vorn_add_mac_to_port(usp_s* port, unsigned char* mac, unsi
  *   arg   points at a mac_traverse_s */
 VORN_EXPORT int ctype_vorn_traverse_mac_table(void* arg);
 
-/* ---- Ageing and flushes -------------------------------------------------------------------- */
+/* ---- Ageing and flushes ---------------------------------------------------------------------- */
 
 /* Seconds after which a learned entry that no frame has used is removed; 0 for never. */
 VORN_EXPORT int ctype_vorn_get_fdb_aging_time(int* seconds);
@@ -51,7 +51,7 @@ VORN_EXPORT int ctype_vorn_clear_fdb_by_vlan(unsigned int vlan, int and_static);
  * `port->port - 1`. 0 for a VLAN interface. */
 VORN_EXPORT int ctype_vorn_clear_fdb_by_port(usp_s* port, int and_static);
 
-/* ---- MAC lock ------------------------------------------------------------------------------ */
+/* ---- MAC lock -------------------------------------------------------------------------------- */
 
 /* On: the port learns no more addresses and drops frames from unknown ones. The getter reads a
  * physical port, the setter acts on every member of a port. */
@@ -63,7 +63,7 @@ VORN_EXPORT int ctype_vorn_set_port_mac_lock(usp_s* port, int on);
 VORN_EXPORT int ctype_vorn_get_port_mac_lock_ext(usp_s* port, bool* on, bool* drop);
 VORN_EXPORT int ctype_vorn_set_port_mac_lock_ext(usp_s* port, int on, int drop);
 
-/* ---- MAC limit: most addresses that may be learned, -1 for no limit ------------------------ */
+/* ---- MAC limit: most addresses that may be learned, -1 for no limit -------------------------- */
 
 /* Reads the limit of a physical port, a LAG or a VLAN interface. */
 VORN_EXPORT int ctype_vorn_get_port_mac_limit(usp_s* port, int* limit);

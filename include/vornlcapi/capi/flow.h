@@ -10,7 +10,7 @@
 extern "C" {
 #endif
 
-/* ---- Flows --------------------------------------------------------------------------------- */
+/* ---- Flows ----------------------------------------------------------------------------------- */
 
 /* Adds a flow with priority 32768 and no action: it drops what it matches. Receives the id that
  * the SDK chose.
@@ -25,7 +25,7 @@ VORN_EXPORT int ctype_vorn_delete_of_flow(unsigned int id);
 /* Deletes all flows. */
 VORN_EXPORT int ctype_vorn_clear_of_flow_table(void);
 
-/* ---- Actions ------------------------------------------------------------------------------- */
+/* ---- Actions --------------------------------------------------------------------------------- */
 
 /* Appends an action to a flow. An output to flow port n above 6 goes to the physical port
  * 1/1/(n - 7); 0 when there is none. */
@@ -41,7 +41,7 @@ extern "C++" VORN_EXPORT int ctype_vorn_delete_of_flow_action(unsigned int id,
 /* Removes all actions of a flow. */
 VORN_EXPORT int ctype_vorn_clear_of_flow_action(unsigned int id);
 
-/* ---- Priorities and counters --------------------------------------------------------------- */
+/* ---- Priorities and counters ----------------------------------------------------------------- */
 
 /* The matching flow with the highest priority wins; of equal ones that with the lowest id. */
 VORN_EXPORT int ctype_vorn_set_of_flow_priority(unsigned int id, int priority);

@@ -15,7 +15,7 @@ extern "C" {
  * next hop's address, `interface` the id of the router interface that packets leave through.
  */
 
-/* ---- Router interfaces --------------------------------------------------------------------- */
+/* ---- Router interfaces ----------------------------------------------------------------------- */
 
 /* Routes the frames to `mac` in `vlan`. Receives the id that the SDK chose. */
 VORN_EXPORT int ctype_vorn_create_l3_interface(unsigned char* mac, unsigned int vlan,
@@ -32,7 +32,7 @@ VORN_EXPORT int ctype_vorn_delete_l3_interface(unsigned char* mac, unsigned int 
 VORN_EXPORT int ctype_vorn_delete_l3_interface_by_id(unsigned int id);
 VORN_EXPORT int ctype_vorn_delete_l3_interface_all(void);
 
-/* ---- Hosts --------------------------------------------------------------------------------- */
+/* ---- Hosts ----------------------------------------------------------------------------------- */
 
 /* Add a host behind a physical port or a LAG. C has no getter for hosts. */
 VORN_EXPORT int ctype_vorn_add_l3_host_ip4(usp_s* port, unsigned int ip, unsigned char* mac,
@@ -50,7 +50,7 @@ VORN_EXPORT int ctype_vorn_delete_l3_host_by_addr_ip6(unsigned char* ip6, usp_s*
 /* Deletes all hosts. */
 VORN_EXPORT int ctype_vorn_clear_l3_host_table(void);
 
-/* ---- Routes -------------------------------------------------------------------------------- */
+/* ---- Routes ---------------------------------------------------------------------------------- */
 
 /* Adds a route. Among routes of one subnet the lowest metric wins, then the earliest. */
 VORN_EXPORT int ctype_vorn_add_l3_route_ip4(usp_s* port, unsigned int ip, unsigned int mask,

@@ -12,7 +12,7 @@
 extern "C" {
 #endif
 
-/* ---- Speed, duplex, autonegotiation, link: physical ports only ----------------------------- */
+/* ---- Speed, duplex, autonegotiation, link: physical ports only ------------------------------- */
 
 /* The speed in force; the setter fixes it, and 0 says that the port has no ability for it. */
 VORN_EXPORT int ctype_vorn_get_port_speed(usp_s* port, speed_type_t* speed);
@@ -31,7 +31,7 @@ VORN_EXPORT int ctype_vorn_set_port_autoneg(usp_s* port, int on);
 VORN_EXPORT int ctype_vorn_get_port_link_state(usp_s* port, phy_state_t* state);
 VORN_EXPORT int ctype_vorn_set_port_link_state(usp_s* port, phy_state_t state);
 
-/* ---- Frame size and administrative state --------------------------------------------------- */
+/* ---- Frame size and administrative state ----------------------------------------------------- */
 
 /* Sets the largest frame, in bytes from the destination address on, without 802.1Q tag and
  * checksum, that every member of a port takes. There is no getter. */
@@ -42,7 +42,7 @@ VORN_EXPORT int ctype_vorn_set_port_mtu(usp_s* port, unsigned int bytes);
 VORN_EXPORT int ctype_vorn_get_port_state(usp_s* port, bool* on);
 VORN_EXPORT int ctype_vorn_set_port_state(usp_s* port, int on);
 
-/* ---- Abilities: PORT_ABILITY_... bits, physical ports only --------------------------------- */
+/* ---- Abilities: PORT_ABILITY_... bits, physical ports only ----------------------------------- */
 
 /* What the port can do. */
 VORN_EXPORT int ctype_vorn_get_port_ability(usp_s* port, port_ability_type_t* ability);
@@ -57,7 +57,7 @@ VORN_EXPORT int ctype_vorn_get_port_current_ability(usp_s* port, port_ability_ty
 /* What the link partner advertises. */
 VORN_EXPORT int ctype_vorn_get_port_peer_ability(usp_s* port, port_ability_type_t* ability);
 
-/* ---- Pause frames and jamming -------------------------------------------------------------- */
+/* ---- Pause frames and jamming ---------------------------------------------------------------- */
 /* The getters read a physical port. The setters act on every member of a port or LAG and refuse
  * VLAN interfaces. */
 

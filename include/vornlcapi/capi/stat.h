@@ -13,7 +13,7 @@
 extern "C" {
 #endif
 
-/* ---- The full set -------------------------------------------------------------------------- */
+/* ---- The full set ---------------------------------------------------------------------------- */
 
 /* One counter, 64 bits. */
 VORN_EXPORT int ctype_vorn_get_port_stat_counter(usp_s* port, stat_type_t type,
@@ -29,7 +29,7 @@ VORN_EXPORT int ctype_vorn_get_port_stat_counter_all64(usp_s* port, void* counte
 VORN_EXPORT int ctype_vorn_get_port_stat_counter_all32(usp_s* port, void* counters,
                                                        unsigned int* count);
 
-/* ---- The brief set ------------------------------------------------------------------------- */
+/* ---- The brief set --------------------------------------------------------------------------- */
 
 /* One counter, 64 bits. */
 VORN_EXPORT int ctype_vorn_get_port_brief_stat_counter64(usp_s* port, brief_stat_type_t type,
@@ -45,7 +45,7 @@ VORN_EXPORT int ctype_vorn_get_port_brief_stat_counter_all64(usp_s* port, void* 
 VORN_EXPORT int ctype_vorn_get_port_brief_stat_counter_all32(usp_s* port, void* counters,
                                                              unsigned int* count);
 
-/* ---- Clearing and collection --------------------------------------------------------------- */
+/* ---- Clearing and collection ----------------------------------------------------------------- */
 
 /* Sets all counters of the port to 0. */
 VORN_EXPORT int ctype_vorn_clear_port_stat_counter(usp_s* port);

@@ -13,7 +13,7 @@
 extern "C" {
 #endif
 
-/* ---- VLANs and their members --------------------------------------------------------------- */
+/* ---- VLANs and their members ----------------------------------------------------------------- */
 
 /* Makes a VLAN without members. 0 when it exists. */
 VORN_EXPORT int ctype_vorn_create_vlan(unsigned int vlan);
@@ -35,7 +35,7 @@ VORN_EXPORT int ctype_vorn_get_vlan_info(unsigned int vlan, usp_s* tagged,
                                          unsigned int* tagged_count, usp_s* untagged,
                                          unsigned int* untagged_count);
 
-/* ---- Classification of untagged frames ----------------------------------------------------- */
+/* ---- Classification of untagged frames ------------------------------------------------------- */
 /* Where several rules fit a frame, the rule for its MAC address comes before one for a subnet, that
  * before one for its protocol, and the PVID comes last. */
 
@@ -50,7 +50,7 @@ VORN_EXPORT int ctype_vorn_set_ipv4_subnet_vlan(unsigned int ip, unsigned int ma
 VORN_EXPORT int ctype_vorn_set_ipv6_subnet_vlan(unsigned char* ip6, unsigned int prefix_length,
                                                 unsigned int vlan, unsigned int priority);
 
-/* ---- VLAN settings of a port --------------------------------------------------------------- */
+/* ---- VLAN settings of a port ----------------------------------------------------------------- */
 /* The getters read a physical port, the others act on every member of a port. */
 
 /* VLAN of untagged frames that no rule classifies. */

@@ -55,7 +55,7 @@ struct Outcome {
   std::string message;  // empty when it held
 };
 
-// What is thrown for an expectation that does not hold, where no test framework takes it.
+// The exception for an expectation that does not hold, where no test framework takes it.
 class Failure : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

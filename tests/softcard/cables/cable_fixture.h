@@ -56,7 +56,7 @@ class KeepingSink final : public CableSink {
     return sent;
   }
 
-  // What has arrived since the last call.
+  // The frames that have arrived since the last call.
   std::vector<Bytes> take() {
     std::vector<Bytes> frames;
     for (const FramePtr& frame : arrived) {

@@ -458,7 +458,7 @@ TEST_F(LinuxCableTest, LossesAreCounted) {
   EXPECT_EQ(bridge_.lost[0] - before, 2u);
 }
 
-// What the kernel is told of the work that is left, read as it is.
+// The header that tells the kernel of the work that is left, read as it is.
 TEST_F(LinuxCableTest, HeaderInFrontOfAFrameSaysWhatIsLeftToDo) {
   enter(spaces_[0]);
   const Descriptor host(socket(AF_PACKET, SOCK_RAW | SOCK_NONBLOCK, htons(ETH_P_ALL)));

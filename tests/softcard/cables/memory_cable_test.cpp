@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kFrameBytes = 100 + MemoryCable::kOverheadBytes;
 
-// What the cables keep for the far end is bounded for all of them together.
+// The memory that cables keep for their far ends is bounded for all of them together.
 class MemoryCableTest : public CableTest {
  protected:
   MemoryCableTest() { MemoryCable::keep_at_most(10 * kFrameBytes); }
@@ -127,7 +127,7 @@ TEST_F(MemoryCableTest, PatchCableJoinsTwoPorts) {
   a.offer_changed();
   EXPECT_EQ(far_sink.carrier_changes, 1);
 
-  // What waits at the other end is bounded, and enters it as it polls, as a fresh frame.
+  // The frames that wait at the other end are bounded, and enter it as it polls, as fresh frames.
   EXPECT_EQ(
       sink_.send(a, {some_frame(60, 0), some_frame(60, 1), some_frame(60, 2), some_frame(60)}), 3u);
   EXPECT_EQ(ends.second->poll(2), 2u);

@@ -46,7 +46,10 @@ class UnixCableTest : public CableTest {
     int passes = 0;
     bool over = false;
     const XorpTimer end = loop_.set_flag_after_ms(150, &over);
-    for (; !over; ++passes) loop_.run();
+    while (!over) {
+      loop_.run();
+      ++passes;
+    }
     return passes;
   }
   bool name_is_there() const {
@@ -183,7 +186,7 @@ TEST_F(UnixCableTest, CardsSeeEachOthersPorts) {
   } kRows[] = {
       {"state", [&](bool on) { left.tables().ports.set_admin(0, on); }},
       {"PHY", [&](bool on) { left.tables().ports.set_phy_forced_down(0, !on); }},
-      {"plug", [&](bool on) { left.cut_signal(0, !on); }},
+      {"plug", [&](bool on) { left.cut_carrier(0, !on); }},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.name);

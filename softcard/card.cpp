@@ -21,9 +21,9 @@ Card::Card(const CardDescription& description, std::shared_ptr<Clock> clock)
   now_seconds_ = clock_->now_seconds();
   events_.set_mac_moves_per_second(description.mac_moves_per_second);
   for (const PortIndex port : tables_.ports.all()) plug(port, std::make_unique<MemoryCable>());
-  tables_.ports.set_observer([this](PortIndex port, bool link_changed, bool offer_changed) {
+  tables_.ports.set_observer([this](PortIndex port, bool link_changed, bool advertisement_changed) {
     if (link_changed) report_link(port);
-    if (offer_changed) tell_far_end(port);
+    if (advertisement_changed) tell_far_end(port);
   });
   tables_.fdb.set_observer([this](const FdbChange& change) {
     if (events_.wants_mac_changes()) events_.post_mac_change(change, clock_->now_ns());
@@ -184,7 +184,7 @@ void Card::frames_forgotten(PortIndex port, std::uint64_t count) {
 
 void Card::carrier_changed(PortIndex port) { update_carrier(port); }
 
-unsigned Card::offered_ability(PortIndex port) const {
+unsigned Card::advertised_ability(PortIndex port) const {
   return cut_.contains(port) ? 0 : tables_.ports.offer(port);
 }
 
@@ -207,13 +207,13 @@ void Card::update_carrier(PortIndex port) {
     tables_.ports.set_carrier(port, carrier, nullptr);
     return;
   }
-  const AbilitySet offer = far_card->offered_ability(far_port);
+  const AbilitySet offer = far_card->advertised_ability(far_port);
   carrier = offer != 0;
   tables_.ports.set_carrier(port, carrier, &offer);
 }
 
 void Card::tell_far_end(PortIndex port) {
-  if (cables_[port] != nullptr) cables_[port]->offer_changed();
+  if (cables_[port] != nullptr) cables_[port]->advertisement_changed();
 }
 
 void Card::report_link(PortIndex port) {

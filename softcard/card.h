@@ -114,7 +114,7 @@ class Card final : public CableSink, private PortCables {
   void frames_lost(PortIndex port, std::uint64_t count) override;
   void frames_forgotten(PortIndex port, std::uint64_t count) override;
   void carrier_changed(PortIndex port) override;
-  unsigned offered_ability(PortIndex port) const override;
+  unsigned advertised_ability(PortIndex port) const override;
   FramePool& frame_pool() override { return frame_pool_; }
 
   // --- Time and events ---------------------------------------------------------------------------

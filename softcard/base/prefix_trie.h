@@ -1,10 +1,20 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Longest prefix match for IPv4 and IPv6: a trie that takes 16 bits of the address with its first
-// step and five with each further one. A node keeps two bitmaps, the prefixes that end in it and
-// the children it has, so it costs 16 bytes however many of its 32 branches are there, and adding
-// or removing a prefix touches one node, whatever longer prefixes lie below it. The nodes that the
-// first step leads to, the roots, are all there from the first prefix on: 1 MB.
+// Longest prefix match for IPv4 and IPv6: a tree bitmap that takes 16 bits of the address with its
+// first step and five with each further one. A node keeps two bitmaps, the prefixes that end in it
+// and the children it has, so it costs 16 bytes however many of its 32 branches are there, and
+// adding or removing a prefix touches one node, whatever longer prefixes lie below it. The nodes
+// that the first step leads to, the roots, are all there from the first prefix on: 1 MB.
+//
+//   node      prefixes that end here: *, 0*, 1*, 00*, ...      children by the next five bits
+//             +---+---+---+---+-- ... --+                      +---+---+---+-- ... --+
+//             | 1 | 0 | 1 | 0 |         |                      | 0 | 1 | 1 |         |
+//             +---+---+---+---+-- ... --+                      +---+---+---+-- ... --+
+//               |       |                                            |   |
+//               v       v                                            v   v
+//   arrays    values of the 1 bits, side by side               nodes of the 1 bits, side by side
+//
+// The place of a value or child in its array is the number of 1 bits in front of its own.
 //
 // An IPv4 prefix of up to 20 bits is in the first node, one of up to 25 bits in the second.
 #ifndef SOFTCARD_BASE_PREFIX_TRIE_H_

@@ -34,7 +34,7 @@ class CableSink {
 
   // The abilities that a port advertises to its link partner: bits of port_ability_type_t, none
   // while it is off and sends no signal.
-  virtual unsigned offered_ability(PortIndex port) const = 0;
+  virtual unsigned advertised_ability(PortIndex port) const = 0;
 
   // Where frames for frames_arrived() are made.
   virtual FramePool& frame_pool() = 0;
@@ -59,8 +59,8 @@ class Cable {
 
   // The abilities that the port advertises have changed: the cable tells the other end. Comes while
   // the port changes, so the cable may call the sink of its other end, not its own one, but for
-  // offered_ability().
-  virtual void offer_changed() {}
+  // advertised_ability().
+  virtual void advertisement_changed() {}
 
   // The card at the other end and, in `port`, its port there; null when the cable leads elsewhere.
   virtual CableSink* far_end(PortIndex& port) const {

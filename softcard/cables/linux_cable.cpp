@@ -259,7 +259,7 @@ void LinuxCable::plug(CableSink& sink, PortIndex port) {
   port_ = port;
   watch_frames();
   loop_.add_ioevent_cb(monitor_.get(), IOT_READ, callback(this, &LinuxCable::link_changed));
-  offer_changed();
+  advertisement_changed();
 }
 
 void LinuxCable::watch_frames() {
@@ -290,7 +290,7 @@ bool LinuxCable::ask_carrier() const {
   return ask_flags(request) && (request.ifr_flags & kWanted) == kWanted;
 }
 
-void LinuxCable::offer_changed() { hold_down(sink_->offered_ability(port_) == 0); }
+void LinuxCable::advertisement_changed() { hold_down(sink_->advertised_ability(port_) == 0); }
 
 void LinuxCable::hold_down(bool down) {
   ifreq request{};
@@ -328,7 +328,7 @@ void LinuxCable::look_after_interface() {
           loop_.new_oneoff_after_ms(kRetryMs, callback(this, &LinuxCable::look_after_interface));
     }
   }
-  offer_changed();
+  advertisement_changed();
   const bool now = ask_carrier();
   if (now == carrier_) return;
   carrier_ = now;

@@ -44,7 +44,7 @@ class LinuxCable final : public Cable {
   // when another one comes under the name that was given.
   bool carrier() const override { return carrier_; }
   bool takes_offloads() const override { return true; }
-  void offer_changed() override;
+  void advertisement_changed() override;
   std::string describe() const override;
 
  private:

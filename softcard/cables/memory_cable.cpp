@@ -87,7 +87,7 @@ void PatchCable::plug(CableSink& sink, PortIndex port) {
   if (peer_ != nullptr && peer_->sink_ != nullptr) peer_->sink_->carrier_changed(peer_->port_);
 }
 
-void PatchCable::offer_changed() {
+void PatchCable::advertisement_changed() {
   if (carrier()) peer_->sink_->carrier_changed(peer_->port_);
 }
 

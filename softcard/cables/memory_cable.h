@@ -84,7 +84,7 @@ class PatchCable : public Cable {
   void plug(CableSink& sink, PortIndex port) override;
   std::size_t transmit(FramePtr* frames, std::size_t count) override;
   bool carrier() const override { return peer_ != nullptr && peer_->sink_ != nullptr; }
-  void offer_changed() override;
+  void advertisement_changed() override;
   CableSink* far_end(PortIndex& port) const override;
   std::size_t poll(std::size_t budget) override;
   std::string describe() const override;

@@ -80,7 +80,7 @@ void UnixCable::plug(CableSink& sink, PortIndex port) {
   // Only now is there somebody to take what the other end has sent.
   if (peer_) {
     loop_.add_ioevent_cb(peer_.get(), IOT_READ, callback(this, &UnixCable::peer_sent));
-    offer_changed();
+    advertisement_changed();
   }
 }
 
@@ -173,7 +173,7 @@ void UnixCable::set_peer(Descriptor peer) {
   peer_carrier_ = true;
   if (sink_ == nullptr) return;
   loop_.add_ioevent_cb(peer_.get(), IOT_READ, callback(this, &UnixCable::peer_sent));
-  offer_changed();
+  advertisement_changed();
   sink_->carrier_changed(port_);
 }
 
@@ -186,8 +186,8 @@ void UnixCable::drop_peer() {
 
 // ---- Signals ------------------------------------------------------------------------------------
 
-void UnixCable::offer_changed() {
-  const bool carrier = sink_->offered_ability(port_) != 0;
+void UnixCable::advertisement_changed() {
+  const bool carrier = sink_->advertised_ability(port_) != 0;
   if (!peer_ || carrier == told_carrier_) return;
   const std::uint8_t message = carrier ? 1 : 0;
   if (send(peer_.get(), &message, kSignalBytes, MSG_DONTWAIT | MSG_NOSIGNAL) > 0) {
@@ -199,7 +199,7 @@ void UnixCable::offer_changed() {
 
 void UnixCable::peer_has_room(XorpFd fd, IoEventType /*type*/) {
   loop_.remove_ioevent_cb(fd, IOT_WRITE);
-  offer_changed();
+  advertisement_changed();
 }
 
 void UnixCable::set_peer_carrier(bool carrier) {

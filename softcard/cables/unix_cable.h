@@ -37,7 +37,7 @@ class UnixCable final : public Cable {
   // Refuses frames while there is no carrier or the other end does not keep up.
   std::size_t transmit(FramePtr* frames, std::size_t count) override;
   bool carrier() const override { return peer_ && peer_carrier_; }
-  void offer_changed() override;
+  void advertisement_changed() override;
   std::string describe() const override;
 
  private:

@@ -595,7 +595,7 @@ void Pipeline::output(Passage& passage, FramePtr frame, const FlowAction& action
       return;
     case OF_PORT_ALL: {
       const PortSet ready = eligible(passage, Tagging::as_it_is);
-      for (const PortIndex egress : ready - own_ports(passage)) {
+      for (const PortIndex egress : ready - split_horizon(passage)) {
         const std::uint16_t lag = tables_.lags.lag_of(egress);
         if (lag != LagTable::kNoLag &&
             choose_member(passage.headers, *frame, tables_.lags[lag], ready) != egress) {
@@ -851,7 +851,7 @@ void Pipeline::bridge(Passage& passage) {
 // Sends the frame out of every other port of its VLAN that has a link and may send it.
 void Pipeline::flood(Passage& passage, FramePtr frame, flood_block_type_t kind) {
   const PortSet reach =
-      (tables_.vlans.members(passage.vlan) & tables_.ports.up()) - own_ports(passage);
+      (tables_.vlans.members(passage.vlan) & tables_.ports.up()) - split_horizon(passage);
   PortSet blocked;
   if (passage.ingress != kNoPort) {
     blocked = tables_.flood_blocks.blocked(passage.ingress, kind) & reach;
@@ -894,8 +894,9 @@ void Pipeline::flood(Passage& passage, FramePtr frame, flood_block_type_t kind) 
   emit(passage, std::move(frame), targets[count - 1], Tagging::by_membership);
 }
 
-// The ports that a frame came in through and so does not leave through by itself.
-PortSet Pipeline::own_ports(const Passage& passage) const {
+// Split horizon: the ports that a frame came in through, its LAG's among them, are no way out for
+// it.
+PortSet Pipeline::split_horizon(const Passage& passage) const {
   if (passage.ingress == kNoPort) return PortSet();
   if (passage.source.is_lag()) return tables_.lags[passage.source.number].set;
   return PortSet::of(passage.ingress);

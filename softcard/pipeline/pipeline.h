@@ -126,7 +126,7 @@ class Pipeline {
   void copy_to_cpu(const Passage& passage, unsigned reason);
 
   bool read_cpu_frame(const std::uint8_t* data, std::size_t bytes, unsigned type, Passage& passage);
-  PortSet own_ports(const Passage& passage) const;
+  PortSet split_horizon(const Passage& passage) const;
   const L3Interface* router_of(const Passage& passage) const;
   void find_next_hops(std::size_t count);
   template <class Address>

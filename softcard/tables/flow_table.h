@@ -2,10 +2,10 @@
 //
 // The flow table: what frames match, with a priority, actions and counters.
 //
-// Flows that look at the same bits of a frame stand together in a subtable, a hash index over those
-// bits. Subtables are searched in the order of the highest priority they hold and the search ends
-// when none of the rest can win, so a lookup costs a probe for each distinct mask at most and does
-// not depend on the number of flows.
+// The lookup is a tuple space search: flows that look at the same bits of a frame stand together in
+// a subtable, a hash index over those bits. Subtables are searched in the order of the highest
+// priority they hold and the search ends when none of the rest can win, so a lookup costs a probe
+// for each distinct mask at most and does not depend on the number of flows.
 //
 // Conventions: addresses and numbers are in host byte order; a higher priority wins, and among
 // equals the lower id; a full table refuses a new flow and changes nothing, and so does one that

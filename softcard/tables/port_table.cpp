@@ -223,8 +223,9 @@ void PortTable::update_link(PortIndex port) {
   }
 
   const bool link_changed = up != was_up || !(own.mode == old_mode);
-  const bool offer_changed = own.offer != old_offer;
-  if (observer_ && (link_changed || offer_changed)) observer_(port, link_changed, offer_changed);
+  const bool advertisement_changed = own.offer != old_offer;
+  if (observer_ && (link_changed || advertisement_changed))
+    observer_(port, link_changed, advertisement_changed);
 }
 
 }  // namespace softcard

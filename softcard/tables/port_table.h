@@ -114,7 +114,7 @@ class PortTable {
 
   // Has every change of a port's link (its state or mode) and of its offer to the other end
   // reported, when it is complete. The observer may change other ports, not this one.
-  using Observer = std::function<void(PortIndex, bool link_changed, bool offer_changed)>;
+  using Observer = std::function<void(PortIndex, bool link_changed, bool advertisement_changed)>;
   void set_observer(Observer observer) { observer_ = std::move(observer); }
 
  private:

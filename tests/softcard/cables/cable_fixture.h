@@ -44,7 +44,7 @@ class KeepingSink final : public CableSink {
     ++carrier_changes;
     arrived_before_change = arrived.size();
   }
-  unsigned offered_ability(PortIndex) const override { return on ? 1 : 0; }
+  unsigned advertised_ability(PortIndex) const override { return on ? 1 : 0; }
   FramePool& frame_pool() override { return pool_; }
 
   // Has `cable` send the frames in one call; the result of that.

@@ -48,7 +48,7 @@ class Bridge final : public CableSink {
   void frames_lost(PortIndex port, std::uint64_t count) override { lost[port] += count; }
   void frames_forgotten(PortIndex, std::uint64_t) override {}
   void carrier_changed(PortIndex) override { ++carrier_changes; }
-  unsigned offered_ability(PortIndex port) const override { return on[port] ? 1 : 0; }
+  unsigned advertised_ability(PortIndex port) const override { return on[port] ? 1 : 0; }
   FramePool& frame_pool() override { return pool_; }
 
  private:
@@ -310,7 +310,7 @@ TEST_F(LinuxCableTest, InterfaceIsDownWhileThePortIsOff) {
   LinuxCable& cable = *bridge_.cables[0];
   const auto switch_port = [&](bool on) {
     bridge_.on[0] = on;
-    cable.offer_changed();
+    cable.advertisement_changed();
   };
   switch_port(false);
   EXPECT_FALSE(is_up("c0"));
@@ -345,13 +345,13 @@ TEST_F(LinuxCableTest, InterfaceIsDownWhileThePortIsOff) {
 TEST_F(LinuxCableTest, InterfaceStaysUpWhereItMayNotBeTakenDown) {
   without(CAP_NET_ADMIN, [&] {
     bridge_.on[0] = false;
-    bridge_.cables[0]->offer_changed();
+    bridge_.cables[0]->advertisement_changed();
   });
   EXPECT_TRUE(is_up("c0"));
   EXPECT_EQ(bridge_.cables[0]->describe(),
             "linux c0, up while the port is off: cannot be changed: Operation not permitted");
   bridge_.on[0] = true;
-  bridge_.cables[0]->offer_changed();
+  bridge_.cables[0]->advertisement_changed();
   EXPECT_EQ(bridge_.cables[0]->describe(), "linux c0");
 }
 

@@ -124,7 +124,7 @@ TEST_F(MemoryCableTest, PatchCableJoinsTwoPorts) {
   PortIndex port = 0;
   EXPECT_EQ(a.far_end(port), &far_sink);
   EXPECT_EQ(port, 5u);
-  a.offer_changed();
+  a.advertisement_changed();
   EXPECT_EQ(far_sink.carrier_changes, 1);
 
   // The frames that wait at the other end are bounded, and enter it as it polls, as fresh frames.

@@ -132,8 +132,8 @@ TEST_F(UnixCableTest, PortThatIsOffTakesTheCarrierOfTheOtherEnd) {
   a_sink_.carrier_changes = 0;
   for (const bool on : {true, false, true}) {
     b_sink_.on = on;
-    b->offer_changed();
-    b->offer_changed();
+    b->advertisement_changed();
+    b->advertisement_changed();
     b_sink_.send(*b, {some_frame(60, on)});
   }
   run_until([&] { return a_sink_.arrived.size() == 3; });
@@ -145,7 +145,7 @@ TEST_F(UnixCableTest, PortThatIsOffTakesTheCarrierOfTheOtherEnd) {
 
   // An end that comes anew knows nothing of the one before.
   b_sink_.on = false;
-  b->offer_changed();
+  b->advertisement_changed();
   run_until([&] { return !a->carrier(); });
   b.reset();
   b_sink_.on = true;
@@ -165,7 +165,7 @@ TEST_F(UnixCableTest, SignalWaitsBehindFramesForRoom) {
   run_until([&] { return a->carrier(); });
   while (a_sink_.send(*a, std::vector<Bytes>(16, some_frame(60000))) == 16) a_sink_.arrived.clear();
   a_sink_.on = false;
-  a->offer_changed();
+  a->advertisement_changed();
   run_until([&] {
     b_sink_.arrived.clear();
     return !b->carrier();

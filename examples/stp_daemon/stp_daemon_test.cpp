@@ -38,7 +38,7 @@ class StpDaemonTest : public vorn::test::SwitchTest {
     const std::uint64_t id = stp::bridge_id(priority, kOtherMac);
     return "eth src=00:00:5e:00:53:f1 dst=01:80:c2:00:00:00 llc dsap=0x42 ssap=0x42 payload=" +
            hex(0, 5) + hex(id, 8) + hex(0, 4) + hex(id, 8) + hex(port, 2) + hex(age_ticks, 2) +
-           hex(20 * 256, 2) + hex(2 * 256, 2) + hex(15 * 256, 2);
+           hex(0x1400, 2) + hex(0x0200, 2) + hex(0x0f00, 2);
   }
   // The other bridge says hello every two seconds, so that its word does not age.
   void pass(std::chrono::seconds time, std::uint16_t priority, std::initializer_list<unsigned> at) {
@@ -90,12 +90,13 @@ TEST_F(StpDaemonTest, TheRootSaysHelloOnEachPortEveryTwoSeconds) {
   warp(2s);
   // Root and bridge are this one; maximum age 20 s, hello 2 s, forward delay 15 s.
   const std::string own = "800000005e0053f0";
-  for (const std::string number : {"1", "2", "3"}) {
-    EXPECT_FRAME(port(static_cast<unsigned>(number[0] - '1')),
-                 "eth untagged src=00:00:5e:00:53:f0 dst=01:80:c2:00:00:00 llc dsap=0x42 ssap=0x42 "
-                 "payload=0000000000" +
-                     own + "00000000" + own + "800" + number + "0000140002000f00");
-  }
+  const std::string head =
+      "eth untagged src=00:00:5e:00:53:f0 dst=01:80:c2:00:00:00 llc dsap=0x42 ssap=0x42 "
+      "payload=0000000000" +
+      own + "00000000" + own;
+  EXPECT_FRAME(port(0), head + "80010000140002000f00");
+  EXPECT_FRAME(port(1), head + "80020000140002000f00");
+  EXPECT_FRAME(port(2), head + "80030000140002000f00");
   EXPECT_NO_FRAMES();
 }
 

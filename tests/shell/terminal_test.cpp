@@ -80,6 +80,7 @@ TEST_F(Terminal, InterruptGivesUpTheLineThatIsTyped) {
   shell_.send(kInterrupt);
   shell_.until(kPrompt);
   EXPECT_FALSE(has(type("echo k''ept", "kept\r\n"), "forgot"));
+  shell_.until(kPrompt);
   // The first half of a line goes, too.
   type("echo ha''lf \\", kPrompt);
   shell_.send(kInterrupt);

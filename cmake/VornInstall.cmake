@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# What `cmake --install` and the Debian packages hold, in three components: runtime (the library),
-# dev (headers, CMake package, pkg-config, the software line card as an archive), tools (vornsh).
+# What `cmake --install` and the Debian packages hold, in four components: runtime (the library),
+# dev (headers, CMake package, pkg-config, the software line card as an archive), tools (vornsh),
+# python (the Python package, whose rules stand in python/CMakeLists.txt).
 
 include(CMakePackageConfigHelpers)
 
@@ -97,11 +98,15 @@ set(CPACK_COMPONENTS_ALL runtime dev)
 if(TARGET vornsh)
   list(APPEND CPACK_COMPONENTS_ALL tools)
 endif()
+if(TARGET vornlcapi_python)
+  list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+  ${PROJECT_BINARY_DIR} ${PROJECT_BINARY_DIR}/softcard)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 if(CMAKE_CROSSCOMPILING)
   set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${CMAKE_SYSTEM_PROCESSOR})
@@ -121,4 +126,10 @@ set(CPACK_COMPONENT_TOOLS_DESCRIPTION "Shell over libvornlcapi and a software li
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME vornlcapi-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION net)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "libvornlcapi0 ${same_version}")
+set(CPACK_COMPONENT_PYTHON_DESCRIPTION "Python package of libvornlcapi, with a software line card")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_NAME python3-vornlcapi)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+# The card's shared library is in the dev component; the module is for this Python alone.
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
+  "libvornlcapi-dev ${same_version}, python3 (>= ${VORN_PYTHON_VERSION}), python3 (<< ${VORN_PYTHON_NEXT})")
 include(CPack)

@@ -70,6 +70,12 @@ need_for_preset() {
     old-abi) need googletest=/usr/src/googletest/CMakeLists.txt ;;
     *) need libgtest-dev=/usr/include/gtest/gtest.h libgmock-dev=/usr/include/gmock/gmock.h ;;
   esac
+  # The Python module is built for Debian's own Python, without sanitizers: here alone.
+  if [ "$1" = release ]; then
+    need python3=/usr/bin/python3 pybind11-dev=/usr/lib/cmake/pybind11/pybind11Config.cmake \
+      python3-dev=/usr/bin/python3-config python3-pytest=/usr/lib/python3/dist-packages/pytest \
+      python3-scapy=/usr/lib/python3/dist-packages/scapy
+  fi
 }
 
 jobs() { nproc 2>/dev/null || echo 2; }

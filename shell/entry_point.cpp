@@ -5,7 +5,6 @@
 #include <array>
 #include <cctype>
 #include <cstdint>
-#include <stdexcept>
 
 namespace shell {
 
@@ -54,29 +53,6 @@ Value entry_value(const ctype_l2_addr_s& entry) {
 }  // namespace
 
 // ---- Rows ---------------------------------------------------------------------------------------
-
-Bound Binder::take(Direction direction, bool array, const char* kind) {
-  if (next_ == row_.size()) throw std::logic_error("a parameter has no name");
-  Parameter& parameter = row_[next_++];
-  if (kind != nullptr) parameter.kind = kind;
-  if (parameter.array != array) {
-    throw std::logic_error(parameter.name + (array ? " is an array" : " is no array"));
-  }
-  if (direction != Direction::kEither && parameter.out != (direction == Direction::kOut)) {
-    throw std::logic_error(parameter.name + (parameter.out ? " is read" : " is printed"));
-  }
-  return {parameter, parameter.out ? Role::kOut : Role::kIn};
-}
-
-Bound Binder::take_count() {
-  count_due_ = false;
-  return {row_[next_ - 1], Role::kCount};
-}
-
-void Binder::finish() const {
-  if (next_ != row_.size()) throw std::logic_error(row_[next_].name + " belongs to no parameter");
-  if (count_due_) throw std::logic_error(row_.back().name + " has no count");
-}
 
 std::string usage_of(const std::vector<Word>& words) {
   std::vector<std::string> names;

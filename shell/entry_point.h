@@ -15,46 +15,15 @@
 #include <vector>
 
 #include "codec.h"
+#include "entrypoints/binder.h"
 #include "entrypoints/row.h"
 #include "event_printer.h"
 
 namespace shell {
 
-// How one C++ parameter takes part in a command.
-enum class Role {
-  kIn,      // read from the words
-  kOut,     // printed
-  kCount,   // the size of the array in front of it
-  kHidden,  // neither: callbacks, and buffers that nothing is written to
-};
-
-struct Bound {
-  Parameter parameter;
-  Role role;
-};
-
-// Hands the names of a row to the parameters of a function, in order.
-class Binder {
- public:
-  explicit Binder(std::vector<Parameter>& row) : row_(row) {}
-
-  // The next name. The type says which direction it can have, whether it is an array, and may
-  // give it a kind, which the row then keeps.
-  enum class Direction { kIn, kOut, kEither };
-  Bound take(Direction direction, bool array, const char* kind = nullptr);
-  // Whether the next name is that of an array.
-  bool array_next() const { return next_ < row_.size() && row_[next_].array; }
-  // Notes that a pointer to an array was bound: its count follows.
-  void expect_count() { count_due_ = true; }
-  bool count_due() const { return count_due_; }
-  Bound take_count();
-  void finish() const;  // throws when a name is left
-
- private:
-  std::vector<Parameter>& row_;
-  std::size_t next_ = 0;
-  bool count_due_ = false;
-};
+using entrypoints::Binder;
+using entrypoints::Bound;
+using entrypoints::Role;
 
 std::string usage_of(const std::vector<Word>& words);
 // The words that a command takes.

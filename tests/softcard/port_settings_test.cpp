@@ -363,6 +363,32 @@ TEST_F(PortSettings, EveryCauseTakesTheLinkDownAndBack) {
   }
 }
 
+// A link that stays up but changes its mode is told, and one that does not change is not.
+TEST_F(PortSettings, ChangesOfModeAreTold) {
+  static Lines seen;
+  seen.clear();
+  EXPECT_TRUE(vorn_register_link_change_callback([](LinkStatus* status, Usp* usp) {
+    seen.push_back(AddressPlan::text(*usp) + (status->state == PHY_STATE_UP ? " up " : " down ") +
+                   std::to_string(status->speed) + " " + std::to_string(status->duplex));
+  }));
+  const auto told = [](bool done) {
+    EXPECT_TRUE(done);
+    seen.clear();
+    card().deliver_events();
+    return seen;
+  };
+  const std::string full = std::to_string(DUPLEX_TYPE_FULL),
+                    half = std::to_string(DUPLEX_TYPE_HALF);
+  EXPECT_EQ(told(vorn_set_port_speed(port(3), SPEED_TYPE_100)), Lines{"1/1/3 up 100 " + full});
+  EXPECT_EQ(told(vorn_set_port_speed(port(3), SPEED_TYPE_100)), Lines());
+  EXPECT_EQ(told(vorn_set_port_duplex(port(3), DUPLEX_TYPE_HALF)), Lines{"1/1/3 up 100 " + half});
+  EXPECT_EQ(told(vorn_set_port_autoneg(port(3), true)), Lines{"1/1/3 up 1000 " + full});
+  EXPECT_EQ(told(vorn_set_port_flow_control_8023x(port(3), true, true)), Lines());
+  EXPECT_EQ(told(vorn_set_port_advertising_ability(port(3), PORT_ABILITY_10_HALF)),
+            Lines{"1/1/3 up 10 " + half});
+  EXPECT_EQ(told(vorn_set_port_mtu(port(3), 2000)), Lines());
+}
+
 TEST_F(PortSettings, TwoPortsAgreeOverACable) {
   auto ends = PatchCable::make();
   card().plug(0, std::move(ends.first));

@@ -4,6 +4,7 @@
 // changing anything. Frames are tested elsewhere.
 
 #include <cstring>
+#include <functional>
 
 #include "softcard/sdk/sdk.h"
 #include "tests/softcard/host_fixture.h"
@@ -76,6 +77,9 @@ TEST_F(Tables, VlanMembership) {
   EXPECT_EQ(expansion(vlan(10)), "1/1/2 1/1/3 1/1/9");
   EXPECT_TRUE(vorn_delete_ports_from_vlan(10, {port(3)}));
   EXPECT_EQ(members(10), "1/1/9; 1/1/2");
+  EXPECT_TRUE(vorn_add_ports_to_vlan(10, {}, {port(7)}) &&
+              vorn_delete_ports_from_vlan(10, {port(7)}));
+  EXPECT_EQ(members(10), "1/1/9; 1/1/2") << "an untagged one";
   EXPECT_TRUE(vorn_set_port_mtu(vlan(10), 2000)) << "a VLAN interface stands for its members";
   unsigned bytes = 0;
   EXPECT_TRUE(vorn_get_port_mtu(port(9), bytes) && bytes == 2000);
@@ -236,10 +240,24 @@ TEST_F(Tables, MacBitmapsAreAppliedWholly) {
   EXPECT_TRUE(vorn_create_vlan(20));
   EXPECT_TRUE(vorn_add_system_mac_vlan_bitmap(Mac(1), bitmap));
   EXPECT_EQ(mac_table(), (Lines{"1 :1 0/0/0 2", "20 :1 0/0/0 2"}));
+  for (const unsigned none : {0u, 4095u, 19u}) {
+    bitmap[none / 8] = static_cast<unsigned char>(bitmap[none / 8] | 1u << none % 8);
+    EXPECT_FALSE(vorn_add_system_mac_vlan_bitmap(Mac(2), bitmap)) << none;
+    bitmap[none / 8] = static_cast<unsigned char>(bitmap[none / 8] & ~(1u << none % 8));
+  }
   bitmap[0] = 0;
   EXPECT_TRUE(vorn_delete_mac_vlan_bitmap(Mac(1), bitmap));
   EXPECT_FALSE(vorn_delete_mac_vlan_bitmap(Mac(1), bitmap));
   EXPECT_EQ(mac_table(), (Lines{"1 :1 0/0/0 2"}));
+  EXPECT_TRUE(vorn_create_vlan(4094) && vorn_add_system_mac(Mac(1), 4094));
+  std::memset(bitmap, 0, sizeof bitmap);
+  bitmap[511] = 0x40;  // VLAN 4094
+  EXPECT_TRUE(vorn_delete_mac_vlan_bitmap(Mac(1), bitmap));
+  EXPECT_TRUE(vorn_add_system_mac_vlan_bitmap(Mac(1), bitmap));
+  EXPECT_EQ(mac_table().size(), 2u);
+  std::memset(bitmap, 0xff, sizeof bitmap);
+  EXPECT_TRUE(vorn_delete_mac_vlan_bitmap(Mac(1), bitmap)) << "where it is not, none is deleted";
+  EXPECT_EQ(mac_table(), Lines());
 }
 
 TEST_F(Tables, DependentEntriesGoWithVlanLagAndLink) {
@@ -367,6 +385,87 @@ TEST_F(Tables, L3InterfacesHostsAndRoutes) {
   EXPECT_FALSE(vorn_delete_l3_route_by_interface(id, false)) << "no such interface";
   EXPECT_TRUE(vorn_delete_l3_interface_all() && vorn_clear_l3_host_table() &&
               vorn_clear_l3_route_table());
+}
+
+// What leads through an interface, one kind at a time, keeps it.
+TEST_F(Tables, L3InterfaceInUse) {
+  unsigned id = 0;
+  EXPECT_TRUE(vorn_create_l3_interface(Mac(1), 10, id));
+  const Ip6 mask = Ip6::mask(64);
+  const struct {
+    const char* what;
+    std::function<bool()> add, remove;
+  } rows[] = {
+      {"IPv4 host", [&] { return vorn_add_l3_host_ip4(port(1), kIp, Mac(2), id); },
+       [] { return vorn_delete_l3_host_by_addr_ip4(kIp, port(1)); }},
+      {"IPv6 host", [&] { return vorn_add_l3_host_ip6(port(1), Ip6(1), Mac(2), id); },
+       [] { return vorn_delete_l3_host_by_addr_ip6(Ip6(1), port(1)); }},
+      {"IPv4 route", [&] { return vorn_add_l3_route_ip4(port(1), kIp, ~0u, Mac(2), id, 0); },
+       [] { return vorn_delete_l3_route_by_subnet_ip4(kIp, ~0u, port(1)); }},
+      {"IPv6 route", [&] { return vorn_add_l3_route_ip6(port(1), Ip6(1), mask, Mac(2), id); },
+       [&] { return vorn_delete_l3_route_by_subnet_ip6(Ip6(1), mask, port(1)); }},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    EXPECT_TRUE(row.add());
+    EXPECT_FALSE(vorn_delete_l3_interface(Mac(1), 10) || vorn_delete_l3_interface_by_id(id) ||
+                 vorn_delete_l3_interface_all());
+    unsigned in = 0;
+    unsigned char mac[6];
+    EXPECT_TRUE(vorn_get_l3_interface(id, in, mac));
+    EXPECT_TRUE(row.remove());
+    EXPECT_FALSE(row.remove());
+  }
+  EXPECT_TRUE(vorn_delete_l3_interface(Mac(1), 10));
+}
+
+TEST_F(Tables, L3DeletionsEndAtTheirEdges) {
+  unsigned a = 0, b = 0;
+  EXPECT_TRUE(vorn_create_l3_interface(Mac(1), 10, a) && vorn_create_l3_interface(Mac(1), 11, b));
+  // The /24 of 192.0.2.x, and the address before and behind it; two ways to one of them.
+  for (const unsigned ip : {kIp - 2, kIp - 1, kIp + 99, kIp + 254, kIp + 255}) {
+    EXPECT_TRUE(vorn_add_l3_host_ip4(port(1), ip, Mac(2), a));
+  }
+  EXPECT_TRUE(vorn_add_l3_host_ip4(port(2), kIp + 99, Mac(2), a));
+  EXPECT_TRUE(vorn_delete_l3_host_by_network_ip4(kIp + 7));
+  std::vector<Ipv4> left4;
+  card().tables().l3.ipv4_hosts.for_each(
+      [&](const L3Host<Ipv4>& host) { left4.push_back(host.ip); });
+  std::sort(left4.begin(), left4.end());
+  EXPECT_EQ(left4, (std::vector<Ipv4>{kIp - 2, kIp + 255}));
+
+  // The /64 ends between bytes 7 and 8.
+  const auto host6 = [&](unsigned char seventh, unsigned char eighth, unsigned interface) {
+    Ip6 ip(1);
+    ip.bytes[7] = seventh;
+    ip.bytes[8] = eighth;
+    EXPECT_TRUE(vorn_add_l3_host_ip6(port(1), ip, Mac(2), interface));
+  };
+  host6(0, 0, a);
+  host6(0, 0xff, a);
+  host6(1, 0, a);
+  host6(2, 0, b);
+  EXPECT_TRUE(vorn_delete_l3_host_by_network_ip6(Ip6(77)));
+  EXPECT_EQ(card().tables().l3.ipv6_hosts.size(), 2u);
+  EXPECT_TRUE(vorn_delete_l3_host_by_interface(b, true));
+  EXPECT_EQ(card().tables().l3.ipv6_hosts.size(), 1u);
+  EXPECT_TRUE(vorn_delete_l3_host_by_interface(a, false));
+  EXPECT_EQ(card().tables().l3.ipv6_hosts.size(), 1u) << "the IPv4 ones";
+  EXPECT_EQ(card().tables().l3.ipv4_hosts.size(), 0u);
+
+  for (const unsigned interface : {a, b}) {
+    EXPECT_TRUE(vorn_add_l3_route_ip4(port(interface), kIp, 0xffffff00, Mac(2), interface, 0));
+    EXPECT_TRUE(vorn_add_l3_route_ip6(port(interface), Ip6(1), Ip6::mask(64), Mac(2), interface));
+  }
+  EXPECT_TRUE(vorn_delete_l3_route_by_interface(a, false));
+  EXPECT_EQ(card().tables().l3.ipv4_routes.size(), 1u);
+  EXPECT_EQ(card().tables().l3.ipv6_routes.size(), 2u);
+  EXPECT_TRUE(vorn_delete_l3_route_by_interface(b, true));
+  EXPECT_EQ(card().tables().l3.ipv6_routes.size(), 1u);
+  EXPECT_TRUE(vorn_clear_l3_route_table() && vorn_clear_l3_host_table());
+  EXPECT_EQ(card().tables().l3.ipv4_routes.size() + card().tables().l3.ipv6_routes.size() +
+                card().tables().l3.ipv6_hosts.size(),
+            0u);
 }
 
 // ---- Flows and filters --------------------------------------------------------------------------

@@ -79,6 +79,12 @@ const CountersRow kWays[] = {
     {"routed",
      [](Test& t) { t.ok(t.sdk.add_l3_host_ip4(t.mp(4), false, kPinged, t.mac('e'), t.s)); }, kPing,
      "0 in; 4 out q0"},
+    {"routed at the MTU",
+     [](Test& t) {
+       t.ok(t.sdk.add_l3_host_ip4(t.mp(4), false, kPinged, t.mac('e'), t.s));
+       t.ok(t.sdk.set_port_mtu(t.mp(4), 64));
+     },
+     "a r vlan=10 ipv4 src=192.0.2.1 dst=198.51.100.1 size=68", "0 in; 4 out q0"},
     {"queue by tag", [](Test& t) { t.ok(t.sdk.set_port_cos_mapping(t.mp(1), 6, 2)); },
      "a b vlan=10 prio=6", "0 in; 1 out q2"},
     {"flow of two outputs",
@@ -86,6 +92,11 @@ const CountersRow kWays[] = {
        t.flow({OF_PORT_FIRST_PHYSICAL + 1, OF_PORT_FIRST_PHYSICAL + 5});
      },
      "a b", "0 in; 1 out q0; 5 out q0"},
+    {"flow of an output and nowhere",
+     [](Test& t) {
+       t.flow({OF_PORT_FIRST_PHYSICAL + 1, OF_PORT_DROP});
+     },
+     "a b", "0 in; 1 out q0"},
     {"flow back", [](Test& t) { t.flow({OF_PORT_IN_PORT}); }, "a b", "0 in out q0"},
     {"mirrored in",
      [](Test& t) { t.ok(t.sdk.set_port_mirror(t.mp(6), t.mp(0), MIRROR_TYPE_INGRESS)); }, "a b",

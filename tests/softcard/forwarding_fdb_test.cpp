@@ -262,9 +262,10 @@ TEST_F(FdbForwardingTest, TableShowsWhatFramesTaught) {
                 {'a', 0}, {'b', 1}, {'c', L2_ADDR_STATIC << 8 | 2}, {'s', L2_ADDR_SYSTEM << 8}}));
 }
 
-TEST_F(FdbForwardingTest, GroupSourceIsNotLearned) {
+TEST_F(FdbForwardingTest, GroupAndZeroAreNoSources) {
   in(0, "01:00:5e:00:00:05 b");
-  skip({1, 2, 3});
+  in(0, "00:00:00:00:00:00 b");
+  skip({1, 2, 3}, 2);
   EXPECT_EQ(card.tables().fdb.learned(), 0u);
 }
 

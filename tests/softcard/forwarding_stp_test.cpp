@@ -112,6 +112,25 @@ TEST_F(MstpTest, InstanceByVlan) {
   for (PortIndex port = 0; port < 3; ++port) cable(port).clear();
 }
 
+// What the CPU sends by port is in the VLAN of its tag, else in that of the port's PVID.
+TEST_F(MstpTest, InstanceOfWhatTheCpuSends) {
+  ok(sdk.set_port_mstp_state(2, mp(1), MSTP_STATE_BLOCKING));
+  std::list<Mp> tagged = mps({1}), untagged;
+  const auto sends = [&](const char* frame) {
+    Packet packet;
+    packet.set_data(bytes_of(frame));
+    const bool sent = sdk.send_packet_by_port(tagged, untagged, packet);
+    if (sent) skip({1});
+    return sent;
+  };
+  EXPECT_TRUE(sends("x b vlan=10"));
+  EXPECT_FALSE(sends("x b vlan=20"));
+  EXPECT_TRUE(sends("x b"));
+  ok(sdk.set_port_pvid(mp(1), 20));
+  EXPECT_TRUE(sends("x b vlan=10"));
+  EXPECT_FALSE(sends("x b"));
+}
+
 // effect: set_port_bpdu_processing - off: BPDUs are flooded like any multicast
 TEST_F(StpTest, BpduIsMulticastWhenNotProcessed) {
   vlan(30, {}, mps({0, 1}));

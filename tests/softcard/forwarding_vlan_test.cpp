@@ -201,8 +201,10 @@ TEST_F(VlanTest, MacBeforeSubnetBeforeProtocolBeforePvid) {
   in(2, ip6);
   out(5, "");
   ok(sdk.set_mac_vlan(mac('c'), 10, 7));
-  in(2, ip);
-  out({0, 1}, "");
+  for (const char* frame : {ip, ip6}) {
+    in(2, frame);
+    out({0, 1}, "");
+  }
   in(2, "c all vlan=20");  // a tag settles it
   out(3, "");
   ok(sdk.set_mac_vlan(mac('c'), 0, 0));

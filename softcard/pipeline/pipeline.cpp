@@ -412,7 +412,7 @@ bool Pipeline::check_vlan(Passage& passage) {
 bool Pipeline::check_lock(Passage& passage) {
   if (!tables_.mac_locks.drops_unknown(passage.ingress)) return true;
   const FdbEntry* entry = tables_.fdb.find(fdb_key(passage.vlan, passage.headers.source));
-  if (entry != nullptr && tables_.lags.resolve(entry->destination()) == passage.source) {
+  if (entry != nullptr && tables_.lags.leads_to(entry->destination(), passage.source)) {
     note_("lock", "locked, and ", MacText{passage.headers.source}, " is known here");
     return true;
   }
@@ -679,7 +679,7 @@ void Pipeline::learn(const Passage& passage) {
   FdbTable& fdb = tables_.fdb;
   const std::uint64_t mac = passage.headers.source;
   const FdbEntry* entry = fdb.find(fdb_key(passage.vlan, mac));
-  if (entry != nullptr && tables_.lags.resolve(entry->destination()) == passage.source) {
+  if (entry != nullptr && tables_.lags.leads_to(entry->destination(), passage.source)) {
     fdb.touch(*entry, now_seconds_);
     note_("learn", MacText{mac}, " is known here");
     return;

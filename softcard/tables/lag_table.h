@@ -42,6 +42,10 @@ class LagTable {
     if (!destination.is_port() || lag_of_[destination.number] == kNoLag) return destination;
     return Destination::lag(lag_of_[destination.number]);
   }
+  // Whether frames for `destination` go to `resolved`, which resolve() gave.
+  bool leads_to(Destination destination, Destination resolved) const {
+    return destination == resolved || resolve(destination) == resolved;
+  }
   // `id` is below id_count().
   const Lag& operator[](std::size_t id) const { return lags_[id]; }
   std::size_t id_count() const { return lags_.size(); }

@@ -104,6 +104,9 @@ const CountersRow kWays[] = {
     {"mirrored out",
      [](Test& t) { t.ok(t.sdk.set_port_mirror(t.mp(6), t.mp(3), MIRROR_TYPE_EGRESS)); }, "a d",
      "0 in; 3 out q0; 6 out q0"},
+    {"mirrored out with its priority",
+     [](Test& t) { t.ok(t.sdk.set_port_mirror(t.mp(6), t.mp(3), MIRROR_TYPE_EGRESS)); },
+     "a d vlan=10 prio=5", "0 in; 3 out q5; 6 out q5"},
     {"counters off", [](Test& t) { t.ok(t.sdk.set_port_stat_enable(t.mp(0), false)); }, "a b",
      "1 out q0"},
 };

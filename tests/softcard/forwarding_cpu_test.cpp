@@ -7,6 +7,8 @@
 //    +-0----1----2----3-+
 //    +------------------+
 
+#include <set>
+
 #include "tests/softcard/switch_fixture.h"
 
 namespace softcard {
@@ -106,6 +108,17 @@ TEST_F(CpuTest, TagOfThePvid) {
   std::list<Mp> tagged = mps({3}), untagged;
   ok(sdk.send_packet_by_port(tagged, untagged, packet("x all")));
   out(3, "x all vlan=20 prio=0");
+}
+
+TEST_F(CpuTest, QueueOfTheTagsPriority) {
+  std::list<Mp> tagged, untagged = mps({1});
+  counted();
+  ok(sdk.send_packet_by_port(tagged, untagged, packet("x b vlan=10 prio=3")));
+  EXPECT_EQ(counted(), "1 out q3");
+  ok(sdk.add_mac_to_port(mp(2), mac('c'), 10, false));
+  ok(sdk.send_packet_from_cpu(packet("x c vlan=10 prio=6")));
+  EXPECT_EQ(counted(), "2 out q6");
+  skip({1, 2});
 }
 
 TEST_F(CpuTest, ControlPassesTheSpanningTreeAndDataDoesNot) {
@@ -308,11 +321,34 @@ TEST_F(CpuTest, TraceTellsTheWay) {
   trace.clear();
   in(0, "a b vlan=77");
   EXPECT_NE(trace.to_string().find("(no-vlan)"), std::string::npos) << trace.to_string();
+  trace.clear();
+  ok(sdk.add_mac_to_port(mp(1), mac('a'), 10, false));
+  in(0, "a b");
+  skip({1, 2});
+  EXPECT_NE(trace.to_string().find("is static elsewhere"), std::string::npos);
   card.pipeline().set_trace(nullptr);
   trace.clear();
   in(0, "a b vlan=77");
   EXPECT_TRUE(trace.steps().empty());
   EXPECT_EQ(card.tables().drops.count(DropReason::no_vlan), 2u);
+}
+
+// No two reasons or actions read alike.
+TEST(TraceTexts, TellEverythingApart) {
+  std::set<std::string> names, texts, cpu_texts, actions;
+  for (std::size_t i = 0; i < kDropReasons; ++i) {
+    names.insert(name(static_cast<DropReason>(i)));
+    texts.insert(text(static_cast<DropReason>(i)));
+  }
+  for (unsigned reason = RX_REASON_RESERVED; reason <= RX_REASON_MTU + 1; ++reason) {
+    cpu_texts.insert(rx_reason_text(reason));
+  }
+  for (unsigned kind = OF_ACTION_OUTPUT; kind <= OF_ACTION_SET_QUEUE + 1; ++kind) {
+    actions.insert(flow_action_text(kind));
+  }
+  EXPECT_TRUE(names.size() == kDropReasons && texts.size() == kDropReasons);
+  EXPECT_EQ(cpu_texts.size(), RX_REASON_MTU + 1u) << "the last one is unknown";
+  EXPECT_EQ(actions.size(), OF_ACTION_SET_QUEUE - OF_ACTION_OUTPUT + 2u);
 }
 
 }  // namespace

@@ -349,6 +349,17 @@ TEST_F(FlowForwardingTest, QueueOfARewrittenPriority) {
   EXPECT_EQ(counted(), "0 in; 3 out q1");
 }
 
+// A flow's flood is blocked by the kind of frame that it floods.
+TEST_F(FlowForwardingTest, FloodBlockingHoldsForFlows) {
+  act(add(flow(0)), OF_ACTION_OUTPUT, OF_PORT_FLOOD);
+  ok(sdk.set_port_flood_blocking(mp(0), mp(1), FLOOD_BLOCK_UNKNOWN_UNICAST));
+  ok(sdk.set_port_flood_blocking(mp(0), mp(2), FLOOD_BLOCK_BROADCAST));
+  in(0, kUdp);
+  out({2, 3}, "a b");
+  in(0, kArp);
+  out({1, 3}, "a all");
+}
+
 // A frame that a filter takes reaches no flow.
 TEST_F(FlowForwardingTest, FiltersComeBeforeFlows) {
   const unsigned id = add(flow(0));

@@ -82,6 +82,16 @@ TEST_F(LagForwardingTest, BalancesByWhatTheStrategyNames) {
          return "a f ipv4 src=192.0.2." + std::to_string(n + 1) +
                 " dst=198.51.100.1 udp sport=1 dport=2";
        }},
+      {"source IP",
+       [](unsigned n) {
+         return "a f ipv6 src=2001:db8::" + std::to_string(n + 1) +
+                " dst=2001:db8::1 udp sport=1 dport=2";
+       }},
+      {"destination IP",
+       [](unsigned n) {
+         return "a f ipv4 src=192.0.2.1 dst=198.51.100." + std::to_string(n + 1) +
+                " udp sport=1 dport=2";
+       }},
       {"destination IP",
        [](unsigned n) {
          return "a f ipv6 src=2001:db8::1 dst=2001:db8::" + std::to_string(n + 1) +
@@ -304,6 +314,14 @@ TEST_F(LagForwardingTest, StaticAddressOfAMemberIsTheLags) {
   EXPECT_EQ(way("a e"), 4);
   in(5, "f e");
   out(4, "f e");
+}
+
+// The CPU is no port, and so no member of the LAG that port 0 is in.
+TEST_F(LagForwardingTest, SystemAddressBesideALagOfTheFirstPort) {
+  lag({0, 4});
+  ok(sdk.add_system_mac(mac('s'), 1));
+  in(1, "b s");
+  cpu(RX_REASON_SYSTEM_MAC, "b s");
 }
 
 TEST_F(LagForwardingTest, BetweenTwoLags) {

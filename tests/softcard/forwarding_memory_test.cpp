@@ -34,6 +34,7 @@ class Cables final : public PortCables {
   bool takes_offloads(PortIndex) const override { return false; }
   std::size_t transmit(PortIndex port, FramePtr* frames, std::size_t count) override {
     if (port == throws) throw std::bad_alloc();
+    EXPECT_GT(count, 0u) << "port " << port << " has nothing to send";
     for (std::size_t i = 0; i < count; ++i) {
       if (port != unplugged) sent.push_back({port, frames[i]->data()[14]});
       frames[i].reset();

@@ -141,7 +141,9 @@ TEST_F(TrafficTest, StormLimitsByKind) {
   warp(0.5);
   EXPECT_EQ(passed("a all", 50), 5u);
   warp(7);
-  EXPECT_EQ(passed("a all", 50), 10u);  // one second's worth at most
+  EXPECT_EQ(passed("a all", 50), 10u);            // one second's worth at most
+  ok(sdk.set_port_broadcast_control(mp(0), 20));  // another rate holds from now on
+  EXPECT_EQ(passed("a all", 50), 20u);
   ok(sdk.set_port_broadcast_control(mp(0), 0));
   EXPECT_EQ(passed("a all", 50), 50u);
 }

@@ -201,7 +201,7 @@ std::chrono::nanoseconds Switch::now() const {
 }
 
 void Switch::fail(const std::string& operation, unsigned nth) {
-  if (!softcard::host::call_watch().refuse(operation, nth)) {
+  if (!softcard::host::call_watch().fail(operation, nth)) {
     throw Failure("'" + operation + "' is no operation of the SDK");
   }
 }

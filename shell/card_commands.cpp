@@ -113,7 +113,7 @@ void fail(Shell&, Arguments& arguments, Reply& reply) {
   const auto nth = arguments.empty() ? 1 : parse_number(arguments.take("n"), "n", 1, UINT32_MAX);
   arguments.finish();
   if (operation.compare(0, 5, "vorn_") == 0) operation.erase(0, 5);
-  if (!watch.refuse(operation, static_cast<unsigned>(nth))) {
+  if (!watch.fail(operation, static_cast<unsigned>(nth))) {
     throw Error("operation: '" + operation + "' is no operation of the SDK");
   }
 }

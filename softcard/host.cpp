@@ -79,14 +79,11 @@ Card* require_card() {
   return present;
 }
 
-// Why an address has no LAG id.
+// Say what an address is that is not what it was asked to be, and why one has no LAG id.
+bool refuse_port(const Usp& port) { return process().addresses.refuse(port); }
 bool refuse_lag(const Usp& lag) {
-  return AddressPlan::is_lag(lag) ? refuse(lag, " does not exist")
-                                  : process().addresses.refuse(lag);
+  return AddressPlan::is_lag(lag) ? refuse(lag, " does not exist") : refuse_port(lag);
 }
-
-// A question about an address is answered no with what the address is.
-bool answer(bool is_so, const Usp& port) { return is_so || process().addresses.refuse(port); }
 
 bool contains(const std::list<Mp>& members, const Mp& mp) {
   return std::find(members.begin(), members.end(), mp) != members.end();
@@ -257,6 +254,7 @@ using softcard::refuse;
 bool vornsdk_get_sdk_instance(VornSdkBase*& sdk) {
   if (host::require_card() == nullptr) return false;
   host::Instance* const instance = host::process().instance.get();
+  softcard::forget_answer();
   sdk = &instance->sdk;
   if (host::call_watch().watching()) sdk = &instance->watched_sdk;
   return true;
@@ -280,7 +278,8 @@ bool vornsdk_delete_sdk_instance(VornSdkBase* sdk) {
 
 bool vornsdk_lag_usp_to_lag_id(const Usp& lag, unsigned int& id) {
   const softcard::Card* const card = host::require_card();
-  return card != nullptr && (card->tables().lags.id_of(lag, id) || host::refuse_lag(lag));
+  return card != nullptr &&
+         softcard::answer(card->tables().lags.id_of(lag, id), lag, host::refuse_lag);
 }
 
 bool vornsdk_lag_id_to_lag_usp(unsigned int id, Usp& lag) {
@@ -298,7 +297,10 @@ bool vornsdk_add_lag_mapping(const Usp& lag, unsigned int id) {
   softcard::Card* const card = host::require_card();
   if (card == nullptr) return false;
   softcard::LagTable& lags = card->tables().lags;
-  if (lags.pair(lag, id)) return true;
+  if (lags.pair(lag, id)) {
+    softcard::forget_answer();  // that the LAG had no id, when it was asked for
+    return true;
+  }
   if (lags.exists(id) && lags.usp_of(id) == Usp(0, 0, 0) && card->delete_lag(id)) {
     if (host::find_lag(lag_list, id) != lag_list.end()) delete_lag_from_list(id, lag_list);
   }
@@ -314,26 +316,23 @@ bool vornsdk_delete_lag_mapping(const Usp& lag, unsigned int id) {
 
 bool vorn_init_line_card(int& out) { return host::initialise(out); }
 
-// What is answered no counts as a refusal, too: it may be why the library then refuses a call.
-
 bool is_port_physical(const Usp& port) {
-  return host::answer(host::process().addresses.is_physical(port), port);
+  return softcard::answer(host::process().addresses.is_physical(port), port, host::refuse_port);
 }
 
 bool is_port_logical_lag(const Usp& port) {
-  return host::answer(softcard::AddressPlan::is_lag(port), port);
+  return softcard::answer(softcard::AddressPlan::is_lag(port), port, host::refuse_port);
 }
 
 bool is_port_logical_vlan(const Usp& port) {
-  return host::answer(softcard::AddressPlan::is_vlan(port), port);
+  return softcard::answer(softcard::AddressPlan::is_vlan(port), port, host::refuse_port);
 }
 
 bool vorn_usp_to_mp(const Usp& port, Mp& mp) {
   softcard::PortIndex index = 0;
-  const softcard::AddressPlan& addresses = host::process().addresses;
-  if (!addresses.port_of(port, index)) return addresses.refuse(port);
-  mp = softcard::AddressPlan::mp_of(index);
-  return true;
+  const bool is_port = host::process().addresses.port_of(port, index);
+  if (is_port) mp = softcard::AddressPlan::mp_of(index);
+  return softcard::answer(is_port, port, host::refuse_port);
 }
 
 // False for a LAG or VLAN that does not exist.
@@ -408,7 +407,7 @@ bool delete_lag_from_list(unsigned int id, std::list<LagNode>& list) {
 }
 
 bool is_lag_exist(unsigned int id, std::list<LagNode> list) {
-  return host::require_lag(list, id) != list.end();
+  return host::find_lag(list, id) != list.end();
 }
 
 bool add_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& members) {

@@ -337,7 +337,7 @@ const char* softcard_drop_reason(unsigned int n) {
 // ---- Failures on purpose ------------------------------------------------------------------------
 
 int softcard_fail(const char* operation, unsigned int nth) {
-  return softcard::host::call_watch().refuse(operation, nth);
+  return softcard::host::call_watch().fail(operation, nth);
 }
 
 void softcard_fail_none(void) { softcard::host::call_watch().clear_failures(); }

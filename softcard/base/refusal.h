@@ -10,6 +10,9 @@
 // an old one. Each false of an operation or of the port mapping gives one reason: the innermost
 // function that knows it does, and those that called it hand the false on.
 //
+// A question is no refusal: the library asks whether an address is a port, and a no may be all that
+// a call fails for, or only decide how it goes on. answer() keeps the no without words.
+//
 // A reason names the value and says what is wrong with it ("MTU 63: below 64"), or says what is or
 // is not there ("1/1/3 is no member of VLAN 10"). Ports are as in scripts, and tables have the
 // names of the card description ("fdb: full, 131072 entries").
@@ -33,6 +36,14 @@ const std::string& last_refusal();
 
 // How many refusals there have been.
 std::uint64_t refusals();
+
+// Answers a question about an address; gives `yes` back. A no becomes the last reason, in the words
+// that `explain` gives to refuse(), if one of the two functions above is called before the next
+// answer or refusal.
+bool answer(bool yes, const Usp& asked, bool (*explain)(const Usp& asked)) noexcept;
+
+// Forgets a no: the call goes on behind it.
+void forget_answer() noexcept;
 
 namespace detail {
 

@@ -117,33 +117,33 @@ bool CallWatch::set_trace(const std::string& target, bool on) {
     return true;
   }
   const unsigned bit = module_bit([&](const Module& module) { return module.name == target; });
-  if (bit == 0) return softcard::refuse("there is no trace target '", target, "'");
+  if (bit == 0) return refuse("there is no trace target '", target, "'");
   traced_modules_ = on ? traced_modules_ | bit : traced_modules_ & ~bit;
   return true;
 }
 
-bool CallWatch::refuse(const std::string& operation, unsigned nth) {
-  if (nth == 0) return softcard::refuse("nth 0: 1 is the next call");
+bool CallWatch::fail(const std::string& operation, unsigned nth) {
+  if (nth == 0) return refuse("nth 0: 1 is the next call");
   if (module_bit_of(operation) == 0) {
-    return softcard::refuse("'", operation, "' is no operation of the SDK");
+    return refuse("'", operation, "' is no operation of the SDK");
   }
-  refusals_.emplace(operation, nth);
+  failures_.emplace(operation, nth);
   return true;
 }
 
-bool CallWatch::refuses(std::string_view operation) {
-  bool refused = false;
-  auto [refusal, end] = refusals_.equal_range(operation);
-  while (refusal != end) {
-    if (--refusal->second != 0) {
-      ++refusal;
+bool CallWatch::fails(std::string_view operation) {
+  bool fails_now = false;
+  auto [failure, end] = failures_.equal_range(operation);
+  while (failure != end) {
+    if (--failure->second != 0) {
+      ++failure;
       continue;
     }
-    refusal = refusals_.erase(refusal);
-    refused = true;
+    failure = failures_.erase(failure);
+    fails_now = true;
   }
-  if (refused) softcard::refuse(operation, ": refused on purpose");
-  return refused;
+  if (fails_now) refuse(operation, ": refused on purpose");
+  return fails_now;
 }
 
 bool CallWatch::traces(std::string_view operation) const {

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
 // The watch over an SDK's calls: traces those of the modules that vorn_set_lcmgr_trace()
-// switched on, and has chosen calls refused, so that a client can be tried against an SDK that says
-// no. WatchedSdk puts it in front of an SDK. Such a refusal has the reason "create_vlan: refused on
+// switched on, and has chosen calls fail, so that a client can be tried against an SDK that says
+// no. WatchedSdk puts it in front of an SDK. Such a failure has the reason "create_vlan: refused on
 // purpose", and the trace ends a call that was refused with its reason.
 //
 // Operations go by their names in VornSdkBase, and each belongs to one module, which is traced
@@ -44,20 +44,20 @@ class CallWatch {
   // Where traced lines go; standard error unless set otherwise.
   void set_sink(Sink sink) { sink_ = std::move(sink); }
 
-  // Has the `nth` call from now of an operation refused, 1 being the next; it then has no effect
-  // at all. False for a name that is no operation, and for nth 0.
-  bool refuse(const std::string& operation, unsigned nth);
-  // Forgets the refusals that have not come yet.
-  void clear_failures() { refusals_.clear(); }
+  // Has the `nth` call from now of an operation fail, 1 being the next; it then has no effect at
+  // all. False for a name that is no operation, and for nth 0.
+  bool fail(const std::string& operation, unsigned nth);
+  // Forgets the failures that have not come yet.
+  void clear_failures() { failures_.clear(); }
   // How many have not come yet.
-  std::size_t pending_failures() const { return refusals_.size(); }
+  std::size_t pending_failures() const { return failures_.size(); }
 
   // ---- For who puts it in front of an SDK -------------------------------------------------------
 
-  // Whether any call is traced or to be refused: an SDK need not be wrapped while none is.
-  bool watching() const { return trace_all_ || traced_modules_ != 0 || !refusals_.empty(); }
-  // Counts a call of the operation; true, and the reason given, when it is one to refuse.
-  bool refuses(std::string_view operation);
+  // Whether any call is traced or to fail: an SDK need not be wrapped while none is.
+  bool watching() const { return trace_all_ || traced_modules_ != 0 || !failures_.empty(); }
+  // Counts a call of the operation; true, and the reason given, when it is one to fail.
+  bool fails(std::string_view operation);
   bool traces(std::string_view operation) const;
   // Writes a line of the trace.
   void write(const std::string& line) const;
@@ -66,7 +66,7 @@ class CallWatch {
   bool trace_all_ = false;
   unsigned traced_modules_ = 0;  // bits by position of the module
   Sink sink_;
-  std::multimap<std::string, unsigned, std::less<>> refusals_;  // calls to go, by operation
+  std::multimap<std::string, unsigned, std::less<>> failures_;  // calls to go, by operation
 };
 
 }  // namespace softcard

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Any SDK with a watch over its calls: the watch may trace a call, or have it refused before the
-// SDK sees it. A host hands the wrapper to the library only while watching() says so; the library
+// Any SDK with a watch over its calls: the watch may trace a call, or have it fail before the SDK
+// sees it. A host hands the wrapper to the library only while watching() says so; the library
 // asks for the SDK at each call, and so calls that nobody watches cost nothing:
 //
 //   bool vornsdk_get_sdk_instance(VornSdkBase*& sdk) {
@@ -587,13 +587,14 @@ class WatchedSdk final : public VornSdkBase {
   }
 
  private:
-  // Calls `function` of the SDK unless the watch refuses it, and traces the call when it is done.
+  // Calls `function` of the SDK unless the watch has it fail, and traces the call when it is done.
   template <class... Parameters, class... Arguments>
   bool call(const char* operation, bool (Sdk::*function)(Parameters...), Arguments&&... arguments) {
     CallWatch& watch = watch_;  // a callback may end whoever holds this object
+    forget_answer();
     const std::uint64_t refused_before = refusals();
     const bool result =
-        !watch.refuses(operation) && (sdk_.*function)(std::forward<Arguments>(arguments)...);
+        !watch.fails(operation) && (sdk_.*function)(std::forward<Arguments>(arguments)...);
     if (!watch.traces(operation)) return result;
     CallText text(operation);
     (show<Parameters>(text, result, arguments), ...);

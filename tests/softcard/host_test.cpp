@@ -167,10 +167,10 @@ TEST_F(Watch, TracesTheModulesThatWereSwitchedOn) {
 
 TEST_F(Watch, RefusesTheCallsThatWereChosen) {
   CallWatch& watch = host::call_watch();
-  EXPECT_FALSE(watch.refuse("creat_vlan", 1) || watch.refuse("reserved_3", 1) ||
-               watch.refuse("create_vlan", 0));
-  EXPECT_TRUE(watch.refuse("create_vlan", 2) && watch.refuse("create_vlan", 3));
-  EXPECT_TRUE(watch.refuse("traverse_mac_table", 1));
+  EXPECT_FALSE(watch.fail("creat_vlan", 1) || watch.fail("reserved_3", 1) ||
+               watch.fail("create_vlan", 0));
+  EXPECT_TRUE(watch.fail("create_vlan", 2) && watch.fail("create_vlan", 3));
+  EXPECT_TRUE(watch.fail("traverse_mac_table", 1));
   EXPECT_TRUE(vorn_create_vlan(10));
   EXPECT_FALSE(vorn_create_vlan(11));
   EXPECT_FALSE(card().tables().vlans.known(11)) << "without any effect";
@@ -178,7 +178,7 @@ TEST_F(Watch, RefusesTheCallsThatWereChosen) {
   EXPECT_TRUE(vorn_create_vlan(11));
   EXPECT_EQ(watch.pending_failures(), 1u);
   // A LAG whose creation the SDK refuses appears nowhere.
-  EXPECT_TRUE(watch.refuse("create_lag", 1));
+  EXPECT_TRUE(watch.fail("create_lag", 1));
   EXPECT_FALSE(vorn_create_lag(lag(1)));
   EXPECT_TRUE(lag_list.empty());
   EXPECT_TRUE(vorn_create_lag(lag(1)));

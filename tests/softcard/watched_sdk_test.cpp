@@ -145,7 +145,7 @@ TEST_F(WatchedSdkTest, HandsEveryOperationThroughUnderItsName) {
     host().refuse = 1;  // the SDK itself says no
     EXPECT_EQ(steps_of(operation, watched_, false), bare);
     host().refuse = 0;
-    EXPECT_TRUE(watch_.refuse(name, 1)) << name;
+    EXPECT_TRUE(watch_.fail(name, 1)) << name;
     EXPECT_EQ(steps_of(operation, watched_, false), Names()) << name;
     EXPECT_EQ(watch_.pending_failures(), 0u) << name;
 

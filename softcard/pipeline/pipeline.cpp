@@ -16,6 +16,7 @@
 #include <utility>
 
 #include "softcard/base/address_plan.h"
+#include "softcard/base/address_scope.h"
 #include "softcard/base/refusal.h"
 #include "softcard/frames/checksum.h"
 #include "softcard/frames/offload.h"
@@ -79,25 +80,12 @@ struct Unrouted {
   unsigned cpu_reason;
 };
 
-// Addresses that mean something on one link alone: link-local ones, groups, limited broadcast.
-bool of_link(Ipv4 ip) { return ip >> 16 == 0xA9FE || ip >> 28 == 0xE || ip == 0xFFFFFFFF; }
-bool of_link(const Ipv6Address& ip) {
-  return ip.bytes[0] == 0xFF || (ip.bytes[0] == 0xFE && (ip.bytes[1] & 0xC0) == 0x80);
-}
-
-// Addresses that mean something in one host alone: loopback, and the unspecified address.
-bool of_host(Ipv4 ip) { return ip >> 24 == 127 || ip == 0; }
-bool of_host(const Ipv6Address& ip) {
-  return std::all_of(ip.bytes.begin(), ip.bytes.end() - 1, [](std::uint8_t b) { return b == 0; }) &&
-         ip.bytes.back() <= 1;
-}
-
 // Nothing when a router may pass a packet between these addresses on. What is for the link that it
 // came from is the router's own.
 template <class Address>
 std::optional<Unrouted> why_not_routed(const Address& source, const Address& destination) {
-  if (of_link(destination)) return Unrouted{DropReason::router_local, RX_REASON_ROUTER};
-  if (of_host(destination) || of_link(source) || of_host(source)) {
+  if (link_subnet(destination) != 0) return Unrouted{DropReason::router_local, RX_REASON_ROUTER};
+  if (host_subnet(destination) + link_subnet(source) + host_subnet(source) != 0) {
     return Unrouted{DropReason::martian, 0};
   }
   return std::nullopt;

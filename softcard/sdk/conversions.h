@@ -62,6 +62,7 @@ inline bool lag_of(const Card& card, const Mp& mp) {
 
 // A port or, with `trunk`, a LAG that exists.
 inline bool destination_of(Card& card, const Mp& mp, bool trunk, Destination& destination) {
+  forget_answer();  // whether it is a LAG: `trunk` has it
   if (trunk) {
     if (!lag_of(card, mp)) return false;
     destination = Destination::lag(static_cast<std::uint16_t>(mp.port()));

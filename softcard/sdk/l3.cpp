@@ -4,6 +4,7 @@
 
 #include "softcard/sdk/sdk.h"
 
+#include "softcard/base/address_scope.h"
 #include "softcard/base/refusal.h"
 #include "softcard/base/text.h"
 #include "softcard/sdk/conversions.h"
@@ -11,7 +12,7 @@
 namespace softcard {
 namespace {
 
-// Texts and tables of both families.
+// Both families of addresses.
 std::string text(Ipv4 ip) { return ipv4_text(ip); }
 std::string text(const Ipv6Address& ip) { return ipv6_text(ip); }
 
@@ -20,35 +21,12 @@ const char* table_name(const L3HostTable<Ipv6Address>&) { return "ipv6-hosts"; }
 const char* table_name(const L3RouteTable<Ipv4>&) { return "ipv4-routes"; }
 const char* table_name(const L3RouteTable<Ipv6Address>&) { return "ipv6-routes"; }
 
-// The subnets that no router sends a packet to: packets to them stay on their link or in a host.
-struct Ipv4Subnet {
-  Ipv4 prefix;
-  unsigned length;
-};
-constexpr Ipv4Subnet kUnroutedIpv4[] = {
-    {0, 32}, {0x7f000000, 8}, {0xa9fe0000, 16}, {0xe0000000, 4}, {0xffffffff, 32}};
-struct Ipv6Subnet {
-  Ipv6Address prefix;
-  unsigned length;
-};
-constexpr Ipv6Subnet kUnroutedIpv6[] = {{{}, 128},
-                                        {{{0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1}}, 128},
-                                        {{{0xfe, 0x80}}, 10},
-                                        {{{0xff}}, 8}};
-
 // Whether packets to the first `length` bits of `ip` are ever routed.
-template <class Address, class Subnets>
-bool is_routed(const Address& ip, unsigned length, const Subnets& unrouted) {
-  for (const auto& subnet : unrouted) {
-    if (length >= subnet.length && masked(ip, subnet.length) == subnet.prefix) {
-      return refuse(text(ip), ": no packet to such an address is routed");
-    }
-  }
-  return true;
-}
-bool is_routed(Ipv4 ip, unsigned length = 32) { return is_routed(ip, length, kUnroutedIpv4); }
-bool is_routed(const Ipv6Address& ip, unsigned length = 128) {
-  return is_routed(ip, length, kUnroutedIpv6);
+template <class Address>
+bool is_routed(const Address& ip, unsigned length = 8 * sizeof(Address)) {
+  const unsigned unrouted = link_subnet(ip) + host_subnet(ip);
+  return unrouted == 0 || length < unrouted ||
+         refuse(text(ip), ": no packet to such an address is routed");
 }
 
 const L3Interface* required(Card& card, unsigned interface) {
@@ -61,21 +39,10 @@ bool is_individual(const MacAddress& mac) {
   return !mac.is_group() || refuse(mac, " is a group address");
 }
 
-// What a table of hosts or routes made of an entry whose values are good.
+// Whether a table of hosts or routes took an entry whose values are good.
 template <class Table>
 bool added(const Table& table, L3Add result) {
   return succeeded(result) || refuse_full(table_name(table), table.capacity());
-}
-
-template <class Address>
-bool no_host(const Card& card, const Address& ip, Destination destination) {
-  return refuse("there is no host ", text(ip), " at ", text(card, destination));
-}
-
-template <class Address>
-bool no_route(const Card& card, const Address& ip, unsigned length, Destination destination) {
-  return refuse("there is no route ", text(masked(ip, length)), "/", length, " by ",
-                text(card, destination));
 }
 
 // The way to a neighbour through a port or LAG and a router interface that exist.
@@ -93,36 +60,44 @@ void write_next_hop(const NextHop& next_hop, unsigned char* mac, unsigned& inter
 }
 
 template <class Address>
-bool add_host(Card& card, L3HostTable<Address>& hosts, const Address& ip, const Mp& mp, bool trunk,
-              const unsigned char* mac, unsigned interface) {
+bool add_host(Card& card, const Address& ip, const Mp& mp, bool trunk, const unsigned char* mac,
+              unsigned interface) {
+  L3HostTable<Address>& hosts = card.tables().l3.hosts<Address>();
   NextHop next_hop;
   return is_routed(ip) && next_hop_of(card, mp, trunk, mac, interface, next_hop) &&
          added(hosts, hosts.add(ip, next_hop));
 }
 
-template <class Address>
-bool get_host(Card& card, L3HostTable<Address>& hosts, const Address& ip, const Mp& mp, bool trunk,
-              unsigned char* mac, unsigned& interface) {
-  Destination destination;
-  if (!destination_of(card, mp, trunk, destination)) return false;
-  const L3Host<Address>* const host = hosts.find(ip, destination);
-  if (host == nullptr) return no_host(card, ip, destination);
-  write_next_hop(host->next_hop, mac, interface);
-  return true;
+// Whether the host of `ip` at a port or LAG is there, for which `step(host table, destination)` is
+// true.
+template <class Address, class Step>
+bool with_host(Card& card, const Address& ip, const Mp& mp, bool trunk, const Step& step) {
+  Destination at;
+  return destination_of(card, mp, trunk, at) &&
+         (step(card.tables().l3.hosts<Address>(), at) ||
+          refuse("there is no host ", text(ip), " at ", text(card, at)));
 }
 
 template <class Address>
-bool remove_host(Card& card, L3HostTable<Address>& hosts, const Address& ip, const Mp& mp,
-                 bool trunk) {
-  Destination destination;
-  if (!destination_of(card, mp, trunk, destination)) return false;
-  return hosts.remove(ip, destination) || no_host(card, ip, destination);
+bool get_host(Card& card, const Address& ip, const Mp& mp, bool trunk, unsigned char* mac,
+              unsigned& interface) {
+  return with_host(card, ip, mp, trunk, [&](const auto& hosts, Destination at) {
+    const L3Host<Address>* const host = hosts.find(ip, at);
+    if (host != nullptr) write_next_hop(host->next_hop, mac, interface);
+    return host != nullptr;
+  });
 }
 
 template <class Address>
-bool add_route(Card& card, L3RouteTable<Address>& routes, const Address& ip, const Address& mask,
-               const Mp& mp, bool trunk, const unsigned char* mac, unsigned interface,
-               unsigned metric = 0) {
+bool remove_host(Card& card, const Address& ip, const Mp& mp, bool trunk) {
+  return with_host(card, ip, mp, trunk,
+                   [&](auto& hosts, Destination at) { return hosts.remove(ip, at); });
+}
+
+template <class Address>
+bool add_route(Card& card, const Address& ip, const Address& mask, const Mp& mp, bool trunk,
+               const unsigned char* mac, unsigned interface, unsigned metric = 0) {
+  L3RouteTable<Address>& routes = card.tables().l3.routes<Address>();
   unsigned length = 0;
   NextHop next_hop;
   return mask_length(mask, length) && is_routed(ip, length) &&
@@ -130,27 +105,48 @@ bool add_route(Card& card, L3RouteTable<Address>& routes, const Address& ip, con
          added(routes, routes.add(ip, length, next_hop, metric));
 }
 
-template <class Address>
-std::optional<L3Route<Address>> find_route(Card& card, L3RouteTable<Address>& routes,
-                                           const Address& ip, const Address& mask, const Mp& mp,
-                                           bool trunk) {
+// As with_host(): `step(route table, mask length, destination)`.
+template <class Address, class Step>
+bool with_route(Card& card, const Address& ip, const Address& mask, const Mp& mp, bool trunk,
+                const Step& step) {
   unsigned length = 0;
-  Destination destination;
-  if (!mask_length(mask, length) || !destination_of(card, mp, trunk, destination)) {
-    return std::nullopt;
-  }
-  auto route = routes.find(ip, length, destination);
-  if (!route) no_route(card, ip, length, destination);
-  return route;
+  Destination by;
+  return mask_length(mask, length) && destination_of(card, mp, trunk, by) &&
+         (step(card.tables().l3.routes<Address>(), length, by) ||
+          refuse("there is no route ", text(masked(ip, length)), "/", length, " by ",
+                 text(card, by)));
 }
 
 template <class Address>
-bool remove_route(Card& card, L3RouteTable<Address>& routes, const Address& ip, const Address& mask,
-                  const Mp& mp, bool trunk) {
-  unsigned length = 0;
-  Destination destination;
-  if (!mask_length(mask, length) || !destination_of(card, mp, trunk, destination)) return false;
-  return routes.remove(ip, length, destination) || no_route(card, ip, length, destination);
+bool get_route(Card& card, const Address& ip, const Address& mask, const Mp& mp, bool trunk,
+               unsigned char* mac, unsigned& interface, unsigned& metric) {
+  return with_route(card, ip, mask, mp, trunk,
+                    [&](const auto& routes, unsigned length, Destination by) {
+                      const auto route = routes.find(ip, length, by);
+                      if (!route) return false;
+                      write_next_hop(route->next_hop, mac, interface);
+                      metric = route->metric;
+                      return true;
+                    });
+}
+
+template <class Address>
+bool remove_route(Card& card, const Address& ip, const Address& mask, const Mp& mp, bool trunk) {
+  return with_route(card, ip, mask, mp, trunk, [&](auto& routes, unsigned length, Destination by) {
+    return routes.remove(ip, length, by);
+  });
+}
+
+// Removes what leads through an interface from the table of one family.
+template <class Ipv4Table, class Ipv6Table>
+bool remove_behind(Card& card, unsigned interface, bool ip6, Ipv4Table& ipv4, Ipv6Table& ipv6) {
+  if (required(card, interface) == nullptr) return false;
+  if (ip6) {
+    ipv6.remove_by_interface(interface);
+  } else {
+    ipv4.remove_by_interface(interface);
+  }
+  return true;
 }
 
 // Whether an interface may have this address and VLAN.
@@ -213,32 +209,26 @@ bool SoftSdk::delete_l3_interface_all() { return card_.delete_all_l3_interfaces(
 
 bool SoftSdk::add_l3_host_ip4(Mp mp, bool trunk, unsigned int ip, const unsigned char* mac,
                               unsigned int interface) {
-  return add_host(card_, tables_.l3.ipv4_hosts, ip, mp, trunk, mac, interface);
+  return add_host(card_, ip, mp, trunk, mac, interface);
 }
 
 bool SoftSdk::add_l3_host_ip6(Mp mp, bool trunk, const unsigned char* ip6, const unsigned char* mac,
                               unsigned int interface) {
-  return add_host(card_, tables_.l3.ipv6_hosts, ip6_of(ip6), mp, trunk, mac, interface);
+  return add_host(card_, ip6_of(ip6), mp, trunk, mac, interface);
 }
 
 bool SoftSdk::get_l3_host_ip4(unsigned int ip, Mp mp, unsigned char* mac, unsigned int& interface,
                               bool trunk) {
-  return get_host(card_, tables_.l3.ipv4_hosts, ip, mp, trunk, mac, interface);
+  return get_host(card_, ip, mp, trunk, mac, interface);
 }
 
 bool SoftSdk::get_l3_host_ip6(const unsigned char* ip6, Mp mp, unsigned char* mac,
                               unsigned int& interface, bool trunk) {
-  return get_host(card_, tables_.l3.ipv6_hosts, ip6_of(ip6), mp, trunk, mac, interface);
+  return get_host(card_, ip6_of(ip6), mp, trunk, mac, interface);
 }
 
 bool SoftSdk::delete_l3_host_by_interface(unsigned int interface, bool ip6) {
-  if (required(card_, interface) == nullptr) return false;
-  if (ip6) {
-    tables_.l3.ipv6_hosts.remove_by_interface(interface);
-  } else {
-    tables_.l3.ipv4_hosts.remove_by_interface(interface);
-  }
-  return true;
+  return remove_behind(card_, interface, ip6, tables_.l3.ipv4_hosts, tables_.l3.ipv6_hosts);
 }
 
 bool SoftSdk::delete_l3_host_by_network_ip4(unsigned int ip) {
@@ -252,11 +242,11 @@ bool SoftSdk::delete_l3_host_by_network_ip6(const unsigned char* ip6) {
 }
 
 bool SoftSdk::delete_l3_host_by_addr_ip4(unsigned int ip, const Mp& mp, bool trunk) {
-  return remove_host(card_, tables_.l3.ipv4_hosts, ip, mp, trunk);
+  return remove_host(card_, ip, mp, trunk);
 }
 
 bool SoftSdk::delete_l3_host_by_addr_ip6(const unsigned char* ip6, const Mp& mp, bool trunk) {
-  return remove_host(card_, tables_.l3.ipv6_hosts, ip6_of(ip6), mp, trunk);
+  return remove_host(card_, ip6_of(ip6), mp, trunk);
 }
 
 bool SoftSdk::clear_l3_host_table() {
@@ -270,54 +260,40 @@ bool SoftSdk::clear_l3_host_table() {
 bool SoftSdk::add_l3_route_ip4(const Mp& mp, bool trunk, unsigned int ip, unsigned int mask,
                                const unsigned char* mac, unsigned int interface,
                                unsigned int metric) {
-  return add_route(card_, tables_.l3.ipv4_routes, ip, mask, mp, trunk, mac, interface, metric);
+  return add_route(card_, ip, mask, mp, trunk, mac, interface, metric);
 }
 
 bool SoftSdk::add_l3_route_ip6(const Mp& mp, bool trunk, const unsigned char* ip6,
                                const unsigned char* mask6, const unsigned char* mac,
                                unsigned int interface) {
-  return add_route(card_, tables_.l3.ipv6_routes, ip6_of(ip6), ip6_of(mask6), mp, trunk, mac,
-                   interface);
+  return add_route(card_, ip6_of(ip6), ip6_of(mask6), mp, trunk, mac, interface);
 }
 
 bool SoftSdk::get_l3_route_by_subnet_ip4(unsigned int ip, unsigned int mask, const Mp& mp,
                                          bool trunk, unsigned char (&mac)[6],
                                          unsigned int& interface, unsigned int& metric) {
-  const auto route = find_route(card_, tables_.l3.ipv4_routes, ip, mask, mp, trunk);
-  if (!route) return false;
-  write_next_hop(route->next_hop, mac, interface);
-  metric = route->metric;
-  return true;
+  return get_route(card_, ip, mask, mp, trunk, mac, interface, metric);
 }
 
 bool SoftSdk::get_l3_route_by_subnet_ip6(const unsigned char* ip6, const unsigned char* mask6,
                                          const Mp& mp, bool trunk, unsigned int& interface,
                                          unsigned char* mac) {
-  const auto route =
-      find_route(card_, tables_.l3.ipv6_routes, ip6_of(ip6), ip6_of(mask6), mp, trunk);
-  if (!route) return false;
-  write_next_hop(route->next_hop, mac, interface);
-  return true;
+  unsigned metric = 0;
+  return get_route(card_, ip6_of(ip6), ip6_of(mask6), mp, trunk, mac, interface, metric);
 }
 
 bool SoftSdk::delete_l3_route_by_interface(unsigned int interface, bool ip6) {
-  if (required(card_, interface) == nullptr) return false;
-  if (ip6) {
-    tables_.l3.ipv6_routes.remove_by_interface(interface);
-  } else {
-    tables_.l3.ipv4_routes.remove_by_interface(interface);
-  }
-  return true;
+  return remove_behind(card_, interface, ip6, tables_.l3.ipv4_routes, tables_.l3.ipv6_routes);
 }
 
 bool SoftSdk::delete_l3_route_by_subnet_ip4(unsigned int ip, unsigned int mask, const Mp& mp,
                                             bool trunk) {
-  return remove_route(card_, tables_.l3.ipv4_routes, ip, mask, mp, trunk);
+  return remove_route(card_, ip, mask, mp, trunk);
 }
 
 bool SoftSdk::delete_l3_route_by_subnet_ip6(const unsigned char* ip6, const unsigned char* mask6,
                                             const Mp& mp, bool trunk) {
-  return remove_route(card_, tables_.l3.ipv6_routes, ip6_of(ip6), ip6_of(mask6), mp, trunk);
+  return remove_route(card_, ip6_of(ip6), ip6_of(mask6), mp, trunk);
 }
 
 bool SoftSdk::clear_l3_route_table() {

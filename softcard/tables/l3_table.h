@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -347,6 +348,18 @@ struct L3Table {
         ipv6_hosts(capacity.ipv6_hosts, hash),
         ipv4_routes(capacity.ipv4_routes, hash),
         ipv6_routes(capacity.ipv6_routes, hash) {}
+
+  // The hosts and the routes of a family.
+  template <class Address>
+  L3HostTable<Address>& hosts() {
+    if constexpr (std::is_same_v<Address, Ipv4>) return ipv4_hosts;
+    if constexpr (std::is_same_v<Address, Ipv6Address>) return ipv6_hosts;
+  }
+  template <class Address>
+  L3RouteTable<Address>& routes() {
+    if constexpr (std::is_same_v<Address, Ipv4>) return ipv4_routes;
+    if constexpr (std::is_same_v<Address, Ipv6Address>) return ipv6_routes;
+  }
 
   L3InterfaceTable interfaces;
   L3HostTable<Ipv4> ipv4_hosts;

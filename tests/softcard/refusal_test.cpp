@@ -30,6 +30,7 @@ using Sdk = VornSdkBase;
 const unsigned char kMac[6] = {2, 0, 0x5e, 0, 0x53, 1};
 const unsigned char kGroup[6] = {1, 0, 0x5e, 0, 0x53, 1};
 const unsigned char kIp6[16] = {0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
+const unsigned char kIp6Mask[16] = {0xff, 0xff};
 const unsigned char kHoles6[16] = {0xff, 0, 0xff};
 constexpr unsigned kIp = 0xc0000201;    // 192.0.2.1
 constexpr unsigned kMask = 0xffffff00;  // /24
@@ -433,6 +434,8 @@ TEST_F(RefusalTest, OutlivesASuccess) {
       [&] { return vorn_add_l3_host_ip4(lag(2), kIp + 1, kMac, id); },
       [&] { return vorn_add_l3_host_ip6(lag(2), kIp6, kMac, id); },
       [&] { return vorn_add_l3_route_ip4(lag(2), kIp, kMask, kMac, id, 0); },
+      [&] { return vorn_add_l3_route_ip6(port(3), kIp6, kIp6Mask, kMac, id); },
+      [] { return vorn_delete_l3_route_by_subnet_ip6(kIp6, kIp6Mask, port(3)); },
       [&] { return vorn_delete_l3_route_by_subnet_ip4(kIp, kMask, lag(2)); },
       [] {
         return vorn_send_packet_by_port({kNowhere, vlan(10), lag(2)}, {port(3)},

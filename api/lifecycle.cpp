@@ -29,8 +29,7 @@ bool vorn_get_line_card_usp(Usp& usp) { return call<&VornSdkBase::get_line_card_
 
 bool vorn_free_call(int number) { return call<&VornSdkBase::free_call>(number); }
 
-// The API's own level is settled here, without the SDK; the level for all is settled on both
-// sides.
+// The API's own level is set here, without the SDK; the level for all is set on both sides.
 bool vorn_set_lcmgr_trace(const std::string& target, bool on) {
   VornSdkBase* const sdk = find_sdk();
   if (sdk == nullptr) return false;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What the benchmarks of tables share: each row measures one operation at three sizes of its table,
+// The benchmarks of tables share this: each row measures one operation at three sizes of its table,
 // and how many times longer the largest takes than the smallest. All of them are measured in turn,
 // many times, in one run; the fastest of each is shown, which other load disturbed least.
 #ifndef BENCH_ROWS_H_

@@ -82,7 +82,7 @@ if(TARGET vornsh)
   install(TARGETS vornsh RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
 
-# ---- Debian packages ---------------------------------------------------------------------------
+# ---- Debian packages -----------------------------------------------------------------------------
 
 if(NOT PROJECT_IS_TOP_LEVEL)
   return()

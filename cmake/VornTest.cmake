@@ -43,7 +43,7 @@ function(vorn_find_googletest)
   endforeach()
 endfunction()
 
-# What the library leaves undefined has to be found in the process that loads it.  So the line card
+# What the library leaves undefined has to be found in the process that loads it. So the line card
 # goes in whole, referenced or not, and the program's dynamic symbol table offers it.
 function(vorn_make_host target)
   target_link_libraries(${target} PRIVATE "$<LINK_LIBRARY:WHOLE_ARCHIVE,softcard>")

@@ -6,7 +6,7 @@
 #   abi-layout.pl <readelf> <object with debug information> <header name>...
 #
 # Only types that the named headers (base names) define are printed, sorted by name, so that the
-# text depends on the interface alone.  The object must hold one compilation unit, DWARF 4.
+# text depends on the interface alone. The object must hold one compilation unit, DWARF 4.
 
 use strict;
 use warnings;

@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# What the scripts share; sourced, not run.  Bash, run from the root of the tree.
+# What the scripts share; sourced, not run. Bash, run from the root of the tree.
 #
-# A command that fails ends the script, in front of a pipe and inside $( ) as well.  What bash lets
+# A command that fails ends the script, in front of a pipe and inside $( ) as well. What bash lets
 # pass are a pipe in a condition, and a $( ) among the arguments of a command or in the list of a for
 # loop: their output goes into a variable or a file first.
 # shellcheck shell=bash
@@ -27,8 +27,8 @@ as_root() {
   fi
 }
 
-# Installs what is missing.  Each argument is <Debian package>=<probe>; the probe is a command, or
-# a file when it begins with a slash.  A machine that has every probe needs no package manager.
+# Installs what is missing. Each argument is <Debian package>=<probe>; the probe is a command, or
+# a file when it begins with a slash. A machine that has every probe needs no package manager.
 need() {
   missing=
   for entry in "$@"; do
@@ -56,7 +56,7 @@ need_native_tools() {
   need cmake=cmake ninja-build=ninja g++=g++
 }
 
-# The packages that a preset's tests need beyond nothing at all.  Tests of Linux cables make their
+# The packages that a preset's tests need beyond nothing at all. Tests of Linux cables make their
 # networks with ip, docs/coverage.md is checked with Python, an installed copy is found with
 # pkg-config.
 need_for_preset() {

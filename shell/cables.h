@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What ports are plugged into: the commands that make cables and let them run.
+// The commands that plug ports into cables and let the cables run.
 #ifndef SHELL_CABLES_H_
 #define SHELL_CABLES_H_
 

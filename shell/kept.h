@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What waits for an `expect`: the latest things, as many as fit.
+// Keeps the latest things that wait for an `expect`, as many as fit.
 #ifndef SHELL_KEPT_H_
 #define SHELL_KEPT_H_
 

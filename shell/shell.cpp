@@ -28,7 +28,7 @@ constexpr std::size_t kMostHeldBytes = std::size_t{16} << 20;
 constexpr int kRoundMilliseconds = 10;
 // Frames that go round in a loop of cables would not either.
 constexpr unsigned kMostRounds = 1000;
-// What packets for the CPU and events may take while they wait, each; frames wait in their cables.
+// The room for packets for the CPU and for events that wait, each; frames wait in their cables.
 constexpr std::size_t kMostWaitingBytes = std::size_t{16} << 20;
 
 // Between a recorded call and what came of it.
@@ -439,7 +439,7 @@ void Shell::record(const std::string& path) {
   recorded_file_ = file_at(path);
 }
 
-// What a command that runs another one hands on as its own is recorded there.
+// Records a command. One that runs another one, whose reply it hands on, is recorded by that one.
 void Shell::write_record(const Command& command, const std::vector<std::string>& words,
                          const Reply& reply) {
   if (recording_ == nullptr) return;
@@ -470,7 +470,7 @@ void Shell::replay(const std::string& path, Reply& reply) {
     };
     try {
       for (auto words : split_commands(line)) {
-        // What stands behind the arrow is what came of it.
+        // The recorded answer stands behind the arrow.
         const auto arrow = std::find(words.begin(), words.end(), kArrow);
         std::string recorded;
         if (arrow != words.end()) recorded = quoted_all({arrow + 1, words.end()});

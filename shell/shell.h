@@ -25,8 +25,8 @@ class EventLoop;
 
 namespace shell {
 
-// What a script asked for did not come: the command as such was good. Shell::run() makes it the
-// reply's failure, which `!` asks for.
+// A good command whose expectation did not hold. Shell::run() makes it the reply's failure, which
+// `!` asks for.
 class Failure : public Error {
  public:
   using Error::Error;
@@ -146,8 +146,8 @@ class Shell {
   // runs.
   void print_behind(const std::string& line);
   void print_held();
-  // Settles the card, and says what went wrong in that: a callback that threw, a capture file that
-  // cannot be read or written.
+  // Runs the card until nothing is left to do, and says what went wrong in that: a callback that
+  // threw, a capture file that cannot be read or written.
   void run_card(const Place& place);
   bool round();
   void write_record(const Command& command, const std::vector<std::string>& words,

@@ -335,7 +335,7 @@ void show_stp(Card& card, Arguments& arguments, Reply& reply) {
   reply.show("states", table);
 }
 
-// What the ports asked for let in and out; without ports those where anything is set.
+// Shows the traffic settings of the ports asked for; without ports, of those where any is set.
 void show_traffic(Card& card, Arguments& arguments, Reply& reply) {
   const bool all = !arguments.empty();
   softcard::TrafficTable& traffic = card.tables().traffic;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// What a command answers: values that print for a person and as JSON, and the reply that
+// The answer of a command: values that print for a person and as JSON, and the reply that
 // gathers them.
 #ifndef SHELL_VALUE_H_
 #define SHELL_VALUE_H_

@@ -62,7 +62,7 @@ class Card final : public CableSink, private PortCables {
   EventQueue& events() { return events_; }
   Pipeline& pipeline() { return pipeline_; }
 
-  // --- VLANs -------------------------------------------------------------------------------------
+  // ---- VLANs ------------------------------------------------------------------------------------
 
   // False when it does not exist. Its FDB entries of every kind and its members go with it; PVIDs
   // and rules that name it stay, and their frames are dropped until it exists again.
@@ -71,7 +71,7 @@ class Card final : public CableSink, private PortCables {
   // learned in the VLAN on these ports goes.
   bool remove_vlan_members(unsigned vlan, const PortSet& ports);
 
-  // --- LAGs --------------------------------------------------------------------------------------
+  // ---- LAGs -------------------------------------------------------------------------------------
 
   // Deletes a LAG: its FDB entries of every kind, and the hosts and routes through it, go with it.
   // False when it does not exist.
@@ -81,14 +81,14 @@ class Card final : public CableSink, private PortCables {
   // LagTable::remove_members(). What was learned on the LAG goes when no member is left.
   bool remove_lag_members(unsigned id, const std::vector<PortIndex>& ports);
 
-  // --- MAC table ---------------------------------------------------------------------------------
+  // ---- MAC table --------------------------------------------------------------------------------
 
   // Makes an address the switch's own in every VLAN of a bitmap as VornSdkBase has it. False, and
   // nothing changed, when the bitmap is empty or names a VLAN that does not exist, and when the
   // table has no room for all.
   bool add_system_mac(const MacAddress& mac, const unsigned char* vlan_bitmap);
 
-  // --- Layer 3 -----------------------------------------------------------------------------------
+  // ---- Layer 3 ----------------------------------------------------------------------------------
 
   // Whether a host or route leads through the interface; reads all of them.
   bool l3_interface_in_use(std::uint32_t id);
@@ -97,7 +97,7 @@ class Card final : public CableSink, private PortCables {
   // Deletes all interfaces; false, and nothing changed, when one is in use.
   bool delete_all_l3_interfaces();
 
-  // --- Cables ------------------------------------------------------------------------------------
+  // ---- Cables -----------------------------------------------------------------------------------
 
   // Plugs a cable into a port in place of what was there; null leaves the port without any, and
   // so without a link.
@@ -117,7 +117,7 @@ class Card final : public CableSink, private PortCables {
   unsigned advertised_ability(PortIndex port) const override;
   FramePool& frame_pool() override { return frame_pool_; }
 
-  // --- Time and events ---------------------------------------------------------------------------
+  // ---- Time and events --------------------------------------------------------------------------
 
   // Calls the registered callbacks for all that is queued and returns how many events those were.
   std::size_t deliver_events();

@@ -15,7 +15,7 @@
 // place of the port's last one, so that the last state is told; lost() counts either. Posting never
 // throws.
 //
-// An entry of the MAC table that moves to and fro causes a settled number of events a second, 1
+// An entry of the MAC table that moves to and fro causes a given number of events a second, 1
 // unless set otherwise: moves beyond it are held back, and when the second is over the last one is
 // reported, so that the control plane always ends up with the port that is right.
 #ifndef SOFTCARD_EVENTS_H_
@@ -51,7 +51,7 @@ class EventQueue final : public CpuQueue {
   EventQueue(const EventQueue&) = delete;
   EventQueue& operator=(const EventQueue&) = delete;
 
-  // --- Registrations -----------------------------------------------------------------------------
+  // ---- Registrations ----------------------------------------------------------------------------
   // All are false for a null function and for a pair that is registered already.
 
   bool add(void (*callback)(RxPacket*, void*), void* user_data);
@@ -65,7 +65,7 @@ class EventQueue final : public CpuQueue {
   // False when there is none.
   bool remove(lcmgr_report_event_t kind, void* callback, void* user_data);
 
-  // --- Settings ----------------------------------------------------------------------------------
+  // ---- Settings ---------------------------------------------------------------------------------
 
   // Most move events that one entry causes in a second; 0 reports every move.
   void set_mac_moves_per_second(unsigned moves) { mac_moves_per_second_ = moves; }
@@ -75,7 +75,7 @@ class EventQueue final : public CpuQueue {
   void set_room(lcmgr_report_event_t kind, std::size_t events) { room_[kind] = events; }
   std::size_t room(lcmgr_report_event_t kind) const { return room_[kind]; }
 
-  // --- Posting -----------------------------------------------------------------------------------
+  // ---- Posting ----------------------------------------------------------------------------------
 
   bool wants_packets() const override { return listeners_[LCMGR_REPORT_RX_PACKET] != 0; }
   // Whether anybody listens for changes of the MAC table: without, their time need not be asked
@@ -89,7 +89,7 @@ class EventQueue final : public CpuQueue {
   // A change of the MAC table at `now`, nanoseconds of the card's clock.
   void post_mac_change(const FdbChange& change, std::uint64_t now_ns);
 
-  // --- Delivery ----------------------------------------------------------------------------------
+  // ---- Delivery ---------------------------------------------------------------------------------
 
   // Delivers the events that are queued, and the moves that were held back for long enough, and
   // returns how many those were. Called from within a callback it does nothing. An exception of
@@ -107,7 +107,7 @@ class EventQueue final : public CpuQueue {
   // Forgets every registration and every event, those that deliver() is about to deliver too.
   void end();
 
-  // --- Counts ------------------------------------------------------------------------------------
+  // ---- Counts -----------------------------------------------------------------------------------
 
   // Events of a kind that wait, and that were lost for want of room.
   std::size_t waiting(lcmgr_report_event_t kind) const { return waiting_[kind]; }

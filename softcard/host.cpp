@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// The host that platform/vorn_*.h asks for. The line card's description is settled by
-// vorn_init_line_card(), and so is which addresses are physical ports; the card itself lives as
-// long as the SDK object.
+// The host that platform/vorn_*.h asks for. vorn_init_line_card() reads the line card's
+// description, which says what addresses are physical ports; the card itself lives as long as the
+// SDK object.
 
 #include "softcard/host.h"
 

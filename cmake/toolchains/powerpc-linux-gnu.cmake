@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# 32-bit big-endian PowerPC Linux with glibc, built with Debian's g++-powerpc-linux-gnu.  Programs
+# 32-bit big-endian PowerPC Linux with glibc, built with Debian's g++-powerpc-linux-gnu. Programs
 # run under qemu-ppc (Debian's qemu-user), so that ctest needs no further setting.
 
 set(CMAKE_SYSTEM_NAME Linux)

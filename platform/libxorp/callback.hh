@@ -15,7 +15,7 @@
 #include "libxorp/ref_ptr.hh"
 #include "libxorp/safe_callback_obj.hh"
 
-// --- The abstract types, 0 to 15 arguments -------------------------------------------------------
+// ---- The abstract types, 0 to 15 arguments ------------------------------------------------------
 
 // Held and passed as RefPtr. The virtual functions stay in this order.
 template <class R>
@@ -137,7 +137,7 @@ struct XorpCallback15 {
   virtual R dispatch(A1, A2, A3, A4, A5, A6, A7, A8, A9, A10, A11, A12, A13, A14, A15) = 0;
 };
 
-// --- What callback() makes -----------------------------------------------------------------------
+// ---- What callback() makes ----------------------------------------------------------------------
 
 namespace xorp_callback {
 
@@ -335,7 +335,7 @@ struct is_safe : std::is_convertible<O*, const CallbackSafeObject*>::type {};
 
 }  // namespace xorp_callback
 
-// --- callback() ----------------------------------------------------------------------------------
+// ---- callback() ---------------------------------------------------------------------------------
 
 // Each form takes up to six further values, bound to the last parameters of the function: at
 // dispatch the arguments given there come first, the bound ones after. Bound values are copied

@@ -52,7 +52,7 @@ class EventLoop : private NONCOPYABLE {
   bool events_pending() const { return timers_pending() || !_task_list.empty(); }
   size_t timer_list_length() const { return _timer_list.size(); }
 
-  // --- Timers: keep the result, see XorpTimer ----------------------------------------------------
+  // ---- Timers: keep the result, see XorpTimer ---------------------------------------------------
 
   XorpTimer new_oneoff_at(const TimeVal& when, const OneoffTimerCallback& cb,
                           int priority = XorpTask::PRIORITY_DEFAULT) {
@@ -94,7 +94,7 @@ class EventLoop : private NONCOPYABLE {
   // Unschedules the timer and lets go of it.
   void remove_timer(XorpTimer& timer);
 
-  // --- Tasks: keep the result, see XorpTask ------------------------------------------------------
+  // ---- Tasks: keep the result, see XorpTask -----------------------------------------------------
 
   XorpTask new_oneoff_task(const OneoffTaskCallback& cb, int priority = XorpTask::PRIORITY_DEFAULT,
                            int weight = XorpTask::WEIGHT_DEFAULT);

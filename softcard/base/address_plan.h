@@ -30,7 +30,7 @@ class AddressPlan {
 
   PortIndex port_count() const { return port_count_; }
 
-  // What a Usp names, by its numbers alone: a LAG or VLAN interface need not exist.
+  // Tell the kind of a Usp by its numbers alone: a LAG or VLAN interface need not exist.
   bool is_physical(const Usp& usp) const {
     return usp.unit() == kUnit && usp.slot() == kPortSlot && usp.port() < port_count_;
   }

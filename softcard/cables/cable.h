@@ -33,7 +33,7 @@ class CableSink {
   virtual void carrier_changed(PortIndex port) = 0;
 
   // The abilities that a port advertises to its link partner: bits of port_ability_type_t, none
-  // while it is off and sends no signal.
+  // while it is off and gives no carrier.
   virtual unsigned advertised_ability(PortIndex port) const = 0;
 
   // Where frames for frames_arrived() are made.

@@ -39,7 +39,7 @@ class MemoryCable : public Cable {
   bool carrier() const override { return carrier_; }
   std::string describe() const override;
 
-  // --- The far end -------------------------------------------------------------------------------
+  // ---- The far end ------------------------------------------------------------------------------
 
   // Sends a frame into the port, at once. False when it is empty or longer than any frame.
   bool send(const std::uint8_t* data, std::size_t bytes);

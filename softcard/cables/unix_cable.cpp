@@ -19,7 +19,7 @@ constexpr std::size_t kOverflowBytes = FramePool::kLargeBytes - FramePool::kSmal
 // Frames that may be on their way before the other end counts as not keeping up.
 constexpr int kSendBufferBytes = 4 << 20;
 constexpr int kRetryMs = 100;
-constexpr std::size_t kSignalBytes = 1;  // of the message that is no frame
+constexpr std::size_t kCarrierBytes = 1;  // of the message that is no frame
 
 // Keeps the ends that meet in a folder apart while it lives, so that neither takes a socket for
 // abandoned that the other one is just making. Leaves no file behind. Whoever may read the folder
@@ -184,13 +184,13 @@ void UnixCable::drop_peer() {
   if (!meet(failure_)) try_again_later();
 }
 
-// ---- Signals ------------------------------------------------------------------------------------
+// ---- Carrier ------------------------------------------------------------------------------------
 
 void UnixCable::advertisement_changed() {
   const bool carrier = sink_->advertised_ability(port_) != 0;
   if (!peer_ || carrier == told_carrier_) return;
   const std::uint8_t message = carrier ? 1 : 0;
-  if (send(peer_.get(), &message, kSignalBytes, MSG_DONTWAIT | MSG_NOSIGNAL) > 0) {
+  if (send(peer_.get(), &message, kCarrierBytes, MSG_DONTWAIT | MSG_NOSIGNAL) > 0) {
     told_carrier_ = carrier;
   } else if (errno == EAGAIN || errno == ENOBUFS || errno == ENOMEM) {
     loop_.add_ioevent_cb(peer_.get(), IOT_WRITE, callback(this, &UnixCable::peer_has_room));
@@ -263,7 +263,7 @@ void UnixCable::peer_sent(XorpFd fd, IoEventType /*type*/) {
     const std::size_t bytes = messages[i].msg_len;
     if (bytes == 0) {
       open = false;  // nobody sends empty frames: this is the end
-    } else if (bytes == kSignalBytes) {
+    } else if (bytes == kCarrierBytes) {
       hand_over();
       set_peer_carrier(arriving_[i]->data()[0] != 0);
     } else if (FramePtr frame = whole(messages[i], arriving_[i])) {

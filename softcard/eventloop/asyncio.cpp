@@ -33,7 +33,7 @@ std::string describe(const char* what, int fd, bool running, size_t buffers, int
 
 }  // namespace
 
-// --- AsyncFileOperator ---------------------------------------------------------------------------
+// ---- AsyncFileOperator --------------------------------------------------------------------------
 
 AsyncFileOperator::~AsyncFileOperator() = default;
 
@@ -43,7 +43,7 @@ std::string AsyncFileOperator::toString() const {
 }
 #endif
 
-// --- AsyncFileReader -----------------------------------------------------------------------------
+// ---- AsyncFileReader ----------------------------------------------------------------------------
 
 AsyncFileReader::AsyncFileReader(EventLoop& e, XorpFd fd, int priority)
     : AsyncFileOperator(e, fd, priority) {
@@ -129,7 +129,7 @@ void AsyncFileReader::complete_transfer(int err, ssize_t done) {
   cb->dispatch(event, buffer, buffer_bytes, offset);
 }
 
-// --- AsyncFileWriter -----------------------------------------------------------------------------
+// ---- AsyncFileWriter ----------------------------------------------------------------------------
 
 class AsyncFileWriter::BufferInfo {
  public:

@@ -6,7 +6,7 @@
 
 #include <algorithm>
 
-// --- XorpTask ------------------------------------------------------------------------------------
+// ---- XorpTask -----------------------------------------------------------------------------------
 
 XorpTask::XorpTask() : _node(nullptr) {}
 
@@ -35,7 +35,7 @@ void XorpTask::unschedule() {
 
 bool XorpTask::scheduled() const { return _node != nullptr && _node->scheduled(); }
 
-// --- TaskNode ------------------------------------------------------------------------------------
+// ---- TaskNode -----------------------------------------------------------------------------------
 
 TaskNode::TaskNode(TaskList* list, const OneoffTaskCallback& once,
                    const RepeatedTaskCallback& repeated)
@@ -73,7 +73,7 @@ void TaskNode::unschedule() {
   _runs_left = 0;
 }
 
-// --- TaskList ------------------------------------------------------------------------------------
+// ---- TaskList -----------------------------------------------------------------------------------
 
 TaskList::TaskList() = default;
 

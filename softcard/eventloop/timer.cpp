@@ -35,7 +35,7 @@ class PeriodicTimerNode final : public TimerNode {
 
 }  // namespace
 
-// --- XorpTimer -----------------------------------------------------------------------------------
+// ---- XorpTimer ----------------------------------------------------------------------------------
 
 XorpTimer::XorpTimer() : _node(nullptr) {}
 
@@ -90,7 +90,7 @@ bool XorpTimer::time_remaining(TimeVal& remaining) const {
   return _node != nullptr && _node->time_remaining(remaining);
 }
 
-// --- TimerNode -----------------------------------------------------------------------------------
+// ---- TimerNode ----------------------------------------------------------------------------------
 
 TimerNode::TimerNode(TimerList* list, const BasicTimerCallback& cb)
     : _references(0), _scheduled(false), _list(list), _cb(cb) {}
@@ -136,7 +136,7 @@ void TimerNode::expire(XorpTimer& self) {
   if (!_cb.is_empty()) _cb->dispatch(self);
 }
 
-// --- TimerList -----------------------------------------------------------------------------------
+// ---- TimerList ----------------------------------------------------------------------------------
 
 TimerList::TimerList(ClockBase* clock) : _clock(clock), _unused(nullptr) {}
 

@@ -265,7 +265,7 @@ bool normalise_value(const FieldRow& row, std::string& value, std::string& wante
   return true;
 }
 
-// The value of a settled number, address or set of flags.
+// The value of a complete number, address or set of flags.
 std::uint64_t number_of(const Header& header, const std::string& key) {
   const FieldRow& row = *find_field(header.name, key);
   std::string value = header.value(key);
@@ -298,7 +298,7 @@ std::string quoted(const std::string& word, const std::string& problem) {
   return "'" + word + "' " + problem;
 }
 
-// Splits `text` into headers with settled values. The word untagged in eth becomes its field.
+// Splits `text` into headers with complete values. The word untagged in eth becomes its field.
 bool read_headers(const std::string& text, HeaderRowList& headers, std::string& error) {
   std::size_t eth = 0;
   for (std::size_t at = 0;;) {

@@ -16,7 +16,7 @@ bool bit_of(const unsigned char* bitmap, unsigned vlan) {
   return (bitmap[vlan / 8] >> (vlan % 8) & 1) != 0;
 }
 
-// What add_...() of the table answers: false means that it is full.
+// Hands on what add_...() of the table answers, and refuses when it is full.
 bool added(const FdbTable& fdb, bool done) { return done || refuse_full("fdb", fdb.capacity()); }
 
 // Whether `mp` is a VLAN that exists: module 0, and its number.

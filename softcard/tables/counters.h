@@ -34,7 +34,7 @@ class Counters {
 
   explicit Counters(PortIndex ports) : ports_(ports) {}
 
-  // --- Counting: the pipeline's ------------------------------------------------------------------
+  // ---- Counting: the pipeline's -----------------------------------------------------------------
 
   void add(PortIndex port, stat_type_t type, std::uint64_t amount = 1) {
     Port& counters = ports_[port];
@@ -55,13 +55,13 @@ class Counters {
     counters.values[STAT_OUT_QUEUE_0 + queue] += one;
   }
 
-  // --- Reading -----------------------------------------------------------------------------------
+  // ---- Reading ----------------------------------------------------------------------------------
 
   // `type` is below STAT_TYPE_COUNT, BRIEF_STAT_TYPE_COUNT.
   std::uint64_t value(PortIndex port, stat_type_t type) const { return ports_[port].values[type]; }
   std::uint64_t brief(PortIndex port, brief_stat_type_t type) const;
 
-  // --- Settings ----------------------------------------------------------------------------------
+  // ---- Settings ---------------------------------------------------------------------------------
 
   void set_enabled(PortIndex port, bool on) {
     ports_[port].enabled_mask = on ? ~std::uint64_t{0} : 0;

@@ -124,7 +124,7 @@ class FdbTable {
   // Makes room for `capacity` entries, at least 1 and at most 2^28.
   explicit FdbTable(std::size_t capacity = kDefaultCapacity, KeyedHash hash = KeyedHash::drawn());
 
-  // --- Lookup ------------------------------------------------------------------------------------
+  // ---- Lookup -----------------------------------------------------------------------------------
 
   // Starts to load what find(key) reads.
   void prefetch(std::uint64_t key) const { softcard::prefetch(&buckets_[home(key)]); }
@@ -148,7 +148,7 @@ class FdbTable {
     own.flags_ |= FdbEntry::kHit;
   }
 
-  // --- Entries -----------------------------------------------------------------------------------
+  // ---- Entries ----------------------------------------------------------------------------------
 
   // Learns from a frame that `mac` is reached in `vlan` through `destination` at time `now`.
   // Limits are the caller's: find() tells beforehand whether the address is new or moves.
@@ -172,7 +172,7 @@ class FdbTable {
   // Removes what fits `filter` and returns how many entries that was.
   std::size_t flush(const FdbFilter& filter);
 
-  // --- Ageing ------------------------------------------------------------------------------------
+  // ---- Ageing -----------------------------------------------------------------------------------
 
   // Learned entries not seen for `seconds` are removed by age(); 0 keeps them for ever.
   void set_ageing_seconds(std::uint32_t seconds) { ageing_seconds_ = seconds; }
@@ -189,7 +189,7 @@ class FdbTable {
   // second, and the result depends on `now` alone.
   std::size_t age(std::uint64_t now);
 
-  // --- Counts ------------------------------------------------------------------------------------
+  // ---- Counts -----------------------------------------------------------------------------------
 
   std::size_t capacity() const { return capacity_; }
   std::size_t size() const { return size_; }

@@ -24,7 +24,7 @@ class FilterTable {
 
   explicit FilterTable(std::size_t arp_capacity) : arp_capacity_(arp_capacity) {}
 
-  // --- What the pipeline asks --------------------------------------------------------------------
+  // ---- What the pipeline asks -------------------------------------------------------------------
 
   bool any() const { return any_; }
   bool matches_arp_target(Ipv4 target) const {
@@ -36,7 +36,7 @@ class FilterTable {
   bool matches_ip_protocol(std::uint8_t protocol) const { return ip_protocols_[protocol]; }
   bool matches_l4_port(std::uint16_t destination) const { return l4_ports_[destination]; }
 
-  // --- Settings ----------------------------------------------------------------------------------
+  // ---- Settings ---------------------------------------------------------------------------------
 
   // Any mask is good; false when the table is full.
   bool add_arp(Ipv4 ip, Ipv4 mask);

@@ -27,7 +27,7 @@
 
 namespace softcard {
 
-// --- What a frame shows --------------------------------------------------------------------------
+// ---- What a frame shows -------------------------------------------------------------------------
 
 // The fields of a frame that flows look at, packed so that a mask is five ANDs. The pipeline fills
 // a fresh key once per frame, with each set_ function at most once and only for headers that are
@@ -105,7 +105,7 @@ struct UdfReader {
   bool read(FlowUdfBase base, std::uint32_t offset_bytes, std::uint32_t& value) const;
 };
 
-// --- What a flow asks for ------------------------------------------------------------------------
+// ---- What a flow asks for -----------------------------------------------------------------------
 
 // The fields that a flow may look at; FlowMatch::fields is an OR of these.
 enum FlowField : std::uint32_t {
@@ -202,7 +202,7 @@ class FlowTable {
 
   explicit FlowTable(std::size_t capacity = kDefaultCapacity, KeyedHash hash = KeyedHash::drawn());
 
-  // --- Flows -------------------------------------------------------------------------------------
+  // ---- Flows ------------------------------------------------------------------------------------
 
   // Adds a flow without actions under the lowest free id from 1 up and sets `id` to it. `id` is
   // left alone when the flow is refused.
@@ -224,7 +224,7 @@ class FlowTable {
 
   FlowResult set_priority(std::uint32_t id, std::int32_t priority);
 
-  // --- Actions -----------------------------------------------------------------------------------
+  // ---- Actions ----------------------------------------------------------------------------------
 
   // Appends an action; at most kMaxFlowActions.
   FlowResult add_action(std::uint32_t id, const FlowAction& action);
@@ -239,7 +239,7 @@ class FlowTable {
     return flow.actions_ == kNil ? kNoActions : action_lists_[flow.actions_];
   }
 
-  // --- Frames ------------------------------------------------------------------------------------
+  // ---- Frames -----------------------------------------------------------------------------------
 
   // Returns the winning flow for a frame, or null when none matches. Does not count the frame.
   // `bytes` is read only for flows with a user-defined qualifier.
@@ -252,7 +252,7 @@ class FlowTable {
     own.bytes += frame_bytes;
   }
 
-  // --- Sizes -------------------------------------------------------------------------------------
+  // ---- Sizes ------------------------------------------------------------------------------------
 
   std::size_t size() const { return entries_.size(); }
   std::size_t capacity() const { return capacity_; }

@@ -72,7 +72,7 @@ inline std::uint32_t address_hash(const KeyedHash& hash, const Ipv6Address& ip,
   return hash(hash.spread(bits.high() + length) + bits.low());
 }
 
-// --- Interfaces ----------------------------------------------------------------------------------
+// ---- Interfaces ---------------------------------------------------------------------------------
 
 // A router's own address in a VLAN.
 struct L3Interface {
@@ -131,7 +131,7 @@ class L3InterfaceTable {
   std::vector<std::uint32_t> per_vlan_;  // interfaces in each VLAN
 };
 
-// --- Hosts ---------------------------------------------------------------------------------------
+// ---- Hosts --------------------------------------------------------------------------------------
 
 // A neighbour: its address and how to reach it.
 template <class Address>
@@ -217,7 +217,7 @@ std::size_t L3HostTable<Ipv4>::remove_network(const Ipv4& ip);
 template <>
 std::size_t L3HostTable<Ipv6Address>::remove_network(const Ipv6Address& ip);
 
-// --- Routes --------------------------------------------------------------------------------------
+// ---- Routes -------------------------------------------------------------------------------------
 
 // The next hops of routes, each kept once for all routes that have it.
 class NextHopTable {
@@ -336,7 +336,7 @@ class L3RouteTable {
   PrefixTrie<Address> trie_;  // the next hop of the route in use of each prefix
 };
 
-// --- All of them ---------------------------------------------------------------------------------
+// ---- All of them --------------------------------------------------------------------------------
 
 // The layer-3 tables of a card. They stand side by side: removing an interface leaves the hosts
 // and routes that name it, and those find no interface until one has that id again.

@@ -33,7 +33,7 @@ class LagTable {
 
   explicit LagTable(std::size_t capacity);
 
-  // --- What the pipeline asks --------------------------------------------------------------------
+  // ---- What the pipeline asks -------------------------------------------------------------------
 
   // The LAG that a port belongs to, or kNoLag.
   std::uint16_t lag_of(PortIndex port) const { return lag_of_[port]; }
@@ -50,7 +50,7 @@ class LagTable {
   const Lag& operator[](std::size_t id) const { return lags_[id]; }
   std::size_t id_count() const { return lags_.size(); }
 
-  // --- Settings ----------------------------------------------------------------------------------
+  // ---- Settings ---------------------------------------------------------------------------------
 
   bool exists(unsigned id) const { return id < lags_.size() && lags_[id].exists; }
   // exists(), and the reason of a refusal when it does not.
@@ -68,7 +68,7 @@ class LagTable {
   // False when the LAG or the strategy does not exist.
   bool set_psc(unsigned id, lag_psc_t psc);
 
-  // --- LAG interfaces ----------------------------------------------------------------------------
+  // ---- LAG interfaces ---------------------------------------------------------------------------
 
   // A LAG in reasons: "lag/2", or "LAG id 1" while it has no address.
   std::string text(unsigned id) const;

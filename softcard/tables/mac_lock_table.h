@@ -22,7 +22,7 @@ class MacLockTable {
  public:
   MacLockTable();
 
-  // --- Locks -------------------------------------------------------------------------------------
+  // ---- Locks ------------------------------------------------------------------------------------
 
   // A locked port learns nothing. A locking port drops frames from addresses it has not learned.
   bool locked(PortIndex port) const { return locked_.contains(port); }
@@ -35,7 +35,7 @@ class MacLockTable {
   }
   bool drop_setting(PortIndex port) const { return drop_.contains(port); }
 
-  // --- Limits ------------------------------------------------------------------------------------
+  // ---- Limits -----------------------------------------------------------------------------------
 
   // Whether one more address may be learned where `learned` are. kNoMacLimit: always.
   static bool room(int limit, std::size_t learned) {

@@ -50,7 +50,7 @@ class PortTable {
   PortIndex count() const { return static_cast<PortIndex>(ports_.size()); }
   const PortSet& all() const { return all_; }
 
-  // --- What the pipeline asks --------------------------------------------------------------------
+  // ---- What the pipeline asks -------------------------------------------------------------------
 
   const PortSet& up() const { return up_; }
   bool is_up(PortIndex port) const { return up_.contains(port); }
@@ -64,7 +64,7 @@ class PortTable {
     return ports_[port].jamming && is_up(port) && ports_[port].mode.duplex == DUPLEX_TYPE_HALF;
   }
 
-  // --- Settings ----------------------------------------------------------------------------------
+  // ---- Settings ---------------------------------------------------------------------------------
 
   void set_admin(PortIndex port, bool on);
   bool admin(PortIndex port) const { return ports_[port].admin; }
@@ -105,7 +105,7 @@ class PortTable {
 
   bool set_mtu(PortIndex port, unsigned bytes);
 
-  // --- The cable ---------------------------------------------------------------------------------
+  // ---- The cable --------------------------------------------------------------------------------
 
   // Whether the cable carries a carrier, and what the other end offers: nullptr for a cable that
   // agrees to everything.

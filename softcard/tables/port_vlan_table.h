@@ -28,7 +28,7 @@ class PortVlanTable {
  public:
   PortVlanTable(PortIndex ports, std::size_t protocol_vlans_per_port);
 
-  // --- What the pipeline asks --------------------------------------------------------------------
+  // ---- What the pipeline asks -------------------------------------------------------------------
 
   std::uint16_t pvid(PortIndex port) const { return ports_[port].pvid; }
   bool accepts_untagged(PortIndex port) const { return ports_[port].accepts_untagged; }
@@ -46,7 +46,7 @@ class PortVlanTable {
     return 0;
   }
 
-  // --- Settings ----------------------------------------------------------------------------------
+  // ---- Settings ---------------------------------------------------------------------------------
 
   bool set_pvid(PortIndex port, unsigned vlan);
   void set_accepts_untagged(PortIndex port, bool accepts) {

@@ -22,7 +22,7 @@ class StpTable {
   // Every port forwards in every instance.
   explicit StpTable(const PortSet& ports);
 
-  // --- What the pipeline asks --------------------------------------------------------------------
+  // ---- What the pipeline asks -------------------------------------------------------------------
 
   // The ports that data passes in an instance, both ways, and those that learn from it.
   const PortSet& forwarding(unsigned instance) const { return gates_[instance].forwarding; }
@@ -34,7 +34,7 @@ class StpTable {
   // Whether the port's own state drops everything, BPDUs included.
   bool disabled(PortIndex port) const { return stp_[port] == STP_STATE_DISABLED; }
 
-  // --- Settings ----------------------------------------------------------------------------------
+  // ---- Settings ---------------------------------------------------------------------------------
 
   bool set_stp(PortIndex port, stp_state_t state);
   stp_state_t stp(PortIndex port) const { return static_cast<stp_state_t>(stp_[port]); }

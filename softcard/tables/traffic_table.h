@@ -26,7 +26,7 @@ class TrafficTable {
  public:
   explicit TrafficTable(const PortSet& ports) : egress_(ports), l2_(ports) {}
 
-  // --- What the pipeline asks --------------------------------------------------------------------
+  // ---- What the pipeline asks -------------------------------------------------------------------
 
   // Frames a second that may come in; 0: no limit.
   std::uint32_t storm_limit(PortIndex port, StormKind kind) const {
@@ -45,7 +45,7 @@ class TrafficTable {
   }
   unsigned forward_mode() const { return forward_mode_; }  // SWITCH_FORWARD_MODE_...
 
-  // --- Settings ----------------------------------------------------------------------------------
+  // ---- Settings ---------------------------------------------------------------------------------
 
   void set_storm_limit(PortIndex port, StormKind kind, std::uint32_t frames_per_second) {
     storm_limits_[port][static_cast<unsigned>(kind)] = frames_per_second;

@@ -35,7 +35,7 @@ class VlanClassTable {
         mac_capacity_(mac_capacity),
         subnet_capacity_(subnet_capacity) {}
 
-  // --- What the pipeline asks: null when no rule fits --------------------------------------------
+  // ---- What the pipeline asks: null when no rule fits -------------------------------------------
 
   bool has_mac_rules() const { return !macs_.empty(); }
   bool has_ipv4_rules() const { return !ipv4_.rules.empty(); }
@@ -44,7 +44,7 @@ class VlanClassTable {
   const VlanClass* by_ipv4(Ipv4 source) const;
   const VlanClass* by_ipv6(const Ipv6Address& source) const;
 
-  // --- Settings ----------------------------------------------------------------------------------
+  // ---- Settings ---------------------------------------------------------------------------------
 
   // Refuses group addresses, which are no sources.
   bool set_mac(const MacAddress& mac, unsigned vlan, unsigned priority);

@@ -23,7 +23,7 @@ class VlanTable {
   VlanTable(std::size_t capacity, const PortSet& ports,
             const std::array<std::uint8_t, kVlanCount>& mstp_instance);
 
-  // --- What the pipeline asks --------------------------------------------------------------------
+  // ---- What the pipeline asks -------------------------------------------------------------------
 
   bool exists(unsigned vlan) const { return vlans_[vlan].exists; }
   const PortSet& members(unsigned vlan) const { return vlans_[vlan].members; }
@@ -31,7 +31,7 @@ class VlanTable {
   PortSet tagged(unsigned vlan) const { return members(vlan) - untagged(vlan); }
   unsigned mstp_instance(unsigned vlan) const { return vlans_[vlan].mstp_instance; }
 
-  // --- Settings ----------------------------------------------------------------------------------
+  // ---- Settings ---------------------------------------------------------------------------------
 
   bool known(unsigned vlan) const { return valid_vlan(vlan) && exists(vlan); }
   // known(), and the reason of a refusal when it is not.

@@ -103,7 +103,7 @@ class EventLoopTest : public testing::Test {
   Log log_;
 };
 
-// --- Timers and tasks ----------------------------------------------------------------------------
+// ---- Timers and tasks ---------------------------------------------------------------------------
 
 TEST_F(EventLoopTest, OneTimerOneTaskOneDescriptorAPass) {
   const Pair a, b;
@@ -301,7 +301,7 @@ TEST(EventLoopDeathTest, MisuseAborts) {
   close(fds[1]);
 }
 
-// --- Descriptors ---------------------------------------------------------------------------------
+// ---- Descriptors --------------------------------------------------------------------------------
 
 TEST_F(EventLoopTest, ReadyDescriptorsAreServedByPriorityThenInTurn) {
   const Pair a, b, c;
@@ -411,7 +411,7 @@ TEST_F(EventLoopTest, OnTheWayOutNoWaitIsForEver) {
   EXPECT_EQ(taken(), Log{"a0"});
 }
 
-// --- Readers -------------------------------------------------------------------------------------
+// ---- Readers ------------------------------------------------------------------------------------
 
 class ReaderTest : public EventLoopTest {
  protected:
@@ -527,7 +527,7 @@ TEST_F(ReaderTest, TwoReadersOfOneDescriptor) {
 #endif
 }
 
-// --- Writers -------------------------------------------------------------------------------------
+// ---- Writers ------------------------------------------------------------------------------------
 
 class WriterTest : public EventLoopTest {
  protected:
@@ -630,7 +630,7 @@ TEST_F(WriterTest, ErrorsAndDeletionFromItsCall) {
   EXPECT_EQ(writer_->buffers_remaining(), 1u);
 }
 
-// --- Callback objects, counted pointers, time ----------------------------------------------------
+// ---- Callback objects, counted pointers, time ---------------------------------------------------
 
 int add_up(int a, int b, int c) { return a * 100 + b * 10 + c; }
 struct Safe : CallbackSafeObject {
@@ -702,7 +702,7 @@ TEST(TimeVal, ArithmeticKeepsNormalForm) {
   EXPECT_GT(TimeVal::MAXIMUM(), TimeVal::from_ms(0x7fffffff));
 }
 
-// --- Socket settings -----------------------------------------------------------------------------
+// ---- Socket settings ----------------------------------------------------------------------------
 
 TEST(CommSock, BlockingIsSetAndCleared) {
   const Pair pair;

@@ -165,7 +165,7 @@ TEST_F(PortTest, BurstsOfAnyLengthArriveWholeAndInOrder) {
   }
 }
 
-// What is dropped on its way in leaves no hole among the frames that came with it.
+// A frame that is dropped on its way in leaves no hole among the frames that came with it.
 TEST_F(PortTest, BurstsWithFramesThatAreDropped) {
   std::vector<std::string> frames;
   for (unsigned n = 0; n < 40; ++n) {

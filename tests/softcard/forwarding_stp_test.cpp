@@ -112,7 +112,7 @@ TEST_F(MstpTest, InstanceByVlan) {
   for (PortIndex port = 0; port < 3; ++port) cable(port).clear();
 }
 
-// What the CPU sends by port is in the VLAN of its tag, else in that of the port's PVID.
+// A packet that the CPU sends by port is in the VLAN of its tag, else in that of the port's PVID.
 TEST_F(MstpTest, InstanceOfWhatTheCpuSends) {
   ok(sdk.set_port_mstp_state(2, mp(1), MSTP_STATE_BLOCKING));
   std::list<Mp> tagged = mps({1}), untagged;

@@ -8,8 +8,8 @@
 //   cpu(RX_REASON_FLOOD, "")   the CPU was handed a packet for that reason
 //
 // Behind source and destination stands frame text; what out() and cpu() name must be in the frame.
-// Whatever comes out of a port or to the CPU must be looked at: a test that leaves a frame behind
-// fails. Time stands still unless warp() moves it.
+// A test looks at every frame that comes out of a port or to the CPU: one that leaves a frame
+// behind fails. Time stands still unless warp() moves it.
 #ifndef TESTS_SOFTCARD_SWITCH_FIXTURE_H_
 #define TESTS_SOFTCARD_SWITCH_FIXTURE_H_
 

@@ -387,7 +387,7 @@ TEST_F(Tables, L3InterfacesHostsAndRoutes) {
               vorn_clear_l3_route_table());
 }
 
-// What leads through an interface, one kind at a time, keeps it.
+// A host or route through an interface keeps it, whatever its kind.
 TEST_F(Tables, L3InterfaceInUse) {
   unsigned id = 0;
   EXPECT_TRUE(vorn_create_l3_interface(Mac(1), 10, id));

@@ -8,6 +8,7 @@
 #include "card_text.h"
 #include "codec.h"
 #include "expect.h"
+#include "monitor.h"
 #include "shell.h"
 #include "softcard/cables/memory_cable.h"
 #include "softcard/frames/frame_text.h"
@@ -87,12 +88,7 @@ void time(Shell& shell, Arguments& arguments, Reply& reply) {
     }
     return;
   }
-  const std::uint64_t now = clock.now_ns();
-  std::string fraction = std::to_string(now % softcard::kNanosecondsPerSecond);
-  fraction.insert(0, 9 - fraction.size(), '0');
-  fraction.erase(fraction.find_last_not_of('0') + 1);
-  const std::string seconds = std::to_string(now / softcard::kNanosecondsPerSecond) +
-                              (fraction.empty() ? "" : "." + fraction);
+  const std::string seconds = seconds_text(clock.now_ns());
   reply.say(seconds + " s");
   reply.data.emplace_back("seconds", Value{seconds, seconds});
 }
@@ -153,6 +149,8 @@ void add_card_commands(CommandTable& table) {
       "what must have come", expect, false);
   add("drain", "", "forgets frames, packets for the CPU and events that nobody expected", drain,
       true);
+  add("monitor", "[PORTS] [cpu]|off", "tells of every frame that goes in and out, as it comes",
+      monitor, false);
   add("time", "[warp SECONDS]", "the card's time, or moves it on", time, true);
   add("wait", "SECONDS", "lets the card run for so long, in real time", wait, false);
   add("fail", "[OPERATION [N]|none]", "has the Nth next call of an SDK operation refused", fail,

@@ -31,6 +31,11 @@ class Kept {
     drop_first();
     return thing;
   }
+  // Calls visit(thing) for each, oldest first.
+  template <class Visit>
+  void for_each(Visit&& visit) const {
+    for (const auto& thing : things_) visit(thing.first);
+  }
   bool empty() const { return things_.empty(); }
   std::size_t size() const { return things_.size(); }
   // So many are gone that nobody has asked for, since the last clear().

@@ -178,7 +178,7 @@ void Shell::run_words(std::vector<std::string> words, const Place& place) {
   const bool must_fail = words.front()[0] == '!';
   Reply reply;
   std::string error;
-  holding_ = options_.json;
+  holding_ = true;
   try {
     if (must_fail) {
       words.front().erase(0, 1);
@@ -351,8 +351,9 @@ void Shell::traced_call(const std::string& call) {
   print_behind(options_.json ? json_object({{"call", text_value(call)}}) : "call " + call);
 }
 
-void Shell::print_behind(const std::string& line) {
-  if (holding_ && held_.size() < kMostHeldBytes) {
+void Shell::print_behind(const std::string& line, Hold hold) {
+  const bool held = holding_ && (options_.json || hold == Hold::kAlways);
+  if (held && held_.size() < kMostHeldBytes) {
     held_ += line + '\n';
     return;
   }
@@ -364,7 +365,9 @@ void Shell::print_behind(const std::string& line) {
 }
 
 void Shell::print_held() {
-  if (!held_.empty()) std::cout << held_ << std::flush;
+  if (held_.empty()) return;
+  end_echo();
+  std::cout << held_ << std::flush;
   held_.clear();
 }
 
@@ -403,6 +406,7 @@ void Shell::run_card(const Place& place) {
 
 bool Shell::round() {
   run_card(Place());
+  if (!options_.json) print_held();
   return true;
 }
 
@@ -419,6 +423,7 @@ void Shell::listen_to_card() {
   softcard::Card* const card = softcard::host::card();
   if (card == heard_card_) return;
   heard_card_ = card;
+  monitor_ = nullptr;
   cpu_packets_.clear();
   if (card != nullptr) card->events().add(&take_cpu_packet, this);
 }

@@ -114,6 +114,17 @@ class Shell {
   // Result and outputs of the last entry point called.
   const Reply& last_call() const { return last_call_; }
 
+  // Prints what came between or behind the answers. What waits comes behind the answer of the
+  // command that runs: in JSON everything does; in text only what is held always, and that no
+  // longer than while the card runs.
+  enum class Hold { kInJson, kAlways };
+  void print_behind(const std::string& line, Hold hold = Hold::kInJson);
+
+  // Looks on until the next one does, or the card goes; null ends it.
+  void set_monitor(std::shared_ptr<softcard::FrameObserver> monitor) {
+    monitor_ = std::move(monitor);
+  }
+
   // Prints a call of the SDK that is traced.
   void traced_call(const std::string& call);
 
@@ -142,9 +153,6 @@ class Shell {
   // Ends the line of a command that was printed and whose answer did not fit behind it.
   void end_echo();
   void complain(const Place& place, const std::string& message);
-  // Prints what came between or behind the answers: in JSON behind the answer of the command that
-  // runs.
-  void print_behind(const std::string& line);
   void print_held();
   // Runs the card until nothing is left to do, and says what went wrong in that: a callback that
   // threw, a capture file that cannot be read or written.
@@ -161,13 +169,14 @@ class Shell {
   bool echo_open_ = false;  // a command stands at the end of what was printed
   unsigned errors_ = 0;
   unsigned depth_ = 0;    // commands that run, each within the one before
-  bool holding_ = false;  // what comes in JSON waits for an answer
+  bool holding_ = false;  // what comes waits for an answer
   std::string held_;      // so far
   Reply last_call_;
   std::map<std::string, std::string> outputs_;  // the latest of each name, for $name
   Kept<CpuPacket> cpu_packets_;
   Kept<Event> events_;
   const softcard::Card* heard_card_ = nullptr;
+  std::shared_ptr<softcard::FrameObserver> monitor_;  // null while nobody looks on
   std::unique_ptr<std::ofstream> recording_;
   std::optional<FileId> recorded_file_;
   std::string recording_trouble_;  // to be told behind the answer

@@ -6,9 +6,12 @@
 #include <tuple>
 #include <utility>
 
+#include "cables.h"
 #include "card_text.h"
 #include "codec.h"
+#include "monitor.h"
 #include "shell.h"
+#include "softcard/frames/frame_text.h"
 #include "softcard/pipeline/trace.h"
 #include "softcard/sdk/flow_fields.h"
 
@@ -422,6 +425,30 @@ void show_cos(Card& card, Arguments& arguments, Reply& reply) {
   reply.show("cos", table);
 }
 
+// The frames that came out and that nobody has asked for yet; they stay.
+void show_frames(Shell& shell, Arguments& arguments, Reply& reply) {
+  Card& card = shell.card();
+  Table table({"port", "bytes", "frame"});
+  const auto add = [&table](const Value& port, const std::vector<unsigned char>& frame) {
+    table.add({port, count_value(frame.size()),
+               text_value(softcard::print_frame(frame.data(), frame.size()))});
+  };
+  // Ports that are named must be plugged into memory.
+  const bool all = arguments.empty();
+  const Places places = take_places(card, arguments);
+  for (const PortIndex port : places.ports) {
+    const softcard::MemoryCable* const cable = find_memory_cable(card, port);
+    if (cable == nullptr && !all) memory_cable(card, port);
+    if (cable == nullptr) continue;
+    for (const auto& frame : cable->frames()) add(port_value(port), frame);
+  }
+  if (places.cpu) {
+    shell.cpu_packets().for_each(
+        [&add](const CpuPacket& packet) { add(text_value("cpu"), packet.frame); });
+  }
+  reply.show("frames", table);
+}
+
 struct Topic {
   const char* name;
   void (*show)(Card& card, Arguments& arguments, Reply& reply);
@@ -441,11 +468,13 @@ constexpr Topic kTopics[] = {
 
 void show(Shell& shell, Arguments& arguments, Reply& reply) {
   const std::string name = arguments.take("table");
+  if (name == "frames") return show_frames(shell, arguments, reply);
   std::vector<std::string> names;
   for (const Topic& topic : kTopics) {
     if (name == topic.name) return topic.show(shell.card(), arguments, reply);
     names.emplace_back(topic.name);
   }
+  names.emplace_back("frames");
   throw Error("table: '" + name + "' is none of " + joined(names, ", "));
 }
 
@@ -454,7 +483,7 @@ void show(Shell& shell, Arguments& arguments, Reply& reply) {
 void add_show_commands(CommandTable& table) {
   table.add({"show", "card",
              "card|port|vlan|class|lag|fdb|lock|l3|flow|filter|counters|drops|mirror|stp|traffic|"
-             "flood|cos [PORTS|VLAN]",
+             "flood|cos|frames [PORTS|VLAN]",
              "prints a table of the card", show});
 }
 

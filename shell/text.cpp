@@ -124,6 +124,14 @@ std::uint64_t parse_seconds(const std::string& text, const std::string& what,
          static_cast<std::uint64_t>(fraction);
 }
 
+std::string seconds_text(std::uint64_t nanoseconds) {
+  std::string fraction = std::to_string(nanoseconds % softcard::kNanosecondsPerSecond);
+  fraction.insert(0, 9 - fraction.size(), '0');
+  fraction.erase(fraction.find_last_not_of('0') + 1);
+  return std::to_string(nanoseconds / softcard::kNanosecondsPerSecond) +
+         (fraction.empty() ? "" : "." + fraction);
+}
+
 std::string nearest(const std::string& word, const std::vector<std::string>& candidates) {
   // A long text is no mistyped command.
   constexpr std::size_t kLongestWord = 200;

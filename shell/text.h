@@ -50,6 +50,9 @@ bool read_number(const std::string& text, std::int64_t lowest, std::int64_t high
 std::uint64_t parse_seconds(const std::string& text, const std::string& what,
                             std::int64_t most_seconds);
 
+// Nanoseconds as seconds: 300, 0.25.
+std::string seconds_text(std::uint64_t nanoseconds);
+
 // The candidate with the fewest letters to change, empty when none is near.
 std::string nearest(const std::string& word, const std::vector<std::string>& candidates);
 

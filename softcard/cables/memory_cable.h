@@ -49,6 +49,8 @@ class MemoryCable : public Cable {
   bool take(std::vector<std::uint8_t>& frame);
 
   std::size_t waiting() const { return sent_.size(); }
+  // What waits, the frame that take() would take first.
+  const std::deque<std::vector<std::uint8_t>>& frames() const { return sent_; }
   // The frame that take() would take; there is one.
   const std::vector<std::uint8_t>& first() const { return sent_.front(); }
   void clear();

@@ -11,11 +11,13 @@
 
 namespace softcard {
 
-Egress::Egress(Tables& tables, FramePool& pool, PortCables& cables, const TraceWriter& note)
+Egress::Egress(Tables& tables, FramePool& pool, PortCables& cables, const TraceWriter& note,
+               Witness& witness)
     : tables_(tables),
       pool_(pool),
       cables_(cables),
       note_(note),
+      witness_(witness),
       staged_(tables.ports.count()),
       paused_until_ns_(tables.ports.count()) {}
 
@@ -46,6 +48,7 @@ void Egress::flush(PortIndex egress) {
     const DropReason reason =
         cables_.plugged(egress) ? DropReason::cable_refused : DropReason::unplugged;
     note_("out", Destination::port(egress), ": ", reason);
+    witness_.refused(egress, staged.count - sent, reason);
     count_errors(egress, reason, staged.count - sent);
   }
   staged.count = 0;
@@ -87,6 +90,7 @@ void Egress::backpressure(PortIndex port, std::uint64_t now_ns) {
   paused_until_ns_[port] = now_ns + std::uint64_t{kLongest} * 512 * 1000 / mbps;
   tables_.counters.add(port, STAT_OUT_PAUSE_FRAMES);
   note_("port", Destination::port(port), " sends a pause frame");
+  witness_.sent(port, *frame, true);
   stage(std::move(frame), port);
 }
 
@@ -94,6 +98,7 @@ void Egress::backpressure(PortIndex port, std::uint64_t now_ns) {
 
 void Egress::drop(PortIndex egress, DropReason reason) {
   note_("out", Destination::port(egress), ": ", reason);
+  witness_.dropped(reason, egress);
   tables_.drops.add(egress, reason);
   tables_.counters.add(egress, STAT_OUT_DISCARDS);
 }

@@ -16,6 +16,7 @@
 #include "softcard/base/port_set.h"
 #include "softcard/frames/frame.h"
 #include "softcard/frames/wire.h"
+#include "softcard/pipeline/observer.h"
 #include "softcard/pipeline/trace.h"
 #include "softcard/tables/tables.h"
 
@@ -42,7 +43,8 @@ class Egress {
   static constexpr std::size_t kBurst = 32;
 
   // All are kept and outlive the object; the ports are there already.
-  Egress(Tables& tables, FramePool& pool, PortCables& cables, const TraceWriter& note);
+  Egress(Tables& tables, FramePool& pool, PortCables& cables, const TraceWriter& note,
+         Witness& witness);
   Egress(const Egress&) = delete;
   Egress& operator=(const Egress&) = delete;
 
@@ -79,6 +81,7 @@ class Egress {
   void complete(FramePtr frame, PortIndex egress, unsigned queue);
   void count_and_stage(FramePtr frame, PortIndex egress, unsigned queue) {
     tables_.counters.sent(egress, frame->size(), cast_of(load48(frame->data())), queue);
+    witness_.sent(egress, *frame, false);
     stage(std::move(frame), egress);
   }
   void stage(FramePtr frame, PortIndex egress) {
@@ -95,6 +98,7 @@ class Egress {
   FramePool& pool_;
   PortCables& cables_;
   const TraceWriter& note_;
+  Witness& witness_;
   std::vector<Staged> staged_;  // by port
   PortSet staged_ports_;
   std::vector<std::uint64_t> paused_until_ns_;  // by port: until when its last pause frame holds

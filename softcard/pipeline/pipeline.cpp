@@ -121,7 +121,8 @@ Pipeline::Pipeline(Tables& tables, const Clock& clock, FramePool& pool, CpuQueue
       pool_(pool),
       cpu_(cpu),
       note_(tables),
-      egress_(tables, pool, cables, note_),
+      witness_(tables),
+      egress_(tables, pool, cables, note_, witness_),
       meters_(tables.ports.count()) {}
 
 // ---- A burst of frames --------------------------------------------------------------------------
@@ -138,6 +139,8 @@ class Pipeline::Burst {
   }
   void send() {
     pipeline_.egress_.flush();
+    pipeline_.witness_.finish();
+    pipeline_.witness_.burst_over();
     sent_ = true;
   }
 
@@ -148,6 +151,7 @@ class Pipeline::Burst {
 
 void Pipeline::abandon() {
   egress_.discard();
+  witness_.forget();
   for (Passage& passage : passages_) {
     if (passage.frame == nullptr) continue;
     passage.frame.reset();
@@ -161,7 +165,8 @@ void Pipeline::receive(PortIndex port, FramePtr* frames, std::size_t count) {
   now_seconds_ = now_ns_ / kNanosecondsPerSecond;
   tables_.fdb.age(now_seconds_);
   while (count != 0) {
-    const std::size_t burst = std::min(count, kBurst);
+    // What an observer sees of a frame ends before the next one begins.
+    const std::size_t burst = std::min(count, witness_.looks() ? 1 : kBurst);
     for (std::size_t i = 0; i < burst; ++i) prefetch(frames[i]->data());
     std::size_t waiting = 0;
     for (std::size_t i = 0; i < burst; ++i) {
@@ -173,6 +178,10 @@ void Pipeline::receive(PortIndex port, FramePtr* frames, std::size_t count) {
     }
     find_next_hops(waiting);
     for (std::size_t i = 0; i < waiting; ++i) pass(passages_[i]);
+    if (witness_.looks()) {
+      egress_.flush();
+      witness_.finish();
+    }
     frames += burst;
     count -= burst;
   }
@@ -187,11 +196,13 @@ bool Pipeline::arrive(Passage& passage) {
   Headers& headers = passage.headers;
   frame.ingress = port;
   note_("port", Destination::port(port), " received ", frame.size(), " bytes");
+  witness_.begin(port, frame, now_ns_);
 
   if (!tables_.ports.is_up(port)) {
     // A frame that does not arrive is not counted as received either.
     tables_.drops.add(port, DropReason::link_down);
     note_("port", DropReason::link_down);
+    witness_.dropped(DropReason::link_down);
     passage.frame.reset();
     return false;
   }
@@ -209,6 +220,7 @@ bool Pipeline::arrive(Passage& passage) {
                                                           : DropReason::malformed;
     tables_.drops.add(port, reason);
     note_("port", reason);
+    witness_.dropped(reason);
     passage.frame.reset();
     return false;
   }
@@ -221,6 +233,7 @@ bool Pipeline::arrive(Passage& passage) {
     if (tables_.ports.receives_pause(port)) tables_.counters.add(port, STAT_IN_PAUSE_FRAMES);
     tables_.drops.add(port, DropReason::pause);
     note_("port", DropReason::pause);
+    witness_.dropped(DropReason::pause);
     passage.frame.reset();
     return false;
   }
@@ -593,7 +606,8 @@ void Pipeline::output(Passage& passage, FramePtr frame, const FlowAction& action
         if (copy == nullptr) {
           egress_.drop(egress, DropReason::no_buffer);
         } else {
-          emit(passage, std::move(copy), egress, Tagging::as_it_is);
+          emit(passage, std::move(copy), tables_.lags.resolve(Destination::port(egress)), egress,
+               Tagging::as_it_is);
         }
       }
       return;
@@ -758,7 +772,7 @@ void Pipeline::route(Passage& passage) {
   set_destination_mac(*frame, passage.headers, hop->mac.to_number());
   decrement_ttl(*frame, passage.headers);
   frame->vlan = passage.vlan;
-  send(passage, std::move(frame), Destination::port(egress), Tagging::by_membership);
+  leave(passage, std::move(frame), way, egress, Tagging::by_membership);
 }
 
 // Hands a packet that came to the router to the CPU as it came in, where `cpu_reason` is a reason
@@ -876,10 +890,13 @@ void Pipeline::flood(Passage& passage, FramePtr frame, flood_block_type_t kind) 
     if (copy == nullptr) {
       egress_.drop(targets[i], DropReason::no_buffer);
     } else {
-      emit(passage, std::move(copy), targets[i], Tagging::by_membership);
+      emit(passage, std::move(copy), tables_.lags.resolve(Destination::port(targets[i])),
+           targets[i], Tagging::by_membership);
     }
   }
-  emit(passage, std::move(frame), targets[count - 1], Tagging::by_membership);
+  const PortIndex last = targets[count - 1];
+  emit(passage, std::move(frame), tables_.lags.resolve(Destination::port(last)), last,
+       Tagging::by_membership);
 }
 
 // Split horizon: the ports that a frame came in through, its LAG's among them, are no way out for
@@ -908,12 +925,18 @@ void Pipeline::send(Passage& passage, FramePtr frame, Destination destination, T
     drop(passage, DropReason::flow_drop);
     return;
   }
+  leave(passage, std::move(frame), destination, egress, tagging);
+}
+
+// Sends the frame out of a port, which is its way or the member of a LAG that is.
+void Pipeline::leave(const Passage& passage, FramePtr frame, Destination way, PortIndex egress,
+                     Tagging tagging) {
   DropReason reason;
   if (ineligible(passage, egress, tagging, reason)) {
     egress_.drop(egress, reason);
     return;
   }
-  emit(passage, std::move(frame), egress, tagging);
+  emit(passage, std::move(frame), way, egress, tagging);
 }
 
 // The ports that may send the frame as far as ineligible() is concerned.
@@ -949,7 +972,8 @@ bool Pipeline::ineligible(const Passage& passage, PortIndex egress, Tagging tagg
 }
 
 // Gives the frame the tag that it leaves the port with, or none, and sends it.
-bool Pipeline::emit(const Passage& passage, FramePtr frame, PortIndex egress, Tagging tagging) {
+bool Pipeline::emit(const Passage& passage, FramePtr frame, Destination way, PortIndex egress,
+                    Tagging tagging) {
   if (mtu_bytes(*frame, passage.headers.tags != 0) > tables_.ports.mtu_bytes(egress)) {
     egress_.drop(egress, DropReason::egress_mtu);
     return false;
@@ -984,6 +1008,7 @@ bool Pipeline::emit(const Passage& passage, FramePtr frame, PortIndex egress, Ta
                                             : tables_.cos.queue(egress, passage.priority);
   note_("out", Destination::port(egress), tagged ? " tagged" : " untagged", ", queue ", queue);
   if (tables_.mirrors.egress().contains(egress)) mirror(*frame, egress, "egress");
+  witness_.took(way, egress);
   egress_.transmit(std::move(frame), egress, queue);
   return true;
 }
@@ -1002,6 +1027,7 @@ void Pipeline::mirror(const Frame& frame, PortIndex mirrored, const char* direct
   } else if (mtu_bytes(frame, tagged) > tables_.ports.mtu_bytes(to)) {
     reason = DropReason::egress_mtu;
   } else if (FramePtr copy = pool_.copy(frame)) {
+    witness_.mirrored(to);
     egress_.transmit(std::move(copy), to, tables_.cos.queue(to, frame.priority));
     return;
   }
@@ -1022,7 +1048,9 @@ bool Pipeline::cpu_takes(const Passage& passage) const {
 bool Pipeline::to_cpu(const Passage& passage, FramePtr frame, unsigned reason) {
   if (!cpu_takes(passage)) return false;
   complete_checksum(*frame);
+  SeenFrame seen = witness_.copy_of(*frame);
   const bool queued = cpu_.post_packet(std::move(frame), reason);
+  if (queued) witness_.queued(std::move(seen), reason);
   note_("cpu", queued ? "to the CPU: " : "the queue is full: ", rx_reason_text(reason));
   return queued;
 }
@@ -1052,6 +1080,7 @@ bool Pipeline::read_cpu_frame(const std::uint8_t* data, std::size_t bytes, unsig
   }
   passage.control = type == PACKET_TYPE_CONTROL;
   passage.priority = passage.headers.tag_priority();
+  witness_.begin(kNoPort, *passage.frame, now_ns_);
   note_("cpu", MacText{passage.headers.source}, " to ", MacText{passage.headers.destination}, ", ",
         bytes, " bytes from the CPU");
   return true;
@@ -1077,7 +1106,7 @@ bool Pipeline::send_by_port(const std::vector<PortIndex>& tagged,
     } else {
       copy->vlan = passage.vlan;
       copy->priority = passage.priority;
-      if (emit(passage, std::move(copy), egress, tagging)) {
+      if (emit(passage, std::move(copy), Destination::port(egress), egress, tagging)) {
         sent = true;
         return;
       }
@@ -1120,6 +1149,7 @@ void Pipeline::drop(Passage& passage, DropReason reason) {
 }
 
 void Pipeline::count_drop(const Passage& passage, DropReason reason) {
+  witness_.dropped(reason);
   tables_.drops.add(passage.ingress, reason);
   if (passage.ingress == kNoPort) return;
   tables_.counters.add(passage.ingress, STAT_IN_DISCARDS);

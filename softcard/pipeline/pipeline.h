@@ -12,6 +12,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
+#include <utility>
 #include <vector>
 
 #include "softcard/base/clock.h"
@@ -21,6 +23,7 @@
 #include "softcard/frames/parser.h"
 #include "softcard/pipeline/cpu_queue.h"
 #include "softcard/pipeline/egress.h"
+#include "softcard/pipeline/observer.h"
 #include "softcard/pipeline/trace.h"
 #include "softcard/tables/storm_meter.h"
 #include "softcard/tables/tables.h"
@@ -52,6 +55,9 @@ class Pipeline {
 
   // Records the way of every frame in `trace` until it is set to null.
   void set_trace(Trace* trace) { note_.set(trace); }
+
+  // Shows the way of every frame to `observer`, until its owner lets go of it.
+  void observe(std::weak_ptr<FrameObserver> observer) { witness_.add(std::move(observer)); }
 
  private:
   // Frames whose lookups wait for memory together.
@@ -116,10 +122,13 @@ class Pipeline {
 
   // The ways out.
   void send(Passage& passage, FramePtr frame, Destination destination, Tagging tagging);
+  void leave(const Passage& passage, FramePtr frame, Destination way, PortIndex egress,
+             Tagging tagging);
   PortSet eligible(const Passage& passage, Tagging tagging) const;
   bool ineligible(const Passage& passage, PortIndex egress, Tagging tagging,
                   DropReason& reason) const;
-  bool emit(const Passage& passage, FramePtr frame, PortIndex egress, Tagging tagging);
+  bool emit(const Passage& passage, FramePtr frame, Destination way, PortIndex egress,
+            Tagging tagging);
   void mirror(const Frame& frame, PortIndex mirrored, const char* direction);
   bool cpu_takes(const Passage& passage) const;
   bool to_cpu(const Passage& passage, FramePtr frame, unsigned reason);
@@ -144,6 +153,7 @@ class Pipeline {
   FramePool& pool_;
   CpuQueue& cpu_;
   TraceWriter note_;
+  Witness witness_;
   Egress egress_;
   std::uint64_t now_ns_ = 0;       // of the burst in hand
   std::uint64_t now_seconds_ = 0;  // the same, for what ages

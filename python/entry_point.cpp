@@ -120,6 +120,9 @@ void EntryPoint::define(std::unique_ptr<EntryPoint> entry_point, py::handle modu
       PyCFunction_NewEx(&entry->method_, self.ptr(), module_name.ptr()));
   if (!function) throw py::error_already_set();
   module.attr(entry->name_.c_str()) = function;
+  if (entry->result_class_) {
+    module.attr(entry->result_class_.attr("__name__")) = entry->result_class_;
+  }
 }
 
 // The names of inputs and outputs, and what help() and the stubs are made of.
@@ -161,8 +164,7 @@ void EntryPoint::make_signature() {
     for (std::size_t i = 0; i < output_names.size(); ++i) {
       fields.append(py::make_tuple(output_names[i], output_hints[i]));
     }
-    result_class_ =
-        py::module_::import("vornlcapi._values").attr("result_class")(name_, result, fields);
+    result_class_ = value_class("result_class")(result, fields);
   }
   doc_ = name_ + plain + ")\n--\n\n" + name_ + typed + ") -> " + result + "\n\n" + help_;
 }

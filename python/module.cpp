@@ -38,11 +38,25 @@ void require(bool success, const char* function) {
   throw py::error_already_set();
 }
 
-void use_description(const std::string& text) {
-  require(softcard_use_description(text.c_str()) != 0, "use_description");
+// A text for a C function, which would read no further than to a zero.
+std::string without_zero(std::string text, const char* name) {
+  if (text.find('\0') != std::string::npos) {
+    throw py::value_error(std::string(name) + ": there is a zero in the text");
+  }
+  return text;
+}
+std::string text_argument(const char* name, py::handle value) {
+  return without_zero(Codec<std::string>::read(argument(name), value), name);
 }
 
-void use_description_file(const std::string& path) {
+void use_description(const std::string& text) {
+  const std::string description = without_zero(text, "description");
+  require(softcard_use_description(description.c_str()) != 0, "use_description");
+}
+
+// The path as Python's os.fsencode() makes it.
+void use_description_file(const py::bytes& name) {
+  const std::string path = without_zero(name, "description");
   require(softcard_use_description_file(path.c_str()) != 0, "use_description_file");
 }
 
@@ -73,10 +87,25 @@ py::list take(py::handle port) {
   return frames;
 }
 
-std::uint64_t drops(py::handle port, const std::string& reason) {
+std::uint64_t drops(py::handle port, py::handle reason) {
   std::uint64_t frames = 0;
-  require(softcard_drops(port_record(port), reason.c_str(), &frames) != 0, "drops");
+  const std::string name = text_argument("reason", reason);
+  require(softcard_drops(port_record(port), name.c_str(), &frames) != 0, "drops");
   return frames;
+}
+
+void fail(py::handle operation, py::handle nth) {
+  const std::string name = text_argument("operation", operation);
+  const auto number = static_cast<unsigned int>(read_number(argument("nth"), nth, 0, UINT32_MAX));
+  require(softcard_fail(name.c_str(), number) != 0, "fail");
+}
+
+std::string port_text(py::handle unit, py::handle slot, py::handle port) {
+  const auto number = [](const char* name, py::handle value) {
+    return static_cast<unsigned int>(read_number(argument(name), value, 0, UINT32_MAX));
+  };
+  return softcard::AddressPlan::text(
+      Usp(number("unit", unit), number("slot", slot), number("port", port)));
 }
 
 py::list drop_reasons() {
@@ -92,10 +121,11 @@ std::string frame_text(py::handle frame) {
   return softcard::print_frame(bytes.data(), bytes.size());
 }
 
-bool frame_matches(py::handle frame, const std::string& pattern) {
+bool frame_matches(py::handle frame, py::handle pattern) {
   const std::vector<unsigned char> bytes = read_frame(argument("frame"), frame);
+  const std::string text = Codec<std::string>::read(argument("pattern"), pattern);
   std::string error;
-  const bool matches = softcard::frame_matches(pattern, bytes.data(), bytes.size(), error);
+  const bool matches = softcard::frame_matches(text, bytes.data(), bytes.size(), error);
   if (!error.empty()) throw py::value_error("pattern: " + error);
   return matches;
 }
@@ -122,13 +152,9 @@ void add_card_functions(py::module_& module) {
   module.def("last_trace", [] { return std::string(softcard_last_trace()); });
   module.def("drops", &drops);
   module.def("drop_reasons", &drop_reasons);
-  module.def("fail", [](const std::string& operation, unsigned nth) {
-    require(softcard_fail(operation.c_str(), nth) != 0, "fail");
-  });
+  module.def("fail", &fail);
   module.def("fail_none", &softcard_fail_none);
-  module.def("port_text", [](unsigned unit, unsigned slot, unsigned port) {
-    return softcard::AddressPlan::text(Usp(unit, slot, port));
-  });
+  module.def("port_text", &port_text);
   module.def("port_numbers", [](py::handle port) {
     const usp_s usp = port_record(port);
     return py::make_tuple(usp.unit, usp.slot, usp.port);
@@ -148,7 +174,6 @@ void add_card_functions(py::module_& module) {
 PYBIND11_MODULE(_native, module) {
   using namespace vorn_python;
   add_all_functions(module);
-  add_card_functions(module);
   // Those that no entry point has in its signature.
   rx_reason_class();
   mac_update_class();
@@ -157,4 +182,11 @@ PYBIND11_MODULE(_native, module) {
   packet_type_class();
   for (const EnumClass* const made : enum_classes())
     module.attr(made->name().c_str()) = made->type();
+  // What the package offers: all but the card's functions, of which it makes the class Card.
+  py::list offered;
+  for (const auto& [name, value] : py::reinterpret_borrow<py::dict>(module.attr("__dict__"))) {
+    if (!name.attr("startswith")("_").cast<bool>()) offered.append(name);
+  }
+  module.attr("__all__") = offered;
+  add_card_functions(module);
 }

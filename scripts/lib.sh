@@ -27,9 +27,9 @@ as_root() {
   fi
 }
 
-# Installs what is missing. Each argument is <Debian package>=<probe>; the probe is a command, or
-# a file when it begins with a slash. A machine that has every probe needs no package manager.
-need() {
+# Sets $missing to the packages that are missing. Each argument is <Debian package>=<probe>; the
+# probe is a command, or a file when it begins with a slash.
+find_missing() {
   missing=
   for entry in "$@"; do
     package=${entry%%=*}
@@ -39,17 +39,33 @@ need() {
       *) command -v "$probe" >/dev/null 2>&1 || missing="$missing $package" ;;
     esac
   done
-  [ -n "$missing" ] || return 0
-  if ! command -v apt-get >/dev/null 2>&1; then
-    die "there is no apt here; please install what these Debian packages hold:$missing"
-  fi
+}
+
+install_missing() {
   say "Installing with apt:$missing"
   # shellcheck disable=SC2086 # the list of packages is meant to be split
-  {
-    as_root apt-get -q update </dev/null &&
-      as_root env DEBIAN_FRONTEND=noninteractive \
-        apt-get -q -y install --no-install-recommends $missing </dev/null
-  } || die "apt could not install:$missing"
+  as_root apt-get -q update </dev/null &&
+    as_root env DEBIAN_FRONTEND=noninteractive \
+      apt-get -q -y install --no-install-recommends $missing </dev/null
+}
+
+has_apt() { command -v apt-get >/dev/null 2>&1; }
+
+# Installs what is missing. A machine that has every probe needs no package manager.
+need() {
+  find_missing "$@"
+  [ -n "$missing" ] || return 0
+  has_apt || die "there is no apt here; please install what these Debian packages hold:$missing"
+  install_missing || die "apt could not install:$missing"
+}
+
+# The same for what a build can do without: says what it does without.
+want() {
+  find_missing "$@"
+  [ -n "$missing" ] || return 0
+  if ! has_apt || ! (install_missing); then
+    say "Left out is what needs these Debian packages, which are missing:$missing"
+  fi
 }
 
 need_native_tools() {
@@ -70,13 +86,17 @@ need_for_preset() {
     old-abi) need googletest=/usr/src/googletest/CMakeLists.txt ;;
     *) need libgtest-dev=/usr/include/gtest/gtest.h libgmock-dev=/usr/include/gmock/gmock.h ;;
   esac
-  # The Python module is built for Debian's own Python, without sanitizers: here alone.
-  if [ "$1" = release ]; then
-    need python3=/usr/bin/python3 pybind11-dev=/usr/lib/cmake/pybind11/pybind11Config.cmake \
-      python3-dev=/usr/bin/python3-config python3-pytest=/usr/lib/python3/dist-packages/pytest \
-      python3-scapy=/usr/lib/python3/dist-packages/scapy
-  fi
+  # Presets with sanitizers or for another machine leave the Python module out.
+  case $1 in release | clang) want "${python_packages[@]}" ;; esac
 }
+
+# For the Python module and its tests: Debian's own Python, as its packages of pytest and Scapy are
+# for that one.
+python_packages=(python3=/usr/bin/python3 python3-dev=/usr/bin/python3-config
+  pybind11-dev=/usr/lib/cmake/pybind11/pybind11Config.cmake
+  python3-pytest=/usr/lib/python3/dist-packages/pytest
+  python3-scapy=/usr/lib/python3/dist-packages/scapy
+  python3-mypy=/usr/lib/python3/dist-packages/mypy)
 
 jobs() { nproc 2>/dev/null || echo 2; }
 

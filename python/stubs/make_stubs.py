@@ -8,7 +8,6 @@ import inspect
 import pathlib
 import sys
 
-import vornlcapi
 from vornlcapi import _native
 
 HEAD = '''\
@@ -22,7 +21,7 @@ from vornlcapi._values import (
 
 CARD = '''
 def use_description(text: str) -> None: ...
-def use_description_file(path: str) -> None: ...
+def use_description_file(path: bytes) -> None: ...
 def use_time(real: bool) -> None: ...
 def port_count() -> int: ...
 def last_refusal() -> str: ...
@@ -54,25 +53,30 @@ def enumeration(made):
     return [f"class {made.__name__}({base}):", *members, ""]
 
 
+def named_tuple(made):
+    fields = [f"    {field}: {hint}" for field, hint in made.__annotations__.items()]
+    return [f"class {made.__name__}(NamedTuple):", *fields, ""]
+
+
+def function(made):
+    typed, _, text = inspect.getdoc(made).partition("\n\n")
+    return [f"def {typed}:", f'    """{text}"""', ""]
+
+
 def main():
     values = vars(_native)
-    lines = [HEAD]
-    for name in sorted(values):
-        if isinstance(values[name], type) and issubclass(values[name], enum.IntEnum | enum.IntFlag):
-            lines += enumeration(values[name])
-    functions = [name for name in values if name.startswith("vorn_")]
-    for name in functions:
-        typed, _, text = inspect.getdoc(values[name]).partition("\n\n")
-        result = vornlcapi._values.result_classes.get(name)
-        if result:
-            lines += [f"class {result.__name__}(NamedTuple):",
-                      *(f"    {field}: {hint}" for field, hint in result.__annotations__.items()),
-                      ""]
-        lines += [f"def {typed}:", f'    """{text}"""', ""]
+    lines = [HEAD, "__all__ = [", *(f'    "{name}",' for name in _native.__all__), "]", ""]
+    for name in _native.__all__:
+        value = values[name]
+        if not isinstance(value, type):
+            lines += function(value)
+        elif issubclass(value, enum.Enum):
+            lines += enumeration(value)
+        else:
+            lines += named_tuple(value)
     lines.append(CARD)
-    missing = [name for name in values if not name.startswith(("_", "vorn_"))
-               and callable(values[name]) and f"{name}(" not in CARD
-               and not isinstance(values[name], type)]
+    missing = [name for name in values if not name.startswith("_")
+               and name not in _native.__all__ and f"{name}(" not in CARD]
     if missing:
         sys.exit(f"make_stubs.py: no hints for {missing}")
     pathlib.Path(sys.argv[1]).write_text("\n".join(lines))

@@ -14,14 +14,12 @@ Every function whose name begins with vorn_ is an entry point. What it gives is 
 one value, or a named tuple. What it refuses raises Refused, whose text has the reason.
 """
 
-from vornlcapi._values import (  # noqa: F401
+from vornlcapi._values import (
     Flow, Frame, L2Addr, L2AddrFlag, LinkStatus, Packet, Port, Refused, RxPacket, Udf)
 from vornlcapi import _native
-from vornlcapi.card import Card, Clock  # noqa: F401
+from vornlcapi._native import *  # noqa: F401,F403
+from vornlcapi.card import Card, Clock, Timer
 
-# The entry points and the enumerations; the card's own functions are Card's.
-_offered = [_name for _name in dir(_native) if _name.startswith("vorn_") or _name[0].isupper()]
-globals().update((_name, getattr(_native, _name)) for _name in _offered)
-
-__all__ = sorted([*_offered, "Card", "Clock", "Flow", "Frame", "L2Addr", "L2AddrFlag",
-                  "LinkStatus", "Packet", "Port", "Refused", "RxPacket", "Udf"])
+__all__ = ["Card", "Clock", "Flow", "Frame", "L2Addr", "L2AddrFlag", "LinkStatus", "Packet",
+           "Port", "Refused", "RxPacket", "Timer", "Udf"]
+__all__ += _native.__all__

@@ -41,12 +41,13 @@ class Port(str):
     def __new__(cls, text: Union[str, int], slot: Optional[int] = None,
                 port: Optional[int] = None) -> "Port":
         """Port("1/1/3"), Port("lag/2"), Port("vlan/10"), or Port(1, 1, 3)."""
-        numbers = (text, slot, port)
-        if isinstance(text, str):
-            if slot is not None or port is not None:
-                raise TypeError(f"Port{numbers}: either a text or three numbers")
-            numbers = _native().port_numbers(text)
-        return super().__new__(cls, _native().port_text(*numbers))
+        if isinstance(text, str) and slot is None and port is None:
+            unit, slot, port = _native.port_numbers(text)
+        elif not isinstance(text, str) and slot is not None and port is not None:
+            unit = text
+        else:
+            raise TypeError(f"Port{text, slot, port}: either a text or three numbers")
+        return super().__new__(cls, _native.port_text(unit, slot, port))
 
     @classmethod
     def lag(cls, number: int) -> "Port":
@@ -58,41 +59,52 @@ class Port(str):
 
     @property
     def unit(self) -> int:
-        return _native().port_numbers(self)[0]
+        return _native.port_numbers(self)[0]
 
     @property
     def slot(self) -> int:
-        return _native().port_numbers(self)[1]
+        return _native.port_numbers(self)[1]
 
     @property
     def port(self) -> int:
-        return _native().port_numbers(self)[2]
+        return _native.port_numbers(self)[2]
 
     def __repr__(self) -> str:
         return f"Port('{self}')"
 
 
 class Frame(bytes):
-    """The bytes of a frame, which are shown as text: eth src=... dst=... vlan=10 ipv4 ..."""
+    """The bytes of a frame, which are shown as text: eth src=... dst=... vlan=10 ipv4 ... It equals
+    bytes, and packets that have these bytes, such as Scapy's."""
 
     def __new__(cls, frame: FrameLike) -> "Frame":
-        return super().__new__(cls, _native().frame_bytes(frame))
+        return super().__new__(cls, _native.frame_bytes(frame))
 
     @property
     def text(self) -> str:
-        return _native().frame_text(self)
+        return _native.frame_text(self)
 
     def matches(self, pattern: str) -> bool:
         """Whether it shows what a pattern asks for: a frame's text; what is left out may be
         anything."""
-        return _native().frame_matches(self, pattern)
+        return _native.frame_matches(self, pattern)
 
     @property
     def packet(self) -> Any:
         """The frame as a Scapy packet; ImportError where there is no Scapy."""
-        from scapy.layers.l2 import Dot3, Ether
+        from scapy.layers.l2 import Dot3, Ether  # type: ignore[import]
         length_or_type = int.from_bytes(self[12:14], "big")
         return (Dot3 if length_or_type < 1536 else Ether)(bytes(self))
+
+    def __eq__(self, other: object) -> bool:
+        if not isinstance(other, (bytes, bytearray, memoryview)) and hasattr(other, "__bytes__"):
+            other = bytes(other)
+        return bytes.__eq__(self, other)
+
+    def __ne__(self, other: object) -> bool:
+        return not self == other
+
+    __hash__ = bytes.__hash__
 
     def __str__(self) -> str:
         return self.text
@@ -170,19 +182,13 @@ class Udf(NamedTuple):
     mask: int = 0xFFFFFFFF
 
 
-# The classes of several outputs, by the name of the entry point.
-result_classes: typing.Dict[str, type] = {}
-
-
-def result_class(function: str, name: str, fields: Iterable[typing.Tuple[str, str]]) -> type:
-    """Makes the class of an entry point with several outputs."""
-    made = collections.namedtuple(name, [field for field, _ in fields], module="vornlcapi")
+def result_class(name: str, fields: Iterable[typing.Tuple[str, str]]) -> type:
+    """Makes the class of what an entry point with several outputs returns."""
+    made = collections.namedtuple(  # type: ignore[misc]
+        name, [field for field, _ in fields], module="vornlcapi")
     made.__annotations__ = dict(fields)
-    result_classes[function] = made
     return made
 
 
-def _native() -> Any:
-    # The extension module takes the classes above from here, and so comes second.
-    from vornlcapi import _native as native
-    return native
+# The extension module takes the classes above from here, and so comes behind them.
+from vornlcapi import _native  # noqa: E402

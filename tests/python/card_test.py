@@ -1,7 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 """The card as Python drives it."""
 
-import pathlib
+import contextlib
+import os
 import subprocess
 import sys
 
@@ -23,7 +24,9 @@ def test_frames_in_every_form(card):
     for frame in (packet, bytes(packet), memoryview(bytes(packet)), v.Frame(packet).text):
         card.inject("1/1/0", frame)
     frames = card.frames("1/1/1")
-    assert frames == [bytes(packet)] * 4 and card.frames("1/1/1") == []
+    assert frames == [bytes(packet)] * 4 and frames == [packet] * 4 and card.frames("1/1/1") == []
+    assert frames[0] != packet / b"more" and frames[0] != str(frames[0]) and frames[0] != 5
+    assert {frames[0], bytes(packet)} == {bytes(packet)}
     assert bytes(frames[0].packet) == bytes(packet) and frames[0].packet[ARP].pdst == "192.0.2.2"
     assert str(frames[0]).startswith(f"eth src={MAC} dst=ff:ff:ff:ff:ff:ff")
     assert frames[0].matches("eth untagged arp") and not frames[0].matches("eth vlan=10")
@@ -59,6 +62,9 @@ def test_expect_shows_what_came(card):
         card.expect("1/1/3")
     with pytest.raises(AssertionError, match="(?s)1/1/4: expected nothing.*arp"):
         card.expect_nothing()
+    for pattern, error in [("ethe", ValueError), (b"eth", TypeError)]:  # though nothing came
+        with pytest.raises(error, match="pattern: "):
+            card.expect("1/1/2", pattern)
 
 
 def test_time_is_the_test_s(card, clock):
@@ -70,14 +76,81 @@ def test_time_is_the_test_s(card, clock):
     clock.warp(301)
     assert v.vorn_traverse_mac_table() == []
     assert clock.now - began == pytest.approx(600.5) and card.now == clock.now
-    with pytest.raises(ValueError):
-        card.warp(-1)
+    for seconds, error in [(-1, ValueError), (float("nan"), ValueError), (10**12, ValueError),
+                           ("1", TypeError), (True, TypeError)]:
+        with pytest.raises(error, match=f"seconds: {seconds!r} is "):
+            card.warp(seconds)
+    assert clock.now - began == pytest.approx(600.5)
+
+
+def test_calls_come_in_their_order_and_at_their_time(card, clock):
+    seen = []
+
+    def note(what, *again):
+        seen.append((what, clock.now, len(v.vorn_traverse_mac_table())))
+        for seconds in again:
+            clock.call_later(seconds, note, what)
+
+    v.vorn_set_fdb_aging_time(10)
+    card.inject("1/1/0", BROADCAST)
+    clock.call_later(30, note, "last")
+    clock.call_later(2, note, "again", 3, 0, 100)
+    clock.call_later(2, note, "second")
+    cancelled = clock.call_later(2.5, note, "cancelled")
+    clock.call_later(1, cancelled.cancel)
+    clock.warp(1.5)
+    assert seen == []
+    clock.warp(29)
+    assert seen == [("again", 2, 1), ("second", 2, 1), ("again", 2, 1), ("again", 5, 1),
+                    ("last", 30, 0)]
+    assert clock.now == 30.5
+    cancelled.cancel()
+    clock.call_later(0, note, "at once")
+    card.run()
+    assert seen[-1] == ("at once", 30.5, 0)
+    with pytest.raises(TypeError, match="function: 5 cannot be called"):
+        card.call_later(1, 5)
+    with pytest.raises(ValueError, match="seconds: -1"):
+        card.call_later(-1, note)
+
+
+def test_a_call_that_raises_leaves_the_rest_for_later(card, clock):
+    seen = []
+    clock.call_later(1, lambda: 1 / 0)
+    clock.call_later(1, seen.append, "same moment")
+    clock.call_later(2, seen.append, "later")
+    clock.call_later(3, clock.warp, 1)
+    with pytest.raises(ZeroDivisionError):
+        clock.warp(10)
+    assert (clock.now, seen) == (1, [])
+    clock.warp(1)
+    assert seen == ["same moment", "later"]
+    with pytest.raises(v.Refused, match="it is being moved on already"):
+        clock.warp(1)
+
+
+def test_calls_end_with_their_card():
+    seen = []
+    card = Card()
+    with card:
+        card.call_later(1, seen.append, "never")
+    with card:
+        card.call_later(1, v.vorn_lcmgr_api_terminate)
+        card.call_later(2, seen.append, "never")
+        card.warp(5)
+    with card:
+        card.warp(5)
+    assert seen == []
 
 
 def test_real_time_cannot_be_warped():
     with Card(real_time=True) as card:
         with pytest.raises(v.Refused):
             card.warp(1)
+        seen = []
+        card.call_later(0, seen.append, 1)
+        card.run()
+        assert seen == [1]
 
 
 def test_links_and_cables(card):
@@ -109,6 +182,13 @@ def test_why_a_frame_was_dropped(card):
         with pytest.raises(v.Refused) as caught:
             refused()
         assert caught.value.reason == card.last_refusal != ""
+    for mistake, error, words in [(lambda: card.drops("1/1/0", 5), TypeError, "reason: 5"),
+                                  (lambda: card.fail(5), TypeError, "operation: 5"),
+                                  (lambda: card.fail("\0"), ValueError, "operation: .*zero"),
+                                  (lambda: card.fail("create_vlan", -1), ValueError, "nth: -1"),
+                                  (lambda: card.cut(1), TypeError, "port: 1 is no port")]:
+        with pytest.raises(error, match=words):
+            mistake()
 
 
 def test_failures_are_forgotten(card):
@@ -130,6 +210,7 @@ def test_descriptions(tmp_path):
     blank = tmp_path / "a small.card"
     blank.write_text("ports 9 speed 1000\n")
     for description, ports in [(str(described), 8), (described, 8), (blank, 9),
+                               (os.fsencode(described), 8),
                                ("ports 3 speed 1000\n# no more\n", 3), (None, 52)]:
         with Card(description) as card:
             assert card.port_count == ports, description
@@ -140,6 +221,13 @@ def test_descriptions(tmp_path):
         with pytest.raises(v.Refused, match=words):
             with Card(description):
                 pass
+    for description, error in [("ports 3 speed 1000\0", ValueError), ("small\0", ValueError),
+                               (5, TypeError)]:
+        with pytest.raises(error):
+            with Card(description):
+                pass
+    with Card():
+        pass
 
 
 def test_one_card_a_process(card):
@@ -150,9 +238,25 @@ def test_one_card_a_process(card):
 
 
 def test_without_a_card():
-    with pytest.raises(v.Refused, match="no card"):
-        Card().inject("1/1/0", BROADCAST)
-    with pytest.raises(v.Refused):
+    ended = Card()
+    with ended:
+        pass
+    for closed in (Card(), ended):
+        for use in (lambda: closed.inject("1/1/0", BROADCAST), lambda: closed.frames("1/1/0"),
+                    lambda: closed.expect("1/1/0"), closed.expect_nothing, closed.run,
+                    lambda: closed.warp(1), lambda: closed.call_later(1, print),
+                    lambda: closed.now, lambda: closed.trace, closed.fail_none,
+                    lambda: closed.fail("create_vlan"), lambda: closed.cut("1/1/0"),
+                    lambda: closed.restore("1/1/0"), lambda: closed.patch("1/1/0", "1/1/1"),
+                    lambda: closed.unpatch("1/1/0"), lambda: closed.drops("1/1/0", "mtu")):
+            # Another one is no help.
+            for other in (contextlib.nullcontext(), Card()):
+                with other, pytest.raises(RuntimeError, match="this card is not there"):
+                    use()
+        with Card() as card:
+            closed.__exit__()
+            assert (card.port_count, closed.port_count) == (52, 0)
+    with pytest.raises(v.Refused, match="there is no card"):
         v.vorn_create_vlan(10)
 
 
@@ -184,12 +288,3 @@ card.run()
 """
     run = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True)
     assert (run.returncode, run.stdout, run.stderr) == (0, "1/1/5\n", "")
-
-
-def test_the_example_of_the_documentation(tmp_path):
-    """The program in docs/python.md prints what stands below it."""
-    page = pathlib.Path(__file__).resolve().parents[2] / "docs" / "python.md"
-    parts = page.read_text().split("```")
-    program = parts[1].removeprefix("python\n")
-    run = subprocess.run([sys.executable, "-c", program], capture_output=True, text=True)
-    assert (run.stderr, run.stdout) == ("", parts[3].removeprefix("\n"))

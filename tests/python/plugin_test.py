@@ -1,5 +1,9 @@
 # SPDX-License-Identifier: Apache-2.0
-"""The pytest plugin, under pytest."""
+"""The pytest plugin, under pytest, and the listings of the documentation."""
+
+import pathlib
+import re
+import sys
 
 pytest_plugins = ["pytester"]
 
@@ -37,8 +41,13 @@ def test_each_test_has_a_fresh_card(pytester):
             def test_overridden(self, card, clock):
                 v.vorn_create_vlan(10)
                 assert (card.port_count, clock.now) == (2, 0)
+
+        @pytest.mark.card
+        def test_described_by_nothing(card):
+            pass
     """)
-    result.assert_outcomes(passed=3, xfailed=1)
+    result.assert_outcomes(passed=3, xfailed=1, errors=1)
+    result.stdout.fnmatch_lines(["*pytest.mark.card wants one argument*"])
 
 
 def test_assertions_show_frames_as_text(pytester):
@@ -65,3 +74,20 @@ def test_assertions_show_frames_as_text(pytester):
         "E*these frames == those", "E*arp*tpa=192.0.2.3*", "E*arp*tpa=192.0.2.2*",
         "E*these frames == those", "E*arp*tpa=192.0.2.4*", "E*dst=00:00:5e:00:53:09*192.0.2.9*",
         "E*assert [[]1[]] == [[]2[]]"])
+
+
+def test_the_listings_of_the_documentation(pytester):
+    """In docs/python.md a program prints what stands below it, and files of tests pass."""
+    page = pathlib.Path(__file__).resolve().parents[2].joinpath("docs/python.md").read_text()
+    fences = re.findall(r"^```(\w*)\n(.*?)^```$", page, re.DOTALL | re.MULTILINE)
+    listings = [text for language, text in fences if language == "python"]
+    files = {text.splitlines()[0][2:]: text for text in listings if text.startswith("# ")}
+    program, = set(listings) - set(files.values())
+    printed, = [text for language, text in fences if not language]
+    ran = pytester.run(sys.executable, "-c", program)
+    assert (ran.errlines, ran.outlines) == ([], printed.splitlines())
+    pytester.makepyfile(**{name.removesuffix(".py"): text for name, text in files.items()})
+    result = pytester.runpytest_subprocess("-p", "vornlcapi.pytest_plugin", "--strict-markers")
+    tests = sum(text.count("\ndef test_") for text in files.values())
+    assert tests >= 4
+    result.assert_outcomes(passed=tests)

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// Captures of Ethernet frames in the classic pcap format: both byte orders, microseconds and
-// nanoseconds on reading; little-endian nanoseconds on writing.
+// Captures of Ethernet frames. Read are the classic pcap format and pcapng, in both byte orders,
+// with timestamps of any resolution; written is classic pcap, little-endian with nanoseconds.
+// softcard/capture/ writes pcapng.
 #ifndef SOFTCARD_CABLES_PCAP_FILE_H_
 #define SOFTCARD_CABLES_PCAP_FILE_H_
 
@@ -23,13 +24,15 @@ struct PcapRecord {
   std::vector<std::uint8_t> frame;  // without a check sequence
 };
 
-// Reads a capture front to back.
+// Reads a capture front to back. It keeps one block in memory, and what a pcapng section says of
+// its interfaces.
 class PcapReader {
  public:
   // Opens a capture and reads it through once, so that a bad record is found before the first one
-  // is used. Null, and `error` names the file and the record (from 1), when the file cannot be
-  // read, is no Ethernet capture, ends inside a record, or has a record that is empty, that was
-  // cut when it was captured, or that is longer than any frame of the card.
+  // is used. Null, and `error` names the file and the place in it, when the file cannot be read, is
+  // no capture, is malformed, ends inside a record or block, or has a frame that is not of
+  // Ethernet, is empty, was cut when it was captured, or is longer than any frame of the card.
+  // Blocks that hold no packets are skipped.
   static std::unique_ptr<PcapReader> open(const std::string& path, std::string& error);
 
   // Reads the next record; false behind the last one, or when the file has changed since and
@@ -41,18 +44,48 @@ class PcapReader {
   std::uint64_t records_read() const { return records_; }
 
  private:
+  // What a pcapng section says of an interface; classic captures have one.
+  struct Interface {
+    std::uint16_t link_type = 0;
+    std::uint32_t snap_bytes = 0;   // 0: frames are whole
+    std::uint8_t resolution = 6;    // of timestamps, as if_tsresol has it
+    std::uint64_t offset_ns = 0;    // to be added to them
+    std::uint32_t check_bytes = 0;  // check sequence at the end of each frame
+  };
+
   PcapReader(const std::string& path, File file) : path_(path), file_(std::move(file)) {}
 
+  // Goes to the first record.
+  bool begin();
+  bool at_end();
   bool read_header();
+  bool next_record(PcapRecord& record);
+  bool next_block(PcapRecord& record);
+  bool read_block(std::uint32_t& type);
+  bool read_section();
+  bool read_interface();
+  bool read_packet(std::uint32_t type, PcapRecord& record);
+  template <class Visit>
+  bool for_each_option(std::size_t at, Visit&& visit);
+  bool take_frame(const std::string& place, const Interface& interface, std::uint32_t kept,
+                  std::uint32_t whole);
+
+  // Reads all of it or fails.
+  bool read(std::uint8_t* to, std::size_t bytes, const std::string& place);
   // False with error() set.
   bool fail(const std::string& what);
+  std::string block_place() const;
+  std::uint16_t half(const std::uint8_t* at) const;
   std::uint32_t number(const std::uint8_t* at) const;
 
   std::string path_;
   File file_;
+  std::uint64_t offset_ = 0;  // of what is read next
+  bool next_generation_ = false;
   bool big_endian_ = false;
-  std::uint64_t fraction_ns_ = 1000;  // what a timestamp's fraction counts
-  std::uint32_t check_bytes_ = 0;     // check sequence at the end of each frame
+  std::vector<Interface> interfaces_;
+  std::uint64_t block_at_ = 0;       // of the block in hand
+  std::vector<std::uint8_t> block_;  // its body
   std::uint64_t records_ = 0;
   std::string error_;
 };

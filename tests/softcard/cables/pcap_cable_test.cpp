@@ -3,12 +3,15 @@
 #include "softcard/cables/pcap_cable.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <functional>
 #include <iterator>
 
 #include "cable_fixture.h"
@@ -119,20 +122,19 @@ TEST_F(PcapTest, BadFilesAreRefusedWithFileAndRecord) {
     Bytes bytes;
     const char* error;
   } kRows[] = {
-      {{}, "/in: is too short for a pcap capture"},
-      {Capture().header(0x12345678).done(), "/in: is no pcap capture"},
-      {{0x0A, 0x0D, 0x0D, 0x0A, 0x1C, 0, 0, 0}, "/in: is a pcapng capture"},
+      {{}, "/in: is too short for a capture"},
+      {Capture().header(0x12345678).done(), "/in: is no pcap or pcapng capture"},
       {Capture().header(kMicroseconds, 1, 1).done(), "/in: has version 1 of the pcap format"},
       {Capture(true).header(kNanoseconds, 105).done(), "its link type is 105"},
-      {sound().u32(1).done(), "/in: record 2: the file ends inside its header"},
+      {sound().u32(1).done(), "/in: record 2 at byte 100: the file ends inside it"},
       {sound().u32(1).u32(2).u32(60).u32(60).bytes(some_frame(59)).done(),
-       "/in: record 2: the file ends inside its 60 bytes"},
+       "/in: record 2 at byte 100: the file ends inside it: it was cut, or is still being written"},
       {sound().u32(1).u32(2).u32(60).u32(1500).bytes(some_frame(60)).done(),
-       "/in: record 2: was cut to 60 of 1500 bytes"},
-      {sound().record({}).done(), "/in: record 2: is empty"},
-      {sound().record(some_frame(65601)).done(), "/in: record 2: has 65601 bytes"},
+       "/in: record 2 at byte 100: was cut to 60 of 1500 bytes"},
+      {sound().record({}).done(), "/in: record 2 at byte 100: is empty"},
+      {sound().record(some_frame(65601)).done(), "/in: record 2 at byte 100: has 65601 bytes"},
       {sound().record(some_frame(65600)).u32(1).u32(2).u32(~0u).u32(~0u).done(),
-       "/in: record 3: has 4294967295 bytes"},
+       "/in: record 3 at byte 65716: has 4294967295 bytes"},
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.error);
@@ -140,6 +142,224 @@ TEST_F(PcapTest, BadFilesAreRefusedWithFileAndRecord) {
     EXPECT_NE(error_.find(row.error), std::string::npos) << error_;
     EXPECT_EQ(error_.find(folder_), 0u);
   }
+}
+
+// ---- pcapng -------------------------------------------------------------------------------------
+
+// Writes blocks in either byte order.
+class Blocks {
+ public:
+  explicit Blocks(bool big_endian = false) : big_endian_(big_endian) {}
+
+  Blocks& block(std::uint32_t type, const std::function<void(Capture&)>& fill) {
+    Capture body(big_endian_);
+    fill(body);
+    Bytes bytes = body.done();
+    bytes.resize((bytes.size() + 3) / 4 * 4);
+    const std::uint64_t length = bytes.size() + 12;
+    const Bytes whole = Capture(big_endian_).u32(type).u32(length).bytes(bytes).u32(length).done();
+    all_.insert(all_.end(), whole.begin(), whole.end());
+    return *this;
+  }
+  Blocks& section(unsigned major = 1) {
+    return block(0x0A0D0D0A,
+                 [=](Capture& body) { body.u32(0x1A2B3C4D).u16(major).u16(0).u32(~0u).u32(~0u); });
+  }
+  // `options` are written as they are.
+  Blocks& interface(unsigned link_type = 1, unsigned snap = 0, const Bytes& options = {}) {
+    return block(1, [&](Capture& body) { body.u16(link_type).u16(0).u32(snap).bytes(options); });
+  }
+  Blocks& packet(const Bytes& frame, std::uint32_t id = 0, std::uint64_t ticks = 0,
+                 const Bytes& options = {}) {
+    return block(6, [&](Capture& body) {
+      body.u32(id).u32(ticks >> 32).u32(ticks & 0xFFFFFFFF).u32(frame.size()).u32(frame.size());
+      padded(body, frame).bytes(options);
+    });
+  }
+  Blocks& raw(const Bytes& bytes) {
+    all_.insert(all_.end(), bytes.begin(), bytes.end());
+    return *this;
+  }
+  Bytes option(unsigned code, const Bytes& value) const {
+    Capture bytes(big_endian_);
+    bytes.u16(code).u16(static_cast<unsigned>(value.size()));
+    return padded(bytes, value).done();
+  }
+  Bytes word(std::uint64_t value) const { return Capture(big_endian_).u32(value).done(); }
+  static Capture& padded(Capture& body, const Bytes& bytes) {
+    return body.bytes(bytes).bytes(Bytes((4 - bytes.size() % 4) % 4));
+  }
+  const Bytes& done() const { return all_; }
+
+ private:
+  bool big_endian_;
+  Bytes all_;
+};
+
+// Sections of either byte order, each with interfaces of its own, and blocks that mean nothing.
+Bytes two_sections() {
+  Blocks all;
+  for (const bool big_endian : {false, true}) {
+    Blocks blocks(big_endian);
+    const Bytes minus_one = blocks.word(~0u);
+    Bytes both_words = minus_one;
+    both_words.insert(both_words.end(), minus_one.begin(), minus_one.end());
+    Bytes options = blocks.option(9, {9});
+    const Bytes offset = blocks.option(14, both_words);
+    options.insert(options.end(), offset.begin(), offset.end());
+    blocks.section()
+        .interface()
+        .packet(some_frame(61), 0, 5)
+        .interface(1, 0, options)
+        .block(0x80000BAD, [](Capture& body) { body.bytes(some_frame(100)); })
+        .packet(some_frame(62, 1), 1, 0x123456789ABCDEF0, blocks.option(1, {'h', 'i'}))
+        .interface(1, 0, blocks.option(9, {0x80 | 20}))
+        .packet(some_frame(63, 2), 2, 3 << 19)
+        .block(3, [](Capture& body) { Blocks::padded(body.u32(60), some_frame(60, 3)); })
+        .block(2,
+               [](Capture& body) {
+                 body.u16(1).u16(7).u32(0).u32(1000000009).u32(60).u32(60);
+                 body.bytes(some_frame(60, 4));
+               })
+        .packet(some_frame(64, 5), 0, 7, blocks.option(2, blocks.word(4 << 5)))
+        .block(5, [](Capture& body) { body.u32(0).u32(0).u32(0); });
+    all.raw(blocks.done());
+  }
+  return all.done();
+}
+
+TEST_F(PcapTest, ReadsSectionsAndInterfacesOfEitherByteOrder) {
+  const struct {
+    std::size_t bytes;
+    unsigned seed;
+    std::uint64_t time_ns;
+  } kPackets[] = {{61, 0, 5000},       {62, 1, 0x123456789ABCDEF0 - 1000000000},
+                  {63, 2, 1500000000}, {60, 3, 0},
+                  {60, 4, 9},          {60, 5, 7000}};
+  const auto reader = PcapReader::open(file("in", two_sections()), error_);
+  ASSERT_NE(reader, nullptr) << error_;
+  PcapRecord record;
+  for (int section = 0; section < 2; ++section) {
+    for (const auto& packet : kPackets) {
+      SCOPED_TRACE(packet.seed);
+      ASSERT_TRUE(reader->next(record)) << reader->error();
+      Bytes frame = some_frame(packet.seed == 5 ? 64 : packet.bytes, packet.seed);
+      frame.resize(packet.bytes);
+      EXPECT_EQ(record.frame, frame);
+      EXPECT_EQ(record.time_ns, packet.time_ns);
+    }
+  }
+  EXPECT_FALSE(reader->next(record));
+  EXPECT_EQ(reader->error(), "");
+  EXPECT_EQ(reader->records_read(), 12u);
+}
+
+TEST_F(PcapTest, TimestampsHaveAnyResolution) {
+  const struct {
+    std::uint8_t resolution;
+    std::uint64_t ticks, time_ns;
+  } kRows[] = {{0, 3, 3000000000},
+               {3, 3, 3000000},
+               {12, 3999, 3},
+               {0x80, 2, 2000000000},
+               {0x80 | 63, 3ull << 62, 1500000000},
+               {0x80 | 64, ~0ull, 999999999},
+               {6, ~0ull, ~0ull},
+               {0x80, ~0ull, ~0ull}};
+  for (const auto& row : kRows) {
+    Blocks blocks;
+    blocks.section().interface(1, 0, blocks.option(9, {row.resolution}));
+    blocks.packet(some_frame(60), 0, row.ticks);
+    const auto reader = PcapReader::open(file("in", blocks.done()), error_);
+    ASSERT_NE(reader, nullptr) << error_;
+    PcapRecord record;
+    ASSERT_TRUE(reader->next(record));
+    EXPECT_EQ(record.time_ns, row.time_ns) << int{row.resolution};
+  }
+}
+
+TEST_F(PcapTest, BadBlocksAreRefusedWithTheirPlace) {
+  const auto sound = [] { return Blocks().section().interface(); };  // 28 and 20 bytes
+  const auto packet = [](std::uint32_t kept, std::uint32_t whole) {
+    return [=](Capture& body) { body.u32(0).u32(0).u32(0).u32(kept).u32(whole).bytes(Bytes(60)); };
+  };
+  const auto framed = [](std::uint32_t type, std::uint32_t length, const Bytes& rest) {
+    return Capture().u32(type).u32(length).bytes(rest).done();
+  };
+  const struct {
+    const char* error;
+    Bytes bytes;
+  } kRows[] = {
+      {"/in: block at byte 0: the file ends inside it: it was cut, or is still being written",
+       framed(0x0A0D0D0A, 28, {})},
+      {"/in: block at byte 0: no section begins like that", framed(0x0A0D0D0A, 28, Bytes(20))},
+      {"/in: block at byte 0: has version 2 of the pcapng format", Blocks().section(2).done()},
+      {"/in: block at byte 48: the file ends inside it", sound().raw({6, 0, 0}).done()},
+      {"/in: block at byte 48: the file ends inside it", sound().raw(framed(99, 64, {})).done()},
+      {"/in: block at byte 48: no block of type 99 is 8 bytes long",
+       sound().raw(framed(99, 8, {})).done()},
+      {"/in: block at byte 48: no block of type 99 is 17 bytes long",
+       sound().raw(framed(99, 17, Bytes(9))).done()},
+      {"/in: block at byte 48: no block of type 6 is 28 bytes long",
+       sound().raw(framed(6, 28, Bytes(20))).done()},
+      {"/in: block at byte 48: is 1048580 bytes long", sound().raw(framed(6, 1048580, {})).done()},
+      {"/in: block at byte 48: is 12 bytes long by its beginning, 16 by its end",
+       sound().raw(framed(99, 12, {16, 0, 0, 0})).done()},
+      {"/in: block at byte 48: is of interface 1, and 1 are described",
+       sound().packet(some_frame(60), 1).done()},
+      {"/in: block at byte 76: is of interface 0, and 0 are described",
+       sound().section().packet(some_frame(60)).done()},
+      {"/in: block at byte 48: is no Ethernet frame: its link type is 113",
+       Blocks().section().interface(113).packet(some_frame(60)).done()},
+      {"/in: block at byte 48: has room for 60 bytes of a packet of 61",
+       sound().block(6, packet(61, 61)).done()},
+      {"/in: block at byte 48: was cut to 60 of 1500 bytes",
+       sound().block(6, packet(60, 1500)).done()},
+      {"/in: block at byte 48: was cut to 40 of 60 bytes",
+       Blocks()
+           .section()
+           .interface(1, 40)
+           .block(3, [](Capture& body) { body.u32(60).bytes(Bytes(40)); })
+           .done()},
+      {"/in: block at byte 48: is empty", sound().packet({}).done()},
+      {"/in: block at byte 48: has 65601 bytes", sound().packet(some_frame(65601)).done()},
+      {"/in: block at byte 48: its option at byte 136 is longer than the block",
+       sound().packet(some_frame(60), 0, 0, {1, 0, 5, 0, 'h', 'i', 0, 0}).done()},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(PcapReader::open(file("in", row.bytes), error_), nullptr) << row.error;
+    EXPECT_NE(error_.find(row.error), std::string::npos) << row.error << "\n" << error_;
+  }
+}
+
+// Nothing that a file holds does harm, and one that was cut is as good as a shorter one or refused.
+TEST_F(PcapTest, NoFileDoesHarm) {
+  // A file in memory, for there are thousands of them.
+  const int memory = memfd_create("in", MFD_CLOEXEC);
+  ASSERT_GE(memory, 0);
+  const std::string name = "/proc/self/fd/" + std::to_string(memory);
+  const auto is_sound = [&](const Bytes& bytes) {
+    const auto length = static_cast<off_t>(bytes.size());
+    EXPECT_EQ(ftruncate(memory, length), 0);
+    EXPECT_EQ(pwrite(memory, bytes.data(), bytes.size(), 0), length);
+    if (PcapReader::open(name, error_) != nullptr) return true;
+    EXPECT_EQ(error_.find(name + ": "), 0u) << error_;
+    return false;
+  };
+  const Bytes whole = two_sections();
+  std::size_t sound = 0;
+  for (std::size_t bytes = 0; bytes < whole.size(); ++bytes) {
+    if (is_sound({whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(bytes)})) ++sound;
+  }
+  EXPECT_EQ(sound, 23u) << "one behind each block but the last";
+  for (std::size_t at = 0; at < whole.size(); ++at) {
+    for (const unsigned bits : {0xFFu, 0x01u, 0x80u}) {
+      Bytes changed = whole;
+      changed[at] = static_cast<std::uint8_t>(whole[at] ^ bits);
+      is_sound(changed);
+    }
+  }
+  close(memory);
 }
 
 TEST_F(PcapTest, FilesThatCannotBeUsedAreNamed) {
@@ -209,7 +429,7 @@ TEST_F(PcapTest, FileThatShrinksTakesTheCarrier) {
   EXPECT_EQ(cable->poll(10), 0u);
   EXPECT_FALSE(cable->carrier());
   EXPECT_EQ(sink_.carrier_changes, 1);
-  EXPECT_NE(cable->describe().find("record 1: the file ends inside"), std::string::npos);
+  EXPECT_NE(cable->describe().find("record 1 at byte 24: the file ends inside"), std::string::npos);
 }
 
 TEST_F(PcapTest, WritesWhatThePortSendsWithTheCardsTime) {

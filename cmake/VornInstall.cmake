@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: Apache-2.0
 #
-# What `cmake --install` and the Debian packages hold, in four components: runtime (the library),
+# What `cmake --install` and the Debian packages hold, in five components: runtime (the library),
 # dev (headers, CMake package, pkg-config, the software line card as an archive), tools (vornsh),
-# python (the Python package, whose rules stand in python/CMakeLists.txt).
+# python (the Python package, whose rules stand in python/CMakeLists.txt), agent (vorn-agent).
 
 include(CMakePackageConfigHelpers)
 
@@ -81,6 +81,10 @@ if(TARGET vornsh)
   set_target_properties(vornsh PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS vornsh RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
 endif()
+if(TARGET vorn-agent)
+  set_target_properties(vorn-agent PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  install(TARGETS vorn-agent RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT agent)
+endif()
 
 # ---- Debian packages -----------------------------------------------------------------------------
 
@@ -100,6 +104,9 @@ if(TARGET vornsh)
 endif()
 if(TARGET vornlcapi_python)
   list(APPEND CPACK_COMPONENTS_ALL python)
+endif()
+if(TARGET vorn-agent)
+  list(APPEND CPACK_COMPONENTS_ALL agent)
 endif()
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
@@ -132,4 +139,8 @@ set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
 # The card's shared library is in the dev component; the module is for this Python alone.
 set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS
   "libvornlcapi-dev ${same_version}, python3 (>= ${VORN_PYTHON_VERSION}), python3 (<< ${VORN_PYTHON_NEXT})")
+set(CPACK_COMPONENT_AGENT_DESCRIPTION "Linux as the control plane of a software line card")
+set(CPACK_DEBIAN_AGENT_PACKAGE_NAME vornlcapi-agent)
+set(CPACK_DEBIAN_AGENT_PACKAGE_SECTION net)
+set(CPACK_DEBIAN_AGENT_PACKAGE_DEPENDS "libvornlcapi0 ${same_version}")
 include(CPack)

@@ -74,7 +74,7 @@ need_native_tools() {
 
 # The packages that a preset's tests need beyond nothing at all. Tests of Linux cables make their
 # networks with ip, docs/coverage.md is checked with Python, an installed copy is found with
-# pkg-config.
+# pkg-config; vorn-agent speaks netlink by libnl.
 need_for_preset() {
   need_native_tools
   need iproute2=ip python3=python3 pkg-config=pkg-config
@@ -84,7 +84,10 @@ need_for_preset() {
         googletest=/usr/src/googletest/CMakeLists.txt
       ;;
     old-abi) need googletest=/usr/src/googletest/CMakeLists.txt ;;
-    *) need libgtest-dev=/usr/include/gtest/gtest.h libgmock-dev=/usr/include/gmock/gmock.h ;;
+    *)
+      need libnl-3-dev=/usr/include/libnl3/netlink/netlink.h
+      need libgtest-dev=/usr/include/gtest/gtest.h libgmock-dev=/usr/include/gmock/gmock.h
+      ;;
   esac
   # Presets with sanitizers or for another machine leave the Python module out.
   case $1 in release | clang) want "${python_packages[@]}" ;; esac

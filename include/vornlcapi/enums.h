@@ -205,7 +205,7 @@ typedef enum stat_type_t VORN_ENUM_BASE {
   STAT_IN_MULTICAST_PACKETS = 2,
   STAT_IN_BROADCAST_PACKETS = 3,
   STAT_IN_DISCARDS = 4, /* well-formed frames that were not forwarded, for whatever reason */
-  STAT_IN_ERRORS = 5,   /* runts, malformed frames and frames above the MTU */
+  STAT_IN_ERRORS = 5,   /* runts, malformed, above the MTU, and lost in front of the port */
   STAT_OUT_OCTETS = 6,
   STAT_OUT_UNICAST_PACKETS = 7,
   STAT_OUT_MULTICAST_PACKETS = 8,

@@ -8,6 +8,19 @@
 
 #include "softcard/eventloop/loop_time.h"
 
+namespace softcard {
+namespace {
+
+LoopTime* the_time = nullptr;
+
+}  // namespace
+
+void set_loop_time(LoopTime* time) { the_time = time; }
+
+LoopTime* loop_time() { return the_time; }
+
+}  // namespace softcard
+
 ClockBase::~ClockBase() = default;
 
 SystemClock::SystemClock() { SystemClock::advance_time(); }

@@ -20,7 +20,6 @@ namespace {
 const int kForever = -1;
 const int kLongestWaitOnTheWayOutMs = 1000;
 
-softcard::LoopTime* the_time = nullptr;
 EventLoop* the_loop = nullptr;
 
 std::uint64_t to_ns(const TimeVal& time) {
@@ -62,10 +61,6 @@ class EventLoopDriver {
 };
 
 namespace softcard {
-
-void set_loop_time(LoopTime* time) { the_time = time; }
-
-LoopTime* loop_time() { return the_time; }
 
 bool next_timer(std::uint64_t& at_ns) {
   return the_loop != nullptr && EventLoopDriver::next_timer(*the_loop, at_ns);
@@ -111,10 +106,10 @@ void EventLoop::run() {
     timeout_ms = kLongestWaitOnTheWayOutMs;
   }
   if (_selector_list.serve_ready()) return;
-  if (the_time != nullptr && timeout_ms > 0 && !_timer_list.empty()) {
+  if (softcard::loop_time() != nullptr && timeout_ms > 0 && !_timer_list.empty()) {
     _selector_list.wait(0);
     if (_selector_list.serve_ready()) return;
-    the_time->advance(to_ns(delay));
+    softcard::loop_time()->advance(to_ns(delay));
     _clock->advance_time();
     return;
   }

@@ -39,8 +39,6 @@ enum class Segmentation : std::uint8_t { none, tcp4, tcp6, udp };
 struct Offload {
   // The checksum field holds the sum over the pseudo header only.
   bool checksum_partial = false;
-  // The sender vouches for the transport checksum.
-  bool checksum_valid = false;
   Segmentation segmentation = Segmentation::none;
   std::uint16_t checksum_start = 0;   // first byte that the checksum covers
   std::uint16_t checksum_offset = 0;  // from checksum_start to the checksum field

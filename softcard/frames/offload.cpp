@@ -60,7 +60,6 @@ void complete_checksum(Frame& frame) {
   // The field is under the sum with what it holds: the pseudo header.
   const std::uint16_t sum = checksum(frame.data() + start, frame.size() - start);
   store16(frame.data() + field, sum == 0 ? std::uint16_t{0xFFFF} : sum);
-  frame.offload.checksum_valid = true;
 }
 
 std::size_t longest_segment(const Frame& frame) {
@@ -114,7 +113,6 @@ FramePtr next_segment(FramePtr& frame, FramePool& pool, std::size_t& taken) {
   store16(field, 0);
   const std::uint16_t sum = checksum(l4, l4_bytes, pseudo_header(*piece, headers));
   store16(field, sum == 0 ? std::uint16_t{0xFFFF} : sum);
-  piece->offload.checksum_valid = true;
 
   taken += bytes;
   if (!last) frame = std::move(whole);

@@ -72,6 +72,15 @@ TEST(Script, KeepsTheLatestThatNobodyExpected) {
   EXPECT_EQ(packets.find("forgotten"), packets.rfind("forgotten"));
   expect_in(inject("500", "vorn_register_rx_packet_callback\n", "expect event rx_packet\n"),
             " that came earlier are forgotten");
+  // Each new patch takes the link down and brings it up at both ends; events of one command wait
+  // for its end.
+  const std::string links =
+      run(folder, {},
+          "vorn_register_link_change_callback\n"
+          "repeat 1100 cable 1/1/0 patch 1/1/1\nshow drops\nshow drops 1/1/0\n");
+  expect_in(links,
+            "events  link-change  302     link changes that later ones took the place of\n"
+            "port  reason  frames  because\n[0]");
 }
 
 // Nothing takes all memory, all time, or the stack.

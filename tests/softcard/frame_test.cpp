@@ -435,10 +435,7 @@ TEST_F(FrameTest, PartialChecksumOutsideOfTheFrameIsDropped) {
     frame->offload.checksum_start = static_cast<std::uint16_t>(start);
     complete_checksum(*frame);
     EXPECT_FALSE(frame->offload.pending());
-    EXPECT_EQ(frame->offload.checksum_valid, start <= 26) << start;
-    if (start > 26) {
-      EXPECT_EQ(print(*frame), before) << start;
-    }
+    EXPECT_EQ(print(*frame) == before, start > 26) << start;
     if (start == 26) {
       EXPECT_EQ(load16(frame->data() + 26), 0xfff0);
     }
@@ -506,7 +503,7 @@ TEST_F(FrameTest, SegmentsAreFramesOfTheirOwn) {
         ADD_FAILURE() << "wanted: " << print(*wanted) << "\ncame:   " << print(*piece);
       }
       EXPECT_TRUE(piece->ingress == 4 && piece->vlan == 5 && piece->priority == 6);
-      EXPECT_TRUE(piece->offload.checksum_valid && !piece->offload.pending());
+      EXPECT_FALSE(piece->offload.pending());
       EXPECT_EQ(frame == nullptr, last);
     }
     EXPECT_EQ(taken, row.payload_bytes);

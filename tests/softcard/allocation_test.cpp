@@ -4,36 +4,18 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <new>
-
 #include "softcard/card.h"
 #include "softcard/frames/frame_text.h"
+#include "tests/softcard/own_new.h"
+
+namespace softcard {
 
 namespace {
 std::size_t allocations = 0;
-
-void* counted(std::size_t bytes, std::size_t alignment) {
-  ++allocations;
-  void* block = std::aligned_alloc(alignment, (bytes + alignment - 1) / alignment * alignment);
-  if (block == nullptr) throw std::bad_alloc();
-  return block;
-}
-
-// Not inlined: the compiler would take malloc's and new's blocks for confused.
-[[gnu::noinline]] void release(void* block) { std::free(block); }
 }  // namespace
 
-void* operator new(std::size_t bytes) { return counted(bytes, 16); }
-void* operator new(std::size_t bytes, std::align_val_t alignment) {
-  return counted(bytes, static_cast<std::size_t>(alignment));
-}
-void operator delete(void* block) noexcept { release(block); }
-void operator delete(void* block, std::size_t) noexcept { release(block); }
-void operator delete(void* block, std::align_val_t) noexcept { release(block); }
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept { release(block); }
+void before_allocation() { ++allocations; }
 
-namespace softcard {
 namespace {
 
 // Takes frames and gives them back to the pool.

@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <new>
@@ -14,7 +13,10 @@
 
 #include "softcard/sdk/flow_fields.h"
 #include "tests/softcard/host_fixture.h"
+#include "tests/softcard/own_new.h"
 #include "vorn_lag_list.h"
+
+namespace softcard {
 
 namespace {
 
@@ -22,18 +24,15 @@ namespace {
 std::size_t allocations_left = 0;
 bool failed = false;
 
-void* allocate(std::size_t bytes, std::size_t alignment) {
-  if (failed || (allocations_left != 0 && --allocations_left == 0)) {
-    failed = true;
-    throw std::bad_alloc();
-  }
-  void* block = std::aligned_alloc(alignment, (bytes + alignment - 1) / alignment * alignment);
-  if (block == nullptr) throw std::bad_alloc();
-  return block;
+}  // namespace
+
+void before_allocation() {
+  if (!failed && (allocations_left == 0 || --allocations_left != 0)) return;
+  failed = true;
+  throw std::bad_alloc();
 }
 
-// Not inlined: the compiler would take malloc's and new's blocks for confused.
-[[gnu::noinline]] void release(void* block) { std::free(block); }
+namespace {
 
 // Memory runs out at the `nth` allocation of its scope; 1: at once.
 class Shortage {
@@ -51,20 +50,6 @@ class Shortage {
     return was_felt;
   }
 };
-
-}  // namespace
-
-void* operator new(std::size_t bytes) { return allocate(bytes, 16); }
-void* operator new(std::size_t bytes, std::align_val_t alignment) {
-  return allocate(bytes, static_cast<std::size_t>(alignment));
-}
-void operator delete(void* block) noexcept { release(block); }
-void operator delete(void* block, std::size_t) noexcept { release(block); }
-void operator delete(void* block, std::align_val_t) noexcept { release(block); }
-void operator delete(void* block, std::size_t, std::align_val_t) noexcept { release(block); }
-
-namespace softcard {
-namespace {
 
 constexpr unsigned kIp = 0xc0000200;  // 192.0.2.0
 const unsigned char kMac[6] = {2, 0, 0x5e, 0, 0x53, 1};

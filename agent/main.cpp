@@ -2,13 +2,17 @@
 //
 // vorn-agent: a software line card with Linux as its control plane, in one process. A script in the
 // shell's language plugs the card's cables.
+#include <fcntl.h>
 #include <getopt.h>
+#include <sched.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 #include <string>
 #include <vector>
@@ -32,6 +36,8 @@ A software line card whose control plane is Linux: swp0, swp1, ... are its ports
 
   --card FILE      the card's description; without, 48 ports and 4 uplinks
   --script FILE    runs these commands of vornsh first: `cable 1/1/0 linux eth1`
+  --wires NETNS    the interfaces that the script's cables lead to are in this network namespace
+                   (a name, or a path), where Linux has no say
   --prefix NAME    what the interfaces are called, in front of the port's number: swp
   --commands       takes commands of vornsh from standard input while it runs
   -h, --help       prints this
@@ -97,6 +103,34 @@ class Console {
 
 void nothing() {}
 
+// Puts the thread into another network namespace while it lives.
+class InNamespace {
+ public:
+  // Error when there is no such namespace. An empty name stays where one is.
+  explicit InNamespace(const std::string& name) {
+    if (name.empty()) return;
+    const std::string path = name.find('/') == std::string::npos ? "/run/netns/" + name : name;
+    home_ = open("/proc/thread-self/ns/net", O_RDONLY | O_CLOEXEC);
+    const int there = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    const bool entered = there >= 0 && setns(there, CLONE_NEWNET) == 0;
+    const int trouble = errno;
+    if (there >= 0) close(there);
+    if (entered) return;
+    if (home_ >= 0) close(home_);
+    throw shell::Error("network namespace " + path + ": " + std::strerror(trouble));
+  }
+  ~InNamespace() {
+    if (home_ < 0) return;
+    if (setns(home_, CLONE_NEWNET) != 0) std::abort();  // nobody takes the way back from us
+    close(home_);
+  }
+  InNamespace(const InNamespace&) = delete;
+  InNamespace& operator=(const InNamespace&) = delete;
+
+ private:
+  int home_ = -1;
+};
+
 // Waits for descriptors and for what is due in the card, and for nothing else.
 void run(shell::Shell& shell, softcard::Card& card, agent::Agent& agent, const Console& console) {
   XorpTimer due;
@@ -119,9 +153,16 @@ void run(shell::Shell& shell, softcard::Card& card, agent::Agent& agent, const C
   }
 }
 
-int start(const std::string& card_file, const std::string& script, const std::string& prefix,
-          bool commands) {
-  if (!card_file.empty()) softcard::host::use_description_file(card_file);
+struct Settings {
+  std::string card_file;
+  std::string script;
+  std::string wires;
+  std::string prefix = "swp";
+  bool commands = false;
+};
+
+int start(const Settings& settings) {
+  if (!settings.card_file.empty()) softcard::host::use_description_file(settings.card_file);
   int ports = 0;
   if (!vorn_lcmgr_api_init(ports)) {
     report(softcard::host::error());
@@ -133,16 +174,19 @@ int start(const std::string& card_file, const std::string& script, const std::st
   int status = EXIT_SUCCESS;
   {
     shell::Shell shell{shell::Options()};
-    const Console console(shell, commands);
+    const Console console(shell, settings.commands);
     {
       agent::Agent agent(shell.loop(), &report);
       std::string error;
-      if (!agent.start(prefix, macs, error)) {
+      if (!agent.start(settings.prefix, macs, error)) {
         report(error);
         status = kCannotStart;
       }
       try {
-        if (status == EXIT_SUCCESS && !script.empty()) shell.run_file(script);
+        if (status == EXIT_SUCCESS && !settings.script.empty()) {
+          const InNamespace wires(settings.wires);
+          shell.run_file(settings.script);
+        }
       } catch (const shell::Error& trouble) {
         report(trouble.what());
         status = kFailed;
@@ -162,30 +206,31 @@ int start(const std::string& card_file, const std::string& script, const std::st
 }  // namespace
 
 int main(int argc, char** argv) {
-  enum { kCard = 256, kScript, kPrefix, kCommands };
+  enum { kCard = 256, kScript, kWires, kPrefix, kCommands };
   const option options[] = {{"card", required_argument, nullptr, kCard},
                             {"script", required_argument, nullptr, kScript},
+                            {"wires", required_argument, nullptr, kWires},
                             {"prefix", required_argument, nullptr, kPrefix},
                             {"commands", no_argument, nullptr, kCommands},
                             {"help", no_argument, nullptr, 'h'},
                             {nullptr, 0, nullptr, 0}};
-  std::string card_file;
-  std::string script;
-  std::string prefix = "swp";
-  bool commands = false;
+  Settings settings;
   for (int option = 0; (option = getopt_long(argc, argv, "h", options, nullptr)) != -1;) {
     switch (option) {
       case kCard:
-        card_file = optarg;
+        settings.card_file = optarg;
         break;
       case kScript:
-        script = optarg;
+        settings.script = optarg;
+        break;
+      case kWires:
+        settings.wires = optarg;
         break;
       case kPrefix:
-        prefix = optarg;
+        settings.prefix = optarg;
         break;
       case kCommands:
-        commands = true;
+        settings.commands = true;
         break;
       case 'h':
         std::cout << kUsage;
@@ -199,5 +244,5 @@ int main(int argc, char** argv) {
     std::cerr << kUsage;
     return kCannotStart;
   }
-  return start(card_file, script, prefix, commands);
+  return start(settings);
 }

@@ -11,6 +11,7 @@
 #include "callbacks.h"
 #include "family_list.h"
 #include "softcard/base/address_plan.h"
+#include "softcard/frames/frame.h"
 #include "softcard/frames/frame_text.h"
 #include "softcard/softcard.h"
 #include "values.h"
@@ -73,14 +74,10 @@ py::list take(py::handle port) {
   const usp_s usp = port_record(port);
   const std::uint64_t refusals = softcard_refusals();
   py::list frames;
-  std::vector<unsigned char> frame(65536);
+  std::vector<unsigned char> frame(softcard::FramePool::kLargeBytes);
   while (softcard_waiting(usp) != 0) {
     const std::size_t bytes = softcard_take(usp, frame.data(), frame.size());
-    if (bytes > frame.size()) {
-      frame.resize(bytes);
-    } else {
-      frames.append(show_frame(frame.data(), bytes));
-    }
+    frames.append(show_frame(frame.data(), bytes));
   }
   // Nothing waits also where there is no memory that it could wait in.
   require(softcard_refusals() == refusals || py::len(frames) != 0, "frames");

@@ -361,14 +361,12 @@ unsigned int Codec<unsigned int>::read(const Parameter& parameter, py::handle va
 }
 
 py::object Codec<unsigned int>::show(const Parameter& parameter, unsigned int value) {
-  if (parameter.kind == "ip") return py::str(softcard::ipv4_text(value));
   if (parameter.kind == "mode") return forward_mode_class().show(value);
   return py::int_(value);
 }
 
-std::string Codec<unsigned int>::hint(const Parameter& parameter, bool out) {
-  if (parameter.kind == "ip") return out ? "str" : "Ip4Like";
-  if (parameter.kind == "mask") return "Ip4Like";
+std::string Codec<unsigned int>::hint(const Parameter& parameter, bool) {
+  if (parameter.kind == "ip" || parameter.kind == "mask") return "Ip4Like";
   if (parameter.kind == "mode") return forward_mode_class().name() + " | int";
   return "int";
 }

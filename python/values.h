@@ -190,7 +190,7 @@ struct Codec<unsigned int> {
   static unsigned int initial() { return 0; }
   static unsigned int read(const Parameter& parameter, py::handle value);
   static py::object show(const Parameter& parameter, unsigned int value);
-  static std::string hint(const Parameter& parameter, bool out);
+  static std::string hint(const Parameter& parameter, bool);
 };
 
 template <>

@@ -29,9 +29,8 @@ class Timer:
         self._call = None
 
     def _fire(self) -> None:
-        call, self._call = self._call, None
-        if call is not None:
-            call()
+        if self._call is not None:
+            self._call()
 
 
 class Card:

@@ -36,19 +36,24 @@ def test_functions_are_the_exported_entry_points():
     assert set(entry_points()) <= set(v.__all__)
 
 
+def stubs():
+    return ast.parse(pathlib.Path(v.__file__).with_name("_native.pyi").read_text()).body
+
+
 def test_every_function_has_hints_and_help():
-    stubs = pathlib.Path(v.__file__).with_name("_native.pyi").read_text()
+    typed = {made.name: made for made in stubs() if isinstance(made, ast.FunctionDef)}
     for name, function in entry_points().items():
-        typed = re.search(rf"^def {name}\((.*)\) -> (.+):$", stubs, re.MULTILINE)
-        assert typed, name
-        names = re.findall(r"(?:^|, )(\w+): ", typed[1])
-        assert names == list(inspect.signature(function).parameters), name
+        arguments = typed[name].args
+        assert typed[name].returns and all(argument.annotation for argument in arguments.args), name
+        signature = inspect.signature(function).parameters
+        assert [argument.arg for argument in arguments.args] == list(signature), name
+        optional = [one for one in signature.values() if one.default is None]
+        assert len(arguments.defaults) == len(optional), name
         assert inspect.getdoc(function).splitlines()[-1], name
 
 
 def test_what_the_stubs_name_is_there():
-    stubs = ast.parse(pathlib.Path(v.__file__).with_name("_native.pyi").read_text())
-    for made in stubs.body:
+    for made in stubs():
         if isinstance(made, (ast.ClassDef, ast.FunctionDef)):
             there = getattr(v._native, made.name)
             members = [line.target.id for line in made.body if isinstance(line, ast.AnnAssign)]
@@ -82,6 +87,11 @@ def test_round_trip(card, setter, getter, values):
         assert setter("1/1/3", given) is None
         got = getter(v.Port(1, 1, 3))
         assert (got, type(got)) == (expected, type(expected))
+
+
+def test_the_forward_mode_of_the_switch(card):
+    v.vorn_set_switch_forward_mode(v.ForwardMode.FLOW)
+    assert v.vorn_get_switch_forward_mode() is v.ForwardMode.FLOW
 
 
 def test_several_outputs_are_a_named_tuple(card):
@@ -204,6 +214,26 @@ def test_flows(card):
     v.vorn_add_of_flow_action(number, v.FlowAction.STRIP_VLAN)
 
 
+# A frame, and for each field of a flow what it is there and what it is not.
+FLOW_FRAME = (f"eth src={MAC} dst=00:00:5e:00:53:02 vlan=1 prio=3 ipv4 src=192.0.2.9 "
+              "dst=198.51.100.7 tos=40 udp sport=9 dport=53")
+FLOW_FIELDS = [
+    ("in_port", v.Port("1/1/0"), "1/1/1"), ("src_mac", MAC, "00:00:5e:00:53:02"),
+    ("dst_mac", bytes.fromhex("00005e005302"), MAC), ("vlan_id", 1, 3), ("vlan_priority", 3, 1),
+    ("ether_type", 0x0800, 0x0806), ("src_ip", "192.0.2.9", "198.51.100.7"),
+    ("src_ip", "192.0.2.8/255.255.255.254", "192.0.2.10/31"), ("dst_ip", 0xC6336407, "192.0.2.9"),
+    ("src_l4_port", 9, 53), ("dst_l4_port", 53, 9), ("ip_protocol", 17, 40), ("tos", 40, 17)]
+
+
+@pytest.mark.parametrize("field, is_there, is_not", FLOW_FIELDS)
+def test_fields_of_flows(card, field, is_there, is_not):
+    for value, hits in ((is_not, 0), (is_there, 1)):
+        number = v.vorn_add_of_flow({field: value})
+        v.vorn_add_of_flow_action(number, v.FlowAction.OUTPUT, v.FlowPort.DROP)
+        card.inject("1/1/0", FLOW_FRAME)
+        assert v.vorn_get_of_flow_stat_counter64(number) == hits
+
+
 def test_packets_from_the_cpu(card):
     v.vorn_set_port_stp_state("1/1/1", v.StpState.BLOCKING)
     frame = v.Frame(BROADCAST)
@@ -221,6 +251,8 @@ def test_packets_from_the_cpu(card):
     (lambda: v.vorn_create_vlan(True), TypeError, "vlan: True"),
     (lambda: v.vorn_create_vlan(-1), ValueError, "vlan: -1 is not within 0 and 4294967295"),
     (lambda: v.vorn_create_vlan(2**70), ValueError, "vlan: 1180591620717411303424"),
+    (lambda: v.vorn_create_vlan(None), TypeError, "vlan: None is no number"),
+    (lambda: v.vorn_set_port_mac_limit("1/1/0", 2**70), ValueError, "1180591620717411303424"),
     (lambda: v.vorn_create_vlan(), TypeError, "vorn_create_vlan.. is missing .*'vlan'"),
     (lambda: v.vorn_create_vlan(1, 2), TypeError, "takes 1 arguments but 2"),
     (lambda: v.vorn_create_vlan(1, vlan=2), TypeError, "multiple values for argument 'vlan'"),
@@ -371,6 +403,20 @@ def test_callbacks_are_withdrawn_and_released(card, name):
     assert gone() is None
 
 
+@pytest.mark.parametrize("name", REGISTER)
+def test_callbacks_are_released_with_their_card(name):
+    register, event = REGISTER[name]
+    listener = lambda *arguments: None  # noqa: E731
+    gone = weakref.ref(listener)
+    with v.Card():
+        register(listener)
+        del listener
+        gc.collect()
+        assert gone() is not None
+    gc.collect()
+    assert gone() is None
+
+
 def test_user_data_is_handed_on_and_tells_registrations_apart(card):
     seen = []
     data = object()
@@ -432,6 +478,12 @@ def test_many_callbacks_come_and_go(card):
 
 
 # ---- Enumerations --------------------------------------------------------------------------------
+
+def test_bits_that_no_member_has_together(card):
+    v.vorn_set_port_advertising_ability("1/1/3", 0x2B)
+    got = v.vorn_get_port_advertising_ability("1/1/3")
+    assert (got, type(got)) == (0x2B, v.PortAbility)
+
 
 def test_enumerations():
     made = [value for value in vars(v).values()

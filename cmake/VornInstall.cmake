@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 #
 # What `cmake --install` and the Debian packages hold, in five components: runtime (the library),
-# dev (headers, CMake package, pkg-config, the software line card as an archive), tools (vornsh),
+# dev (headers, CMake package, pkg-config, the software line card as an archive), tools (vornsh, vornd, and what lets programs reach it),
 # python (the Python package, whose rules stand in python/CMakeLists.txt), agent (vorn-agent).
 
 include(CMakePackageConfigHelpers)
@@ -49,8 +49,17 @@ if(TARGET softcard)
     FILES_MATCHING PATTERN "*.h")
   install(TARGETS vornsoftcard EXPORT vornlcapi
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
-  install(DIRECTORY softcard DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vornlcapi COMPONENT dev
-    FILES_MATCHING PATTERN "*.h")
+  install(DIRECTORY softcard operations DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vornlcapi
+    COMPONENT dev FILES_MATCHING PATTERN "*.h")
+endif()
+if(TARGET vornremote)
+  set_target_properties(vorn_remote PROPERTIES EXPORT_NAME remote_archive)
+  install(TARGETS vorn_remote EXPORT vornlcapi_softcard
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT dev)
+  install(TARGETS vornremote EXPORT vornlcapi
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT tools NAMELINK_COMPONENT dev)
+  install(FILES remote/remote.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/vornlcapi/remote
+    COMPONENT dev)
 endif()
 
 configure_package_config_file(cmake/vornlcapiConfig.cmake.in
@@ -68,7 +77,7 @@ set(pc_cflags)
 if(VORN_OLD_ABI)
   set(pc_cflags " -D_GLIBCXX_USE_CXX11_ABI=0")
 endif()
-foreach(file vornlcapi vornlcapi-softcard vornsoftcard)
+foreach(file vornlcapi vornlcapi-softcard vornsoftcard vornremote)
   if(file STREQUAL "vornlcapi" OR TARGET softcard)
     configure_file(cmake/${file}.pc.in ${PROJECT_BINARY_DIR}/${file}.pc @ONLY)
     install(FILES ${PROJECT_BINARY_DIR}/${file}.pc
@@ -80,6 +89,12 @@ if(TARGET vornsh)
   # Finds the library beside itself, wherever the two were installed.
   set_target_properties(vornsh PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS vornsh RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+endif()
+if(TARGET vornd)
+  set_target_properties(vornd PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
+  install(TARGETS vornd RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  install(FILES ${PROJECT_BINARY_DIR}/service/vornd.service
+    DESTINATION lib/systemd/system COMPONENT tools)
 endif()
 if(TARGET vorn-agent)
   set_target_properties(vorn-agent PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")

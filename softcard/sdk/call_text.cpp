@@ -24,8 +24,6 @@ void CallText::add(const std::list<Mp>& ports) {
   append('[' + all + ']');
 }
 
-void CallText::add(const ShownIp4& ip) { append(ipv4_text(ip.number)); }
-
 void CallText::add(const Packet& packet) {
   add(packet.length());
   add(packet.type());
@@ -43,7 +41,7 @@ void CallText::append(const std::string& argument) {
   first_ = false;
 }
 
-void CallText::append_vlans(const unsigned char* bitmap) {
+void CallText::add(const unsigned char* bitmap, vorn::operations::VlanBitmap) {
   std::string all;
   for (unsigned vlan = 0; vlan < 4096; ++vlan) {
     if ((bitmap[vlan / 8] >> vlan % 8 & 1) == 0) continue;

@@ -8,60 +8,36 @@
 #include <string>
 #include <type_traits>
 
+#include "operations/operations.h"
 #include "softcard/base/text.h"
 #include "vornlcapi/types.h"
 
 namespace softcard {
 
-// Arguments whose own type does not tell what they are. They become what an operation takes.
-template <class Byte>
-struct ShownMac {
-  Byte* bytes;                              // 6; an output unless `Byte` is const
-  operator Byte*() const { return bytes; }  // NOLINT(google-explicit-constructor)
-};
-template <class Byte>
-ShownMac(Byte*) -> ShownMac<Byte>;
-
-struct ShownIp6 {
-  const unsigned char* bytes;                              // 16
-  operator const unsigned char*() const { return bytes; }  // NOLINT(google-explicit-constructor)
-};
-
-struct ShownIp4 {
-  unsigned int number;
-  operator unsigned int() const { return number; }  // NOLINT(google-explicit-constructor)
-};
-
-template <class Byte>
-struct ShownVlans {
-  Byte* bytes;                              // 512
-  operator Byte*() const { return bytes; }  // NOLINT(google-explicit-constructor)
-};
-template <class Byte>
-ShownVlans(Byte*) -> ShownVlans<Byte>;
-
 class CallText {
  public:
   explicit CallText(const char* operation) : text_(std::string(operation) + "(") {}
 
-  // Adds the next argument. Those that have no text (functions, user data, arrays of counters) are
-  // left out.
+  // Adds the next argument as what it means. Those that have no text (functions, user data, arrays
+  // of counters) are left out.
+  template <class Other>
+  void add(const Other& other, vorn::operations::Plain) {
+    add(other);
+  }
+  void add(const unsigned char* mac, vorn::operations::Mac) {
+    append(mac_text(MacAddress::from_bytes(mac)));
+  }
+  void add(unsigned int ip, vorn::operations::Ip4) { append(ipv4_text(ip)); }
+  void add(const unsigned char* ip6, vorn::operations::Ip6) {
+    append(ipv6_text(Ipv6Address::from_bytes(ip6)));
+  }
+  void add(const unsigned char* bitmap, vorn::operations::VlanBitmap);  // the numbers of the VLANs
   void add(bool flag) { append(flag ? "true" : "false"); }
   void add(const Mp& mp);
   void add(const Usp& usp);
   void add(const std::list<Mp>& ports);
   void add(const std::string& name) { append(name); }
-  void add(const unsigned char (&mac)[6]) { add(ShownMac{&mac[0]}); }
-  template <class Byte>
-  void add(const ShownMac<Byte>& mac) {
-    append(mac_text(MacAddress::from_bytes(mac.bytes)));
-  }
-  void add(const ShownIp6& ip6) { append(ipv6_text(Ipv6Address::from_bytes(ip6.bytes))); }
-  void add(const ShownIp4& ip);
-  template <class Byte>
-  void add(const ShownVlans<Byte>& vlans) {
-    append_vlans(vlans.bytes);
-  }
+  void add(const unsigned char (&mac)[6]) { add(mac, vorn::operations::Mac()); }
   void add(const Packet& packet);            // its length and type
   void add(const of_flow_mp_s& flow);        // the flags of its match
   void add(const of_action_param_s& param);  // the two words that actions use
@@ -81,7 +57,6 @@ class CallText {
 
  private:
   void append(const std::string& argument);
-  void append_vlans(const unsigned char* bitmap);
 
   std::string text_;
   bool first_ = true;

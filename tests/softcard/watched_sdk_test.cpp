@@ -16,6 +16,7 @@
 #include <vector>
 
 #include "tests/support/recorder.h"
+#include "tests/support/sdk_arguments.h"
 #include "tests/support/sdk_operations.h"
 
 namespace softcard {
@@ -24,77 +25,12 @@ namespace {
 using Sdk = VornSdkBase;
 using vorn::test::host;
 
-// ---- Arguments of every type, different for each number -----------------------------------------
-
-template <class T>
-T make(unsigned number) {
-  if constexpr (std::is_pointer_v<T>) {  // functions, user data, addresses, bitmaps, arrays
-    alignas(16) static unsigned char buffers[32][512];
-    unsigned char* const buffer = buffers[number % 32];
-    std::memset(buffer, static_cast<int>(number), sizeof buffers[0]);
-    host().names[buffer] = "buffer " + std::to_string(number);
-    return reinterpret_cast<T>(buffer);
-  } else if constexpr (std::is_same_v<T, bool>) {
-    return number % 2 == 0;
-  } else if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>) {
-    return static_cast<T>(number);
-  } else if constexpr (std::is_same_v<T, Mp>) {
-    return {number, number + 50};
-  } else if constexpr (std::is_same_v<T, Usp>) {
-    return {number, number + 50, number + 60};
-  } else if constexpr (std::is_same_v<T, std::list<Mp>>) {
-    return {Mp(number, 1), Mp(number, 2)};
-  } else if constexpr (std::is_same_v<T, std::string>) {
-    return "name" + std::to_string(number);
-  } else if constexpr (std::is_same_v<T, Packet>) {
-    Packet packet;
-    packet.set_type(number);
-    packet.set_data({0xca, 0xfe});
-    return packet;
-  } else if constexpr (std::is_trivially_copyable_v<T>) {  // records of flows
-    T record{};
-    unsigned char bytes[sizeof(T)];
-    std::memset(bytes, static_cast<int>(number), sizeof bytes);
-    std::memcpy(&record, bytes, sizeof bytes);
-    return record;
-  } else {
-    return T();  // lists of counters
-  }
-}
-
-template <class T>
-struct Argument {
-  explicit Argument(unsigned number) : number_(number), value_(make<T>(number)) {}
-  T& get() {
-    host().names[&value_] = "argument " + std::to_string(number_);
-    return value_;
-  }
-  unsigned number_;
-  T value_;
-};
-template <>
-struct Argument<unsigned char[6]> {
-  explicit Argument(unsigned) {}
-  unsigned char (&get())[6] {
-    host().names[&value_] = "address";
-    return value_;
-  }
-  unsigned char value_[6] = {1, 2, 3, 4, 5, 6};
-};
-
-template <class... Parameters, std::size_t... number>
-bool call_with(Sdk& sdk, bool (Sdk::*operation)(Parameters...), std::index_sequence<number...>) {
-  std::tuple<Argument<std::remove_cv_t<std::remove_reference_t<Parameters>>>...> arguments{
-      static_cast<unsigned>(number + 1)...};
-  return (sdk.*operation)(std::get<number>(arguments).get()...);
-}
-
 using Operation = std::function<bool(Sdk&)>;
 
 template <class... Parameters>
 Operation operation_of(bool (Sdk::*operation)(Parameters...)) {
   return [operation](Sdk& sdk) {
-    return call_with(sdk, operation, std::index_sequence_for<Parameters...>());
+    return vorn::test::Arguments<Parameters...>().call(sdk, operation);
   };
 }
 

@@ -9,6 +9,9 @@ namespace shell {
 // From here on an interrupt is noted, where it would have ended the process.
 void catch_interrupts();
 
+// Notes one; for signal handlers.
+void interrupt();
+
 // Whether one has come since the last forget_interrupt(). A command that runs for long asks.
 bool interrupted();
 void forget_interrupt();

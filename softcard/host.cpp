@@ -7,6 +7,7 @@
 #include "softcard/host.h"
 
 #include <algorithm>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -52,6 +53,7 @@ struct Process {
   std::shared_ptr<Instance> instance;
   std::uint64_t cards_made = 0;
   bool in_warp = false;
+  std::function<void()> on_lag_change;
 };
 
 // Lives from the first use to the end of the process, whatever is loaded before or after.
@@ -106,6 +108,13 @@ std::list<Item> node_of(std::list<Item>* spare, const Item& item) {
 Instance* node_store(const std::list<LagNode>& list) {
   return &list == &lag_list ? process().instance.get() : nullptr;
 }
+
+// Tells whoever has a copy of the LAG list or of the mapping of LAGs. True.
+bool lags_changed() {
+  if (process().on_lag_change) process().on_lag_change();
+  return true;
+}
+bool list_changed(const std::list<LagNode>& list) { return &list != &lag_list || lags_changed(); }
 
 // Cables in a loop, or tasks that come again and again, would keep an instant going for ever.
 constexpr unsigned kMostRounds = 1000;
@@ -244,6 +253,10 @@ bool warp_ns(std::uint64_t ns) {
 
 CallWatch& call_watch() { return process().watch; }
 
+void on_lag_change(std::function<void()> observer) {
+  process().on_lag_change = std::move(observer);
+}
+
 }  // namespace softcard::host
 
 namespace host = softcard::host;
@@ -273,7 +286,7 @@ bool vornsdk_delete_sdk_instance(VornSdkBase* sdk) {
   own.instance->card.end();
   own.instance.reset();
   lag_list.clear();
-  return true;
+  return host::lags_changed();
 }
 
 bool vornsdk_lag_usp_to_lag_id(const Usp& lag, unsigned int& id) {
@@ -299,7 +312,7 @@ bool vornsdk_add_lag_mapping(const Usp& lag, unsigned int id) {
   softcard::LagTable& lags = card->tables().lags;
   if (lags.pair(lag, id)) {
     softcard::forget_answer();  // that the LAG had no id, when it was asked for
-    return true;
+    return host::lags_changed();
   }
   if (lags.exists(id) && lags.usp_of(id) == Usp(0, 0, 0) && card->delete_lag(id)) {
     if (host::find_lag(lag_list, id) != lag_list.end()) delete_lag_from_list(id, lag_list);
@@ -309,7 +322,7 @@ bool vornsdk_add_lag_mapping(const Usp& lag, unsigned int id) {
 
 bool vornsdk_delete_lag_mapping(const Usp& lag, unsigned int id) {
   softcard::Card* const card = host::require_card();
-  return card != nullptr && card->tables().lags.unpair(lag, id);
+  return card != nullptr && card->tables().lags.unpair(lag, id) && host::lags_changed();
 }
 
 // ---- vorn_port_mapping.h ------------------------------------------------------------------------
@@ -391,7 +404,7 @@ bool add_lag_to_list(unsigned int id, std::list<LagNode>& list) {
   std::list<LagNode> node =
       host::node_of(store == nullptr ? nullptr : &store->spare_lags, LagNode(id));
   list.splice(list.end(), node);
-  return true;
+  return host::list_changed(list);
 }
 
 bool delete_lag_from_list(unsigned int id, std::list<LagNode>& list) {
@@ -403,7 +416,7 @@ bool delete_lag_from_list(unsigned int id, std::list<LagNode>& list) {
   } else {
     list.erase(node);
   }
-  return true;
+  return host::list_changed(list);
 }
 
 bool is_lag_exist(unsigned int id, std::list<LagNode> list) {
@@ -421,7 +434,7 @@ bool add_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& me
     added.splice(added.end(), one);
   }
   node->members().splice(node->members().end(), added);
-  return true;
+  return host::list_changed(list);
 }
 
 bool delete_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& members) {
@@ -435,7 +448,7 @@ bool delete_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>&
     removed.splice(removed.end(), node->members(), member);
   }
   if (store != nullptr) store->spare_members.splice(store->spare_members.end(), removed);
-  return true;
+  return host::list_changed(list);
 }
 
 bool get_lag_member(unsigned int id, std::list<Mp>& members) {

@@ -33,6 +33,7 @@
 #ifndef SOFTCARD_HOST_H_
 #define SOFTCARD_HOST_H_
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -84,6 +85,10 @@ bool warp_ns(std::uint64_t ns);
 
 // The watch over the SDK's calls. It is the process's: traces and refusals hold from card to card.
 CallWatch& call_watch();
+
+// Calls `observer` whenever lag_list or the mapping of LAG interfaces and ids has changed by the
+// functions of platform/; nothing unsets it. There is one.
+void on_lag_change(std::function<void()> observer);
 
 }  // namespace softcard::host
 

@@ -11,6 +11,7 @@
 
 #include "softcard/eventloop/fatal.h"
 #include "softcard/eventloop/loop_time.h"
+#include "softcard/eventloop/loop_watch.h"
 
 int xorp_do_run = 1;
 int eventloop_instance_count = 0;
@@ -21,6 +22,14 @@ const int kForever = -1;
 const int kLongestWaitOnTheWayOutMs = 1000;
 
 EventLoop* the_loop = nullptr;
+int watched_fd = -1;
+void (*watched_ready)() = nullptr;
+
+void watched_is_ready(XorpFd, IoEventType) { watched_ready(); }
+
+void watch_in(EventLoop& loop) {
+  if (watched_fd >= 0) loop.add_ioevent_cb(watched_fd, IOT_READ, callback(&watched_is_ready));
+}
 
 std::uint64_t to_ns(const TimeVal& time) {
   return static_cast<std::uint64_t>(time.sec()) * 1000000000 +
@@ -66,6 +75,12 @@ bool next_timer(std::uint64_t& at_ns) {
   return the_loop != nullptr && EventLoopDriver::next_timer(*the_loop, at_ns);
 }
 
+void watch_in_loop(int fd, void (*ready)()) {
+  watched_fd = fd;
+  watched_ready = ready;
+  if (the_loop != nullptr) watch_in(*the_loop);
+}
+
 bool run_loop_once() { return the_loop != nullptr && EventLoopDriver::run_once(*the_loop); }
 
 }  // namespace softcard
@@ -81,6 +96,7 @@ EventLoop::EventLoop()
   softcard::require(eventloop_instance_count == 0, "a process has one loop at a time");
   ++eventloop_instance_count;
   the_loop = this;
+  watch_in(*this);
   std::signal(SIGPIPE, SIG_IGN);
 }
 

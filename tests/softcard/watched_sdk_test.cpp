@@ -29,9 +29,8 @@ using Operation = std::function<bool(Sdk&)>;
 
 template <class... Parameters>
 Operation operation_of(bool (Sdk::*operation)(Parameters...)) {
-  return [operation](Sdk& sdk) {
-    return vorn::test::Arguments<Parameters...>().call(sdk, operation);
-  };
+  return
+      [operation](Sdk& sdk) { return vorn::test::Arguments<Parameters...>().call(sdk, operation); };
 }
 
 // ---- Every operation ----------------------------------------------------------------------------

@@ -25,7 +25,8 @@ def test_frames_in_every_form(card):
         card.inject("1/1/0", frame)
     frames = card.frames("1/1/1")
     assert frames == [bytes(packet)] * 4 and frames == [packet] * 4 and card.frames("1/1/1") == []
-    assert not frames[0] != packet and frames[0] != packet / b"more" and frames[0] != str(frames[0]) and frames[0] != 5
+    assert not frames[0] != packet
+    assert frames[0] != packet / b"more" and frames[0] != str(frames[0]) and frames[0] != 5
     assert {frames[0], bytes(packet)} == {bytes(packet)}
     assert bytes(frames[0].packet) == bytes(packet) and frames[0].packet[ARP].pdst == "192.0.2.2"
     assert str(frames[0]).startswith(f"eth src={MAC} dst=ff:ff:ff:ff:ff:ff")

@@ -316,9 +316,10 @@ void Server::drop_ended() {
 
 // The timer runs only while somebody is waited for.
 void Server::watch_patience() {
-  if (patience_.scheduled()) return;
   const bool needed = std::any_of(sessions_.begin(), sessions_.end(),
                                   [](const auto& session) { return session->may_be_late(); });
+  if (needed == patience_.scheduled()) return;
+  patience_.unschedule();
   if (!needed) return;
   patience_ =
       loop_.new_oneoff_after_ms(options_.patience_ms, callback(this, &Server::look_at_patience));

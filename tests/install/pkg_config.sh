@@ -31,3 +31,13 @@ flags=$("$PKG_CONFIG" --cflags --libs vornsoftcard)
   "$CC" -std=c99 "$here/../capi/story.c" -o "$work/story" $flags
   $emulator "$work/story"
 }
+
+# A client of a card in another process, of which none is named.
+flags=$("$PKG_CONFIG" --cflags --libs vornremote)
+# shellcheck disable=SC2086
+{
+  "$CC" -std=c99 -I"$here/../../examples" "$here/../../examples/c_client/client.c" \
+    "$here/../remote/client_main.c" -o "$work/remote" $flags
+  if $emulator "$work/remote" 2>"$work/said"; then exit 1; fi
+  grep -q "failed: start the line card" "$work/said"
+}

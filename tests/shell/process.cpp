@@ -118,6 +118,8 @@ Process::~Process() {
   if (out_ != -1) close(out_);
 }
 
+void Process::signal(int number) const { kill(pid_, number); }
+
 void Process::send(const std::string& text) {
   for (std::size_t sent = 0; sent < text.size();) {
     const ssize_t count = write(in_, text.data() + sent, text.size() - sent);

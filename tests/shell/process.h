@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 //
-// vornsh as a process, with pipes or a terminal at its standard descriptors. Nothing here sleeps:
-// whoever waits polls for output, up to a limit that no healthy machine reaches.
+// vornsh, or another program of ours, as a process, with pipes or a terminal at its standard
+// descriptors. Nothing here sleeps: whoever waits polls for output, up to a limit that no healthy
+// machine reaches.
 #ifndef TESTS_SHELL_PROCESS_H_
 #define TESTS_SHELL_PROCESS_H_
 
@@ -40,6 +41,8 @@ class Process {
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
 
+  pid_t pid() const { return pid_; }
+  void signal(int number) const;
   void send(const std::string& text);
   void end_input();
 

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "cables.h"
+#include "capture.h"
 #include "card_text.h"
 #include "codec.h"
 #include "expect.h"
@@ -151,6 +152,8 @@ void add_card_commands(CommandTable& table) {
       true);
   add("monitor", "[PORTS] [cpu]|off", "tells of every frame that goes in and out, as it comes",
       monitor, false);
+  add("capture", "FILE|- [PORTS] [cpu], off, nothing", "writes frames that go in and out as pcapng",
+      capture, false);
   add("time", "[warp SECONDS]", "the card's time, or moves it on", time, true);
   add("wait", "SECONDS", "lets the card run for so long, in real time", wait, false);
   add("fail", "[OPERATION [N]|none]", "has the Nth next call of an SDK operation refused", fail,

@@ -105,8 +105,8 @@ class Session {
 
 void run_interactive(Shell& shell) {
   if (!shell.json()) {
-    std::cout << "A software line card with " << shell.commands().all().size()
-              << " commands; help lists them, quit ends.\n";
+    shell.out() << "A software line card with " << shell.commands().all().size()
+                << " commands; help lists them, quit ends.\n";
   }
   catch_interrupts();
   EventLoop& loop = shell.loop();

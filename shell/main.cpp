@@ -8,12 +8,15 @@
 #include <unistd.h>
 
 #include <cstdlib>
+#include <fstream>
 #include <iostream>
 #include <memory>
 #include <sstream>
 #include <string>
 
+#include "capture.h"
 #include "interactive.h"
+#include "lines.h"
 #include "shell.h"
 #include "softcard/host.h"
 #include "standard_input.h"
@@ -91,8 +94,13 @@ int run(const Settings& settings, const char* script) {
   try {
     if (settings.has_commands) {
       std::istringstream commands(settings.commands);
+      if (shell::captures_to_standard_output(commands)) shell.print_to_standard_error();
+      commands = std::istringstream(settings.commands);
       shell.run_script(commands, "-c");
     } else if (script != nullptr) {
+      std::ifstream commands;
+      if (shell::file_at(script).has_value()) commands.open(script);
+      if (shell::captures_to_standard_output(commands)) shell.print_to_standard_error();
       shell.run_file(script);
     } else if (at_terminal) {
       shell::run_interactive(shell);
@@ -105,6 +113,7 @@ int run(const Settings& settings, const char* script) {
     std::cerr << "vornsh: " << error.what() << '\n';
     status = kCannotStart;
   }
+  shell.finish_capture();
   // Cables hold on to the shell's event loop: the card goes first.
   if (softcard::host::card() != nullptr) vorn_lcmgr_api_terminate();
   if (status != EXIT_SUCCESS) return status;

@@ -8,6 +8,7 @@
 #include <iostream>
 #include <utility>
 
+#include "capture.h"
 #include "card_text.h"
 #include "codec.h"
 #include "interrupt.h"
@@ -151,7 +152,7 @@ void Shell::run_line(const std::string& line, const Place& place) {
   end_echo();
   if (options_.echo && !options_.json) {
     echo_open_ = !line.empty() && line[0] != '#';
-    std::cout << (echo_open_ ? "> " : "") << line << (echo_open_ ? "" : "\n");
+    out() << (echo_open_ ? "> " : "") << line << (echo_open_ ? "" : "\n");
   }
   std::vector<std::vector<std::string>> commands;
   try {
@@ -244,6 +245,7 @@ Reply Shell::run(const std::vector<std::string>& given) {
     last_call_ = reply;
     for (const auto& [name, value] : reply.outputs) outputs_[name] = value.text;
   }
+  capture_was_last_ = command->name == "capture";
   // A command may have made another card.
   listen_to_card();
   write_record(*command, words, reply);
@@ -261,6 +263,19 @@ void Shell::expand(std::vector<std::string>& words) const {
 }
 
 // ---- Printing -----------------------------------------------------------------------------------
+
+std::ostream& Shell::out() {
+  printed_ = true;
+  return std::cout;
+}
+
+void Shell::print_to_standard_error() {
+  if (std::cout.rdbuf() == std::cerr.rdbuf()) return;
+  if (printed_) {
+    throw Error("standard output has other text already: begin with `capture -`, or name a file");
+  }
+  std::cout.rdbuf(std::cerr.rdbuf());
+}
 
 bool Shell::done() const { return done_ || !std::cout; }
 
@@ -287,7 +302,7 @@ void Shell::print(const std::vector<std::string>& words, const Place& place, con
       object.emplace_back("error", text_value(error));
       ++errors_;
     }
-    std::cout << json_object(object) << std::endl;
+    out() << json_object(object) << std::endl;
     return;
   }
   const std::string result = reply.result.has_value() ? reply.verdict() : std::string();
@@ -295,22 +310,22 @@ void Shell::print(const std::vector<std::string>& words, const Place& place, con
   if (echo_open_ && reply.lines.empty() && reply.outputs.empty() && !note.empty() &&
       reply.failure.empty()) {
     echo_open_ = false;
-    std::cout << " -> " << note << std::endl;
+    out() << " -> " << note << std::endl;
     if (!error.empty()) complain(place, error);
     return;
   }
   if (!reply.lines.empty() || !reply.outputs.empty() || !result.empty()) end_echo();
-  for (const std::string& line : reply.lines) std::cout << line << '\n';
+  for (const std::string& line : reply.lines) out() << line << '\n';
   for (const auto& [name, value] : reply.outputs) {
-    std::cout << name << " = " << value.text << '\n';
+    out() << name << " = " << value.text << '\n';
   }
-  if (!result.empty()) std::cout << result << '\n';
+  if (!result.empty()) out() << result << '\n';
   std::cout.flush();
   if (!error.empty()) complain(place, error);
 }
 
 void Shell::end_echo() {
-  if (echo_open_) std::cout << '\n';
+  if (echo_open_) out() << '\n';
   echo_open_ = false;
 }
 
@@ -360,14 +375,14 @@ void Shell::print_behind(const std::string& line, Hold hold) {
   print_held();
   if (screen_.clear) screen_.clear();
   end_echo();
-  std::cout << line << std::endl;
+  out() << line << std::endl;
   if (screen_.restore) screen_.restore();
 }
 
 void Shell::print_held() {
   if (held_.empty()) return;
   end_echo();
-  std::cout << held_ << std::flush;
+  out() << held_ << std::flush;
   held_.clear();
 }
 
@@ -392,6 +407,7 @@ void Shell::run_card(const Place& place) {
   } catch (const std::exception& exception) {
     complain(place, std::string("an event: ") + exception.what());
   }
+  check_capture(place);
   softcard::Card* const card = softcard::host::card();
   if (card == nullptr) return;
   for (softcard::PortIndex port = 0; port < card->tables().ports.count(); ++port) {
@@ -424,8 +440,53 @@ void Shell::listen_to_card() {
   if (card == heard_card_) return;
   heard_card_ = card;
   monitor_ = nullptr;
+  if (capture_ != nullptr) {
+    const auto capture = capture_;
+    tell_end(*capture, end_capture(), Place());
+  }
   cpu_packets_.clear();
   if (card != nullptr) card->events().add(&take_cpu_packet, this);
+}
+
+// ---- Captures -----------------------------------------------------------------------------------
+
+void Shell::start_capture(std::shared_ptr<softcard::FrameCapture> capture) {
+  capture_ = std::move(capture);
+}
+
+bool Shell::end_capture() { return std::exchange(capture_, nullptr)->finish(); }
+
+void Shell::check_capture(const Place& place) {
+  if (capture_ == nullptr) return;
+  capture_->poll();
+  if (!capture_->over()) return;
+  const auto capture = capture_;
+  tell_end(*capture, end_capture(), place);
+}
+
+void Shell::tell_end(const softcard::FrameCapture& capture, bool whole, const Place& place) {
+  if (!capture.error().empty()) return complain(place, capture.error());
+  std::string text = capture_text(capture);
+  if (capture.over()) {
+    text += "; the reader is gone";
+  } else if (!whole) {
+    text += "; the reader did not take all of it";
+  }
+  if (options_.json) return print_behind(json_object({{"note", text_value(text)}}));
+  end_echo();
+  std::cerr << text << std::endl;
+}
+
+void Shell::finish_capture() {
+  if (capture_ != nullptr && capture_was_last_ && capture_->live() && !done()) {
+    catch_interrupts();
+    const XorpTimer live = rounds();
+    while (capture_ != nullptr && !interrupted()) loop().run();
+  }
+  if (capture_ == nullptr) return;
+  const auto capture = capture_;
+  const bool whole = end_capture();
+  if (!whole || capture->lost() != 0) tell_end(*capture, whole, Place());
 }
 
 // ---- Recordings ---------------------------------------------------------------------------------

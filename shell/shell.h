@@ -19,6 +19,7 @@
 #include "kept.h"
 #include "libxorp/timer.hh"
 #include "lines.h"
+#include "softcard/capture/frame_capture.h"
 #include "softcard/card.h"
 
 class EventLoop;
@@ -88,6 +89,11 @@ class Shell {
   void set_echo(bool on) { options_.echo = on; }
   // Whether answers are JSON.
   bool json() const { return options_.json; }
+  // Where answers are printed.
+  std::ostream& out();
+  // Has what is printed go to standard error from now on: standard output is a capture's. Error
+  // when something stands there already.
+  void print_to_standard_error();
   // Nothing has gone wrong so far.
   bool good() const { return errors_ == 0; }
 
@@ -125,6 +131,15 @@ class Shell {
     monitor_ = std::move(monitor);
   }
 
+  // The capture that runs; null while none does.
+  const std::shared_ptr<softcard::FrameCapture>& capture() const { return capture_; }
+  void start_capture(std::shared_ptr<softcard::FrameCapture> capture);
+  // Ends it; false when a part of it could not be written.
+  bool end_capture();
+  // At the end of a script: one that ends with a live capture goes on until its reader is gone, or
+  // an interrupt. Ends the capture and says what went wrong with it.
+  void finish_capture();
+
   // Prints a call of the SDK that is traced.
   void traced_call(const std::string& call);
 
@@ -157,6 +172,9 @@ class Shell {
   // Runs the card until nothing is left to do, and says what went wrong in that: a callback that
   // threw, a capture file that cannot be read or written.
   void run_card(const Place& place);
+  // Says that the capture is over, and why, when it is.
+  void check_capture(const Place& place);
+  void tell_end(const softcard::FrameCapture& capture, bool whole, const Place& place);
   bool round();
   void write_record(const Command& command, const std::vector<std::string>& words,
                     const Reply& reply);
@@ -177,6 +195,9 @@ class Shell {
   Kept<Event> events_;
   const softcard::Card* heard_card_ = nullptr;
   std::shared_ptr<softcard::FrameObserver> monitor_;  // null while nobody looks on
+  std::shared_ptr<softcard::FrameCapture> capture_;   // null while there is none
+  bool capture_was_last_ = false;                     // of the commands
+  bool printed_ = false;                              // something, on standard output
   std::unique_ptr<std::ofstream> recording_;
   std::optional<FileId> recorded_file_;
   std::string recording_trouble_;  // to be told behind the answer

@@ -7,13 +7,21 @@
 namespace softcard {
 namespace {
 
-std::uint64_t steady_ns() {
-  return static_cast<std::uint64_t>(std::chrono::duration_cast<std::chrono::nanoseconds>(
-                                        std::chrono::steady_clock::now().time_since_epoch())
-                                        .count());
+template <class SystemClock>
+std::uint64_t ns_of() {
+  const auto time = SystemClock::now().time_since_epoch();
+  return static_cast<std::uint64_t>(
+      std::chrono::duration_cast<std::chrono::nanoseconds>(time).count());
 }
 
+std::uint64_t steady_ns() { return ns_of<std::chrono::steady_clock>(); }
+
 }  // namespace
+
+std::uint64_t ns_since_1970(Clock& clock) {
+  const bool stands_still = clock.warp_ns(0);
+  return stands_still ? 0 : ns_of<std::chrono::system_clock>() - clock.now_ns();
+}
 
 RealClock::RealClock() : start_ns_(steady_ns()) {}
 

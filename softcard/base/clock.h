@@ -25,6 +25,10 @@ class Clock {
   std::uint64_t now_seconds() const { return now_ns() / kNanosecondsPerSecond; }
 };
 
+// When a clock was 0, in nanoseconds since 1970: 0 for one that stands still until it is moved,
+// else by the time of day.
+std::uint64_t ns_since_1970(Clock& clock);
+
 // The machine's steady clock.
 class RealClock : public Clock {
  public:

@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <chrono>
 #include <utility>
 
 namespace softcard {
@@ -17,16 +16,6 @@ bool same_file(const std::string& a, const std::string& b) {
   struct stat second {};
   return stat(a.c_str(), &first) == 0 && stat(b.c_str(), &second) == 0 &&
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
-}
-
-// When the clock was 0, in nanoseconds since 1970.
-std::uint64_t start_of(Clock& clock) {
-  const bool stands_still = clock.warp_ns(0);
-  if (stands_still) return 0;
-  const auto today = std::chrono::system_clock::now().time_since_epoch();
-  return static_cast<std::uint64_t>(
-             std::chrono::duration_cast<std::chrono::nanoseconds>(today).count()) -
-         clock.now_ns();
 }
 
 }  // namespace
@@ -49,7 +38,7 @@ PcapCable::PcapCable(std::unique_ptr<PcapReader> input, std::unique_ptr<PcapWrit
     : input_(std::move(input)),
       output_(std::move(output)),
       clock_(clock),
-      clock_start_ns_(start_of(clock)) {}
+      clock_start_ns_(ns_since_1970(clock)) {}
 
 PcapCable::~PcapCable() {
   // Losses of the closing itself cannot be asked for any more; earlier ones can.

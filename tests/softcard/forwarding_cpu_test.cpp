@@ -112,13 +112,14 @@ TEST_F(CpuTest, TagOfThePvid) {
 
 TEST_F(CpuTest, QueueOfTheTagsPriority) {
   std::list<Mp> tagged, untagged = mps({1});
+  ok(sdk.set_port_mirror(mp(5), mp(1), MIRROR_TYPE_EGRESS));
   counted();
   ok(sdk.send_packet_by_port(tagged, untagged, packet("x b vlan=10 prio=3")));
-  EXPECT_EQ(counted(), "1 out q3");
+  EXPECT_EQ(counted(), "1 out q3; 5 out q3");
   ok(sdk.add_mac_to_port(mp(2), mac('c'), 10, false));
   ok(sdk.send_packet_from_cpu(packet("x c vlan=10 prio=6")));
   EXPECT_EQ(counted(), "2 out q6");
-  skip({1, 2});
+  skip({1, 2, 5});
 }
 
 TEST_F(CpuTest, ControlPassesTheSpanningTreeAndDataDoesNot) {
@@ -150,8 +151,13 @@ TEST_F(CpuTest, SendsByForwarding) {
   ok(sdk.set_port_stp_state(mp(3), STP_STATE_BLOCKING));
   ok(sdk.send_packet_from_cpu(packet("x all vlan=20")));
   skip({2});
-  ok(sdk.send_packet_from_cpu(packet("x all vlan=20", PACKET_TYPE_CONTROL)));
-  skip({2, 3});
+  std::uint32_t flow = 0;
+  for (int way = 0; way < 2; ++way) {
+    ok(sdk.send_packet_from_cpu(packet("x all vlan=20", PACKET_TYPE_CONTROL)));
+    skip({2, 3});
+    card.tables().flows.add(FlowMatch(), flow);  // the second time by a flow
+    card.tables().flows.add_action(flow, {OF_ACTION_OUTPUT, {OF_PORT_NORMAL, 0, 0}, {}});
+  }
 }
 
 // ---- Events -------------------------------------------------------------------------------------

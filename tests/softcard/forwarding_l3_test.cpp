@@ -50,6 +50,10 @@ TEST_F(L3ForwardingTest, RoutesToAHost) {
   out(2, "s c untagged ipv4 src=192.0.2.1 dst=198.51.100.1 ttl=8 icmp type=8 payload=0102");
   in(3, "a r vlan=10 prio=5 ipv4 src=192.0.2.1 dst=198.51.100.1 ttl=9");
   out(2, "s c untagged ipv4 ttl=8");
+  Packet of_cpu;
+  of_cpu.set_data(bytes_of("a r vlan=10 ipv4 src=192.0.2.1 dst=198.51.100.1 ttl=9"));
+  ok(sdk.send_packet_from_cpu(of_cpu));
+  out(2, "s c untagged ipv4 ttl=8");
   in(0, "a r vlan=20 ipv4 src=192.0.2.1 dst=198.51.100.1");  // not the router's address there
   EXPECT_EQ(drops(0, DropReason::not_member), 1u);
   in(3, "a r vlan=10 vlan=5 ipv4 src=192.0.2.1 dst=198.51.100.1");  // another network's packet

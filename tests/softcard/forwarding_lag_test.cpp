@@ -138,7 +138,7 @@ TEST_F(LagForwardingTest, BalancesByWhatTheStrategyNames) {
   }
 }
 
-TEST_F(LagForwardingTest, FragmentsStayTogether) {
+TEST_F(LagForwardingTest, FramesWithoutPortsStayTogether) {
   ok(sdk.set_lag_balancing_strategy(x, LAG_PSC_SRC_DST_IP_PORT));
   std::list<Mp> away = mps({4, 5});
   ok(sdk.delete_ports_from_vlan(1, away));
@@ -148,6 +148,12 @@ TEST_F(LagForwardingTest, FragmentsStayTogether) {
     members.insert(way(std::string("a f ipv4 src=192.0.2.1 dst=192.0.2.2 ") + rest));
   }
   EXPECT_EQ(members.size(), 1u);
+  members.clear();
+  for (unsigned type = 0; type < 16; ++type) {
+    members.insert(
+        way("a f ipv4 src=192.0.2.1 dst=192.0.2.2 icmp code=0 type=" + std::to_string(type)));
+  }
+  EXPECT_EQ(members.size(), 1u) << "a type is no port";
 }
 
 // effect: set_port_link_state - down: nothing goes in or out, a LAG uses its other members
@@ -161,13 +167,17 @@ TEST_F(LagForwardingTest, FailsOverAndKeepsTheFlowsOfTheOthers) {
   phy_state_t state = PHY_STATE_UP;
   ok(sdk.get_port_link_state(mp(2), state));
   EXPECT_EQ(state, PHY_STATE_DOWN);
+  std::set<PortIndex> others;
   for (const auto& [n, member] : before) {
     const PortIndex now = way(frame(n));
     EXPECT_NE(now, 2);
-    if (member != 2) {
+    if (member == 2) {
+      others.insert(now);
+    } else {
       EXPECT_EQ(now, member);
     }
   }
+  EXPECT_EQ(others, (std::set<PortIndex>{1, 3})) << "they share what it carried";
   ok(sdk.set_port_link_state(mp(1), PHY_STATE_DOWN));
   ok(sdk.set_port_link_state(mp(3), PHY_STATE_DOWN));
   in(0, "a b");

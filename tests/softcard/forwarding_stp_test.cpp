@@ -3,7 +3,7 @@
 // Spanning-tree states of ports and instances, BPDUs, and reserved group addresses.
 //
 //      a    b    c
-//      |    |    |         VLAN 10 (instance 0) and 20 (instance 2): 0, 1, 2 tagged
+//      |    |    |         VLAN 10 (instance 0) and 20 (instance 63): 0, 1, 2 tagged
 //    +-0----1----2-+
 //    +-------------+
 
@@ -58,12 +58,14 @@ TEST_F(StpTest, StatesOfThePort) {
   EXPECT_EQ(drops(0, DropReason::stp_egress), 4u);
 }
 
-// VLAN 20 follows instance 2.
+// VLAN 20 follows the last instance.
 class MstpTest : public SwitchTest {
  protected:
+  static constexpr unsigned kLast = kMstpInstances - 1;
+
   static CardDescription two_instances() {
     CardDescription description = eight_ports();
-    description.mstp_instance[20] = 2;
+    description.mstp_instance[20] = kLast;
     return description;
   }
   MstpTest() : SwitchTest(two_instances()) {
@@ -90,9 +92,9 @@ TEST_F(MstpTest, InstanceByVlan) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.state);
     ok(sdk.clear_fdb_table(false));
-    ok(sdk.set_port_mstp_state(2, mp(1), row.state));
+    ok(sdk.set_port_mstp_state(kLast, mp(1), row.state));
     mstp_state_t state = MSTP_STATE_DISABLED;
-    ok(sdk.get_port_mstp_state(2, mp(1), state));
+    ok(sdk.get_port_mstp_state(kLast, mp(1), state));
     EXPECT_EQ(state, row.state);
     in(0, "a b vlan=10");  // instance 0 lets everything through
     EXPECT_EQ(counted(), "0 in; 1 out q0");
@@ -114,7 +116,7 @@ TEST_F(MstpTest, InstanceByVlan) {
 
 // A packet that the CPU sends by port is in the VLAN of its tag, else in that of the port's PVID.
 TEST_F(MstpTest, InstanceOfWhatTheCpuSends) {
-  ok(sdk.set_port_mstp_state(2, mp(1), MSTP_STATE_BLOCKING));
+  ok(sdk.set_port_mstp_state(kLast, mp(1), MSTP_STATE_BLOCKING));
   std::list<Mp> tagged = mps({1}), untagged;
   const auto sends = [&](const char* frame) {
     Packet packet;
@@ -128,6 +130,10 @@ TEST_F(MstpTest, InstanceOfWhatTheCpuSends) {
   EXPECT_TRUE(sends("x b"));
   ok(sdk.set_port_pvid(mp(1), 20));
   EXPECT_TRUE(sends("x b vlan=10"));
+  EXPECT_FALSE(sends("x b"));
+  ok(sdk.set_port_mstp_state(kLast, mp(1), MSTP_STATE_FORWARDING));
+  EXPECT_TRUE(sends("x b"));
+  ok(sdk.set_port_stp_state(mp(1), STP_STATE_BLOCKING));  // holds for every instance
   EXPECT_FALSE(sends("x b"));
 }
 

@@ -198,6 +198,7 @@ TEST_F(PortSettings, Mirror) {
   EXPECT_EQ(type, MIRROR_TYPE_EGRESS);
   EXPECT_TRUE(vorn_set_port_mirror(port(5), port(2), MIRROR_TYPE_NONE));
   EXPECT_FALSE(vorn_get_port_mirror(to, port(2), type)) << "ended";
+  EXPECT_TRUE(vorn_set_port_mirror(port(2), port(2), MIRROR_TYPE_NONE)) << "there is none";
 }
 
 TEST_F(PortSettings, ProtocolVlansUpToTheirNumber) {
@@ -294,6 +295,28 @@ std::string link(const Usp& usp) {
   return text;
 }
 
+TEST(PortTable, AbilitiesByTheFastestSpeed) {
+  constexpr unsigned k10 = PORT_ABILITY_10_HALF | PORT_ABILITY_10_FULL;
+  constexpr unsigned k100 = PORT_ABILITY_100_FULL;
+  constexpr unsigned k1000 = PORT_ABILITY_1000_FULL;
+  constexpr unsigned k10000 = PORT_ABILITY_10000_FULL;
+  const std::pair<unsigned, unsigned> rows[] = {
+      {10, k10},
+      {100, k10 | k100 | PORT_ABILITY_100_HALF},
+      {1000, k10 | k100 | PORT_ABILITY_100_HALF | k1000},
+      {2500, k100 | k1000 | PORT_ABILITY_2500_FULL},
+      {10000, k1000 | k10000},
+      {25000, k10000 | PORT_ABILITY_25000_FULL},
+      {40000, k10000 | PORT_ABILITY_40000_FULL},
+      {100000, PORT_ABILITY_40000_FULL | PORT_ABILITY_100000_FULL}};
+  for (const auto& [speed_mbps, abilities] : rows) {
+    const std::vector<PortDescription> ports = {{speed_mbps, {}}};
+    EXPECT_EQ(PortTable(ports).ability(0),
+              abilities | PORT_ABILITY_PAUSE_RX | PORT_ABILITY_PAUSE_TX)
+        << speed_mbps;
+  }
+}
+
 TEST_F(PortSettings, SpeedAndDuplexFollowEachOther) {
   EXPECT_EQ(link(port(0)), "up 1000 full 0020");
   EXPECT_TRUE(vorn_set_port_duplex(port(0), DUPLEX_TYPE_HALF));
@@ -322,7 +345,7 @@ TEST_F(PortSettings, EveryCauseTakesTheLinkDownAndBack) {
        [](bool on) {
          EXPECT_TRUE(vorn_set_port_link_state(port(3), on ? PHY_STATE_UP : PHY_STATE_DOWN));
        }},
-      {"signal", [](bool on) { card().cut_carrier(3, !on); }},
+      {"carrier", [](bool on) { card().cut_carrier(3, !on); }},
       {"cable", [](bool on) { card().plug(3, on ? std::make_unique<MemoryCable>() : nullptr); }},
   };
   static std::vector<std::string> seen;

@@ -32,6 +32,7 @@ const unsigned char kGroup[6] = {1, 0, 0x5e, 0, 0x53, 1};
 const unsigned char kIp6[16] = {0x20, 1, 0xd, 0xb8, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
 const unsigned char kIp6Mask[16] = {0xff, 0xff};
 const unsigned char kHoles6[16] = {0xff, 0, 0xff};
+const unsigned char kLowHoles6[16] = {255, 255, 255, 255, 255, 255, 255, 255, 15};
 constexpr unsigned kIp = 0xc0000201;    // 192.0.2.1
 constexpr unsigned kMask = 0xffffff00;  // /24
 
@@ -315,6 +316,8 @@ TEST_F(RefusalTest, SaysWhatIsWrongWithLayerThree) {
        "mask 255.0.255.0 has holes"},
       {[] { return vorn_add_l3_route_ip6(port(3), kIp6, kHoles6, kMac, 1); },
        "mask ff00:ff00:: has holes"},
+      {[] { return vorn_add_l3_route_ip6(port(3), kIp6, kLowHoles6, kMac, 1); },
+       "mask ffff:ffff:ffff:ffff:f00:: has holes"},
       {[&] { return vorn_get_l3_host_ip4(kIp, port(4), mac_out_, out_); },
        "there is no host 192.0.2.1 at 1/1/4"},
       {[] { return vorn_delete_l3_host_by_addr_ip6(kIp6, port(3)); },

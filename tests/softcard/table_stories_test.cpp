@@ -328,6 +328,7 @@ TEST_F(Tables, L3InterfacesHostsAndRoutes) {
   EXPECT_EQ(in, 0u);
   EXPECT_TRUE(vorn_create_l3_interface_with_id(Mac(2), 11, 500, false));
   EXPECT_TRUE(vorn_create_l3_interface_with_id(Mac(3), 12, 500, true));
+  EXPECT_TRUE(vorn_create_l3_interface_with_id(Mac(3), 12, 500, true)) << "by itself";
   EXPECT_TRUE(vorn_get_l3_interface(500, in, mac) && in == 12 && mac[5] == 3);
 
   EXPECT_FALSE(vorn_add_l3_host_ip4(lag(1), kIp, Mac(9), 500)) << "no such LAG";

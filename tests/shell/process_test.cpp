@@ -31,6 +31,7 @@ TEST(Script, IsReadAsItsBytesAre) {
   } kRows[] = {
       {"lines of other systems", "echo a \\\r\nb\r\necho \"c d\"\r\n", "a b\nc d\n[0]"},
       {"carriage returns elsewhere", "echo a\rb\n", "a b\n[0]"},
+      {"a dollar that names no output", "echo $ a\n", "$ a\n[0]"},
       {"numbers behind continued lines", "echo a \\\n b \\\n c\nx y \\\n\nno \\\n",
        "a b c\nstdin:4: x: unknown command; try help\n"
        "stdin:6: no: unknown command; try help\n[1]"},
@@ -52,6 +53,8 @@ TEST(Script, IsReadAsItsBytesAre) {
   };
   const Folder folder;
   for (const auto& row : kRows) EXPECT_EQ(run(folder, {}, row.input), row.output) << row.symptom;
+  EXPECT_EQ(run(folder, {"-e"}, "echo a; expect ok; echo b\necho c\n"),
+            "a\nstdin:1: expect: the last call is no call of an entry point\n[1]");
 }
 
 // Frames that nobody expects are kept up to a bound, and losses are told.
@@ -184,6 +187,7 @@ TEST(Files, CaptureThatIsCutOffIsTold) {
   const std::string capture =
       "cable 1/1/1 pcap - out.pcap\n"
       "repeat 17 inject 1/1/0 eth src=00:00:5e:00:53:01 dst=ff:ff:ff:ff:ff:ff\n"
+      "link 1/1/0 up\n"
       "cable 1/1/1 none\n";
   const std::string limit = "trap '' XFSZ; ulimit -f 1";
   EXPECT_EQ(run(folder, {"-c", capture}, "", limit),

@@ -237,7 +237,10 @@ TEST_F(Tables, MacBitmapsAreAppliedWholly) {
   EXPECT_TRUE(vorn_delete_mac_vlan_bitmap(Mac(1), bitmap));
   EXPECT_FALSE(vorn_delete_mac_vlan_bitmap(Mac(1), bitmap));
   EXPECT_EQ(mac_table(), (Lines{"1 :1 0/0/0 2"}));
-  EXPECT_TRUE(vorn_create_vlan(4094) && vorn_add_system_mac(Mac(1), 4094));
+  bitmap[0] = 2;
+  EXPECT_TRUE(vorn_delete_mac_vlan_bitmap(Mac(1), bitmap)) << "in VLAN 1, but not in 20";
+  EXPECT_TRUE(vorn_add_system_mac(Mac(1), 1) && vorn_create_vlan(4094) &&
+              vorn_add_system_mac(Mac(1), 4094));
   std::memset(bitmap, 0, sizeof bitmap);
   bitmap[511] = 0x40;  // VLAN 4094
   EXPECT_TRUE(vorn_delete_mac_vlan_bitmap(Mac(1), bitmap));

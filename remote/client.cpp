@@ -221,7 +221,7 @@ void Client::connection_lost(const std::string& reason) {
       Writer out(*message);
       out.u32(PHY_STATE_DOWN);
       out.u32(SPEED_TYPE_UNKNOWN);
-      out.u32(DUPLEX_TYPE_HALF);
+      out.u32(DUPLEX_TYPE_FULL);
       Value<Usp>::put(out, port);
       end_message(*message, start);
       inbox_.push({LCMGR_REPORT_LINK_CHANGE, port, message});

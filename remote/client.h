@@ -25,6 +25,7 @@
 #include <vector>
 
 #include "operations/forwarding_sdk.h"
+#include "operations/host.h"
 #include "operations/operations.h"
 #include "remote/calls.h"
 #include "remote/connection.h"
@@ -56,7 +57,7 @@ class RemoteSdk final : public operations::ForwardingSdk<RemoteSdk> {
   Client& client_;
 };
 
-class Client {
+class Client final : public operations::Host {
  public:
   // `lags` is the list that the client keeps equal to the card's.
   explicit Client(std::list<LagNode>& lags);
@@ -76,37 +77,38 @@ class Client {
 
   // Connects, unless it is connected; a connection that was lost is made anew, without the
   // registrations of the last one.
-  bool init(int& out);
+  bool init(int& out) override;
   // The same over a socket that is connected already.
   bool init_with(Descriptor socket, int& out);
-  bool is_physical(const Usp& port);
-  bool is_lag(const Usp& port);
-  bool is_vlan(const Usp& port);
-  bool usp_to_mp(const Usp& port, Mp& mp);
-  bool usp_to_mp_list(const Usp& port, std::list<Mp>& mps);
-  bool usp_list_to_mp_list(const std::list<Usp>& ports, std::list<Mp>& mps);
-  bool mp_to_usp(const Mp& mp, Usp& port);
-  bool mp_list_to_usp_list(const std::list<Mp>& mps, std::list<Usp>& ports);
+  bool is_physical(const Usp& port) override;
+  bool is_lag(const Usp& port) override;
+  bool is_vlan(const Usp& port) override;
+  bool usp_to_mp(const Usp& port, Mp& mp) override;
+  bool usp_to_mp_list(const Usp& port, std::list<Mp>& mps) override;
+  bool usp_list_to_mp_list(const std::list<Usp>& ports, std::list<Mp>& mps) override;
+  bool mp_to_usp(const Mp& mp, Usp& port) override;
+  bool mp_list_to_usp_list(const std::list<Mp>& mps, std::list<Usp>& ports) override;
 
   // ---- vorn_sdk.h -------------------------------------------------------------------------------
 
-  bool get_instance(VornSdkBase*& sdk);
-  bool create_instance();
+  bool get_instance(VornSdkBase*& sdk) override;
+  bool create_instance() override;
   // Ends the connection. The card stays as it is.
-  bool delete_instance(const VornSdkBase* sdk);
-  bool lag_usp_to_lag_id(const Usp& lag, unsigned& id);
-  bool lag_id_to_lag_usp(unsigned id, Usp& lag);
-  bool add_lag_mapping(const Usp& lag, unsigned id);
-  bool delete_lag_mapping(const Usp& lag, unsigned id);
+  bool delete_instance(const VornSdkBase* sdk) override;
+  bool lag_usp_to_lag_id(const Usp& lag, unsigned& id) override;
+  bool lag_id_to_lag_usp(unsigned id, Usp& lag) override;
+  bool add_lag_mapping(const Usp& lag, unsigned id) override;
+  bool delete_lag_mapping(const Usp& lag, unsigned id) override;
 
   // ---- vorn_lag_list.h --------------------------------------------------------------------------
 
-  bool add_lag_to_list(unsigned id, std::list<LagNode>& list);
-  bool delete_lag_from_list(unsigned id, std::list<LagNode>& list);
-  bool is_lag_exist(unsigned id, const std::list<LagNode>& list);
-  bool add_lag_member(unsigned id, std::list<LagNode>& list, const std::list<Mp>& members);
-  bool delete_lag_member(unsigned id, std::list<LagNode>& list, const std::list<Mp>& members);
-  bool get_lag_member(unsigned id, std::list<Mp>& members);
+  bool add_lag_to_list(unsigned id, std::list<LagNode>& list) override;
+  bool delete_lag_from_list(unsigned id, std::list<LagNode>& list) override;
+  bool is_lag_exist(unsigned id, const std::list<LagNode>& list) override;
+  bool add_lag_member(unsigned id, std::list<LagNode>& list, const std::list<Mp>& members) override;
+  bool delete_lag_member(unsigned id, std::list<LagNode>& list,
+                         const std::list<Mp>& members) override;
+  bool get_lag_member(unsigned id, std::list<Mp>& members) override;
 
   // ---- Events -----------------------------------------------------------------------------------
 

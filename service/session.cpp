@@ -339,18 +339,23 @@ bool Session::call(Reader& in, Writer& out) {
 bool Session::describe_port(Reader& in, Writer& out) {
   const Usp port = read<Usp>(in);
   if (!in.done()) return false;
+  std::uint64_t before = server_.options().refusals();
+  std::string reason;
+  const auto note = [&](bool yes) {
+    if (!yes && server_.options().refusals() != before) {
+      before = server_.options().refusals();
+      reason = server_.options().last_refusal();
+    }
+    out.u8(yes);
+  };
   Mp mp(0, 0);
-  std::array<bool, 4> facts{};
-  const std::uint64_t before = server_.options().refusals();
   out.u8(static_cast<unsigned>(Status::kDone));
-  facts[0] = is_port_physical(port);
-  facts[1] = is_port_logical_lag(port);
-  facts[2] = is_port_logical_vlan(port);
-  facts[3] = vorn_usp_to_mp(port, mp);
-  for (const bool fact : facts) out.u8(fact);
+  note(is_port_physical(port));
+  note(is_port_logical_lag(port));
+  note(is_port_logical_vlan(port));
+  note(vorn_usp_to_mp(port, mp));
   Value<Mp>::put(out, mp);
-  const bool has_reason = server_.options().refusals() != before;
-  out.text(has_reason ? server_.options().last_refusal() : "");
+  out.text(reason);
   return true;
 }
 
@@ -503,6 +508,8 @@ bool Session::command(Reader& in) {
     outcome.u8(static_cast<unsigned>(Status::kRefused));
     outcome.text(why);
   }
+  // What the command has caused comes ahead of its answer.
+  take_events();
   end_answer(last);
   return true;
 }

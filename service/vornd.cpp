@@ -18,12 +18,11 @@
 #include <vector>
 
 #include "libxorp/eventloop.hh"
+#include "service/commands.h"
 #include "service/server.h"
 #include "shell/interrupt.h"
 #include "shell/shell.h"
-#include "softcard/base/address_plan.h"
 #include "softcard/base/clock.h"
-#include "softcard/base/refusal.h"
 #include "softcard/base/text.h"
 #include "softcard/host.h"
 #include "vornlcapi/api/lifecycle.h"
@@ -188,15 +187,8 @@ int serve(const Settings& settings) {
     }
   }
 
-  vorn::service::Options options;
-  options.init_value = ports;
+  vorn::service::Options options = vorn::service::options_for(shell);
   options.most_clients = settings.clients;
-  for (softcard::PortIndex port = 0; port < softcard::host::card()->addresses().port_count();
-       ++port) {
-    options.ports.push_back(softcard::AddressPlan::usp_of(port));
-  }
-  options.last_refusal = [] { return softcard::last_refusal(); };
-  options.refusals = [] { return softcard::refusals(); };
   options.log = [](const std::string& line) { log(kNote, line); };
   vorn::service::Server server(shell.loop(), std::move(options));
   softcard::host::on_lag_change([&server] { server.lags_changed(); });

@@ -15,11 +15,16 @@
 #include <string>
 
 #include "capture.h"
+#include "far_card.h"
 #include "interactive.h"
 #include "lines.h"
+#include "remote/client.h"
+#include "service/commands.h"
 #include "shell.h"
+#include "softcard/eventloop/loop_watch.h"
 #include "softcard/host.h"
 #include "standard_input.h"
+#include "vorn_lag_list.h"
 #include "vornlcapi/api/lifecycle.h"
 
 namespace {
@@ -39,6 +44,8 @@ it asks for commands.
   --card FILE      the card's description; without, 48 ports and 4 uplinks
   --virtual-time   time stands still but for `time warp`: the default of scripts
   --real-time      time passes: the default at a terminal
+  --connect PATH   works on the card of another process, by its socket: that of vornd, or of --listen
+  --listen PATH    lets other processes work on this shell's card, by that socket
   --no-init        leaves vorn_lcmgr_api_init to the script
   -h, --help       prints this
 
@@ -51,6 +58,8 @@ struct Settings {
   std::string commands;
   bool has_commands = false;
   std::string card_file;
+  std::string connect;
+  std::string listen;
   bool init = true;
   enum class Time { kDefault, kVirtual, kReal } time = Time::kDefault;
 };
@@ -73,10 +82,52 @@ int finished(int status) {
   return status == EXIT_SUCCESS && !(std::cout && std::cerr) ? kScriptFailed : status;
 }
 
+// The card of another process in place of one of this.
+struct Far {
+  explicit Far(const std::string& path) {
+    the_client = &client;
+    client.use(path);
+    softcard::host::use_host(&client);
+    softcard::watch_in_loop(client.descriptor(), [] { the_client->dispatch(); });
+  }
+  ~Far() {
+    VornSdkBase* sdk = nullptr;
+    if (client.get_instance(sdk)) client.delete_instance(sdk);
+    softcard::watch_in_loop(-1, nullptr);
+    softcard::host::use_host(nullptr);
+  }
+  Far(const Far&) = delete;
+  Far& operator=(const Far&) = delete;
+
+  static vorn::remote::Client* the_client;
+  vorn::remote::Client client{lag_list};
+  shell::FarCard card{client};
+};
+vorn::remote::Client* Far::the_client = nullptr;
+
+// Serves the shell's card while the shell runs its loop.
+class Sharing {
+ public:
+  Sharing(shell::Shell& shell, const std::string& path)
+      : server_(shell.loop(), vorn::service::options_for(shell)) {
+    std::string error;
+    if (!server_.listen({path, false, false, 0}, error)) throw shell::Error(error);
+    softcard::host::on_lag_change([this] {
+      if (softcard::host::card() == nullptr) server_.card_ended();
+      server_.lags_changed();
+    });
+  }
+  ~Sharing() { softcard::host::on_lag_change(nullptr); }
+
+ private:
+  vorn::service::Server server_;
+};
+
 int run(const Settings& settings, const char* script) {
   const bool at_terminal = !settings.has_commands && script == nullptr && isatty(STDIN_FILENO) != 0;
-  const bool virtual_time = settings.time == Settings::Time::kVirtual ||
-                            (settings.time == Settings::Time::kDefault && !at_terminal);
+  const bool virtual_time =
+      settings.time == Settings::Time::kVirtual ||
+      (settings.time == Settings::Time::kDefault && !at_terminal && settings.connect.empty());
   if (virtual_time) {
     softcard::host::use_clock(std::make_shared<softcard::VirtualClock>());
     // The shell's own loop waits for what is typed, and for other processes.
@@ -84,14 +135,23 @@ int run(const Settings& settings, const char* script) {
   }
   if (!settings.card_file.empty()) softcard::host::use_description_file(settings.card_file);
 
+  std::unique_ptr<Far> far;
+  if (!settings.connect.empty()) far = std::make_unique<Far>(settings.connect);
   int ports = 0;
   if (settings.init && !vorn_lcmgr_api_init(ports)) {
-    std::cerr << "vornsh: " << softcard::host::error() << '\n';
+    std::cerr << "vornsh: "
+              << (far != nullptr ? far->client.last_refusal() : softcard::host::error()) << '\n';
     return kCannotStart;
   }
   shell::Shell shell(settings.options);
+  if (far != nullptr) shell.use_far_card(far->card);
   int status = EXIT_SUCCESS;
+  std::unique_ptr<Sharing> sharing;
   try {
+    if (!settings.listen.empty()) {
+      shell.card();  // there is one
+      sharing = std::make_unique<Sharing>(shell, settings.listen);
+    }
     if (settings.has_commands) {
       std::istringstream commands(settings.commands);
       if (shell::captures_to_standard_output(commands)) shell.print_to_standard_error();
@@ -114,6 +174,7 @@ int run(const Settings& settings, const char* script) {
     status = kCannotStart;
   }
   shell.finish_capture();
+  sharing.reset();
   // Cables hold on to the shell's event loop: the card goes first.
   if (softcard::host::card() != nullptr) vorn_lcmgr_api_terminate();
   if (status != EXIT_SUCCESS) return status;
@@ -122,12 +183,14 @@ int run(const Settings& settings, const char* script) {
 }
 
 int start(int argc, char** argv) {
-  enum { kJson = 256, kCard, kVirtualTime, kRealTime, kNoInit };
+  enum { kJson = 256, kCard, kVirtualTime, kRealTime, kConnect, kListen, kNoInit };
   const option options[] = {{"json", no_argument, nullptr, kJson},
                             {"echo", no_argument, nullptr, 'v'},
                             {"card", required_argument, nullptr, kCard},
                             {"virtual-time", no_argument, nullptr, kVirtualTime},
                             {"real-time", no_argument, nullptr, kRealTime},
+                            {"connect", required_argument, nullptr, kConnect},
+                            {"listen", required_argument, nullptr, kListen},
                             {"no-init", no_argument, nullptr, kNoInit},
                             {"help", no_argument, nullptr, 'h'},
                             {nullptr, 0, nullptr, 0}};
@@ -156,6 +219,12 @@ int start(int argc, char** argv) {
       case kRealTime:
         settings.time = Settings::Time::kReal;
         break;
+      case kConnect:
+        settings.connect = optarg;
+        break;
+      case kListen:
+        settings.listen = optarg;
+        break;
       case kNoInit:
         settings.init = false;
         break;
@@ -166,6 +235,11 @@ int start(int argc, char** argv) {
         std::cerr << kUsage;
         return kCannotStart;
     }
+  }
+  if (!settings.connect.empty() && (!settings.listen.empty() || !settings.card_file.empty() ||
+                                    settings.time == Settings::Time::kVirtual)) {
+    std::cerr << "vornsh: --connect goes with none of --listen, --card and --virtual-time\n";
+    return kCannotStart;
   }
   if (argc - optind > 1 || (settings.has_commands && optind < argc)) {
     std::cerr << "vornsh: one script at a time\n" << kUsage;

@@ -11,6 +11,7 @@
 #include "capture.h"
 #include "card_text.h"
 #include "codec.h"
+#include "far_card.h"
 #include "interrupt.h"
 #include "libxorp/eventloop.hh"
 #include "softcard/base/refusal.h"
@@ -225,7 +226,13 @@ Reply Shell::run(const std::vector<std::string>& given) {
   }
   Arguments arguments({words.begin() + 1, words.end()});
   Reply reply;
-  const std::uint64_t refused_before = softcard::refusals();
+  const std::uint64_t refused_before = refusals();
+  if (far_card_ != nullptr && FarCard::carries_out(*command, arguments)) {
+    reply = far_card_->run(words);
+    if (command->name == "drain") events_.clear();
+    write_record(*command, words, reply);
+    return reply;
+  }
   try {
     command->run(*this, arguments, reply);
   } catch (const Failure& failure) {
@@ -238,8 +245,8 @@ Reply Shell::run(const std::vector<std::string>& given) {
   } catch (const std::exception& exception) {
     throw Error(words.front() + ": threw " + exception.what());
   }
-  if (reply.result == false && softcard::refusals() != refused_before) {
-    reply.reason = softcard::last_refusal();
+  if (reply.result == false && refusals() != refused_before) {
+    reply.reason = far_card_ != nullptr ? far_card_->last_refusal() : softcard::last_refusal();
   }
   if (reply.result.has_value()) {
     last_call_ = reply;
@@ -250,6 +257,10 @@ Reply Shell::run(const std::vector<std::string>& given) {
   listen_to_card();
   write_record(*command, words, reply);
   return reply;
+}
+
+std::uint64_t Shell::refusals() const {
+  return far_card_ != nullptr ? far_card_->refusals() : softcard::refusals();
 }
 
 // Puts the latest output of that name in the place of each word $name.
@@ -403,6 +414,7 @@ void Shell::run_card() {
 
 void Shell::run_card(const Place& place) {
   try {
+    if (far_card_ != nullptr) far_card_->settle();
     run_card();
   } catch (const std::exception& exception) {
     complain(place, std::string("an event: ") + exception.what());
@@ -421,7 +433,8 @@ void Shell::run_card(const Place& place) {
 }
 
 bool Shell::round() {
-  run_card(Place());
+  // A card elsewhere lives by itself.
+  if (far_card_ == nullptr) run_card(Place());
   if (!options_.json) print_held();
   return true;
 }

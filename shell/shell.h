@@ -26,6 +26,8 @@ class EventLoop;
 
 namespace shell {
 
+class FarCard;
+
 // A good command whose expectation did not hold. Shell::run() makes it the reply's failure, which
 // `!` asks for.
 class Failure : public Error {
@@ -106,6 +108,10 @@ class Shell {
   // Has the card do all that is waiting: frames in its cables, ageing, events.
   void run_card();
 
+  // Has the shell work on a card in another process, which outlives it; the process has no card of
+  // its own then.
+  void use_far_card(FarCard& card) { far_card_ = &card; }
+
   // Where cables and the terminal wait for their descriptors; made when it is first asked for.
   EventLoop& loop();
   // Has the card live while its loop runs, as long as the timer is kept.
@@ -169,6 +175,7 @@ class Shell {
   void end_echo();
   void complain(const Place& place, const std::string& message);
   void print_held();
+  std::uint64_t refusals() const;
   // Runs the card until nothing is left to do, and says what went wrong in that: a callback that
   // threw, a capture file that cannot be read or written.
   void run_card(const Place& place);
@@ -194,6 +201,7 @@ class Shell {
   Kept<CpuPacket> cpu_packets_;
   Kept<Event> events_;
   const softcard::Card* heard_card_ = nullptr;
+  FarCard* far_card_ = nullptr;
   std::shared_ptr<softcard::FrameObserver> monitor_;  // null while nobody looks on
   std::shared_ptr<softcard::FrameCapture> capture_;   // null while there is none
   bool capture_was_last_ = false;                     // of the commands

@@ -56,6 +56,9 @@ struct Process {
   std::function<void()> on_lag_change;
 };
 
+// What platform/ asks for is asked of it, where there is one.
+vorn::operations::Host* other = nullptr;
+
 // Lives from the first use to the end of the process, whatever is loaded before or after.
 Process& process() {
   static Process* const kProcess = new Process;
@@ -253,6 +256,8 @@ bool warp_ns(std::uint64_t ns) {
 
 CallWatch& call_watch() { return process().watch; }
 
+void use_host(vorn::operations::Host* host) { other = host; }
+
 void on_lag_change(std::function<void()> observer) {
   process().on_lag_change = std::move(observer);
 }
@@ -265,6 +270,7 @@ using softcard::refuse;
 // ---- vorn_sdk.h ---------------------------------------------------------------------------------
 
 bool vornsdk_get_sdk_instance(VornSdkBase*& sdk) {
+  if (host::other != nullptr) return host::other->get_instance(sdk);
   if (host::require_card() == nullptr) return false;
   host::Instance* const instance = host::process().instance.get();
   softcard::forget_answer();
@@ -273,9 +279,13 @@ bool vornsdk_get_sdk_instance(VornSdkBase*& sdk) {
   return true;
 }
 
-bool vornsdk_create_sdk_instance() { return host::create_instance(); }
+bool vornsdk_create_sdk_instance() {
+  if (host::other != nullptr) return host::other->create_instance();
+  return host::create_instance();
+}
 
 bool vornsdk_delete_sdk_instance(VornSdkBase* sdk) {
+  if (host::other != nullptr) return host::other->delete_instance(sdk);
   host::Process& own = host::process();
   if (host::require_card() == nullptr) return false;
   if (sdk != &own.instance->sdk && sdk != &own.instance->watched_sdk) {
@@ -290,12 +300,14 @@ bool vornsdk_delete_sdk_instance(VornSdkBase* sdk) {
 }
 
 bool vornsdk_lag_usp_to_lag_id(const Usp& lag, unsigned int& id) {
+  if (host::other != nullptr) return host::other->lag_usp_to_lag_id(lag, id);
   const softcard::Card* const card = host::require_card();
   return card != nullptr &&
          softcard::answer(card->tables().lags.id_of(lag, id), lag, host::refuse_lag);
 }
 
 bool vornsdk_lag_id_to_lag_usp(unsigned int id, Usp& lag) {
+  if (host::other != nullptr) return host::other->lag_id_to_lag_usp(id, lag);
   const softcard::Card* const card = host::require_card();
   if (card == nullptr) return false;
   const Usp found = card->tables().lags.usp_of(id);
@@ -307,6 +319,7 @@ bool vornsdk_lag_id_to_lag_usp(unsigned int id, Usp& lag) {
 // A LAG whose address is refused is taken back, from the SDK and from the list: nobody could reach
 // it again.
 bool vornsdk_add_lag_mapping(const Usp& lag, unsigned int id) {
+  if (host::other != nullptr) return host::other->add_lag_mapping(lag, id);
   softcard::Card* const card = host::require_card();
   if (card == nullptr) return false;
   softcard::LagTable& lags = card->tables().lags;
@@ -321,27 +334,35 @@ bool vornsdk_add_lag_mapping(const Usp& lag, unsigned int id) {
 }
 
 bool vornsdk_delete_lag_mapping(const Usp& lag, unsigned int id) {
+  if (host::other != nullptr) return host::other->delete_lag_mapping(lag, id);
   softcard::Card* const card = host::require_card();
   return card != nullptr && card->tables().lags.unpair(lag, id) && host::lags_changed();
 }
 
 // ---- vorn_port_mapping.h ------------------------------------------------------------------------
 
-bool vorn_init_line_card(int& out) { return host::initialise(out); }
+bool vorn_init_line_card(int& out) {
+  if (host::other != nullptr) return host::other->init(out);
+  return host::initialise(out);
+}
 
 bool is_port_physical(const Usp& port) {
+  if (host::other != nullptr) return host::other->is_physical(port);
   return softcard::answer(host::process().addresses.is_physical(port), port, host::refuse_port);
 }
 
 bool is_port_logical_lag(const Usp& port) {
+  if (host::other != nullptr) return host::other->is_lag(port);
   return softcard::answer(softcard::AddressPlan::is_lag(port), port, host::refuse_port);
 }
 
 bool is_port_logical_vlan(const Usp& port) {
+  if (host::other != nullptr) return host::other->is_vlan(port);
   return softcard::answer(softcard::AddressPlan::is_vlan(port), port, host::refuse_port);
 }
 
 bool vorn_usp_to_mp(const Usp& port, Mp& mp) {
+  if (host::other != nullptr) return host::other->usp_to_mp(port, mp);
   softcard::PortIndex index = 0;
   const bool is_port = host::process().addresses.port_of(port, index);
   if (is_port) mp = softcard::AddressPlan::mp_of(index);
@@ -350,6 +371,7 @@ bool vorn_usp_to_mp(const Usp& port, Mp& mp) {
 
 // False for a LAG or VLAN that does not exist.
 bool vorn_usp_to_mp_list(const Usp& port, std::list<Mp>& mps) {
+  if (host::other != nullptr) return host::other->usp_to_mp_list(port, mps);
   softcard::PortIndex index = 0;
   const softcard::AddressPlan& addresses = host::process().addresses;
   if (addresses.port_of(port, index)) {
@@ -371,6 +393,7 @@ bool vorn_usp_to_mp_list(const Usp& port, std::list<Mp>& mps) {
 }
 
 bool vorn_usp_list_to_mp_list(const std::list<Usp>& ports, std::list<Mp>& mps) {
+  if (host::other != nullptr) return host::other->usp_list_to_mp_list(ports, mps);
   for (const Usp& port : ports) {
     const std::size_t before = mps.size();
     if (!vorn_usp_to_mp_list(port, mps)) return false;
@@ -380,6 +403,7 @@ bool vorn_usp_list_to_mp_list(const std::list<Usp>& ports, std::list<Mp>& mps) {
 }
 
 bool vorn_mp_to_usp(const Mp& mp, Usp& port) {
+  if (host::other != nullptr) return host::other->mp_to_usp(mp, port);
   softcard::PortIndex index = 0;
   const softcard::AddressPlan& addresses = host::process().addresses;
   if (!addresses.port_of(mp, index)) return addresses.refuse(mp);
@@ -388,6 +412,7 @@ bool vorn_mp_to_usp(const Mp& mp, Usp& port) {
 }
 
 bool vorn_mp_list_to_usp_list(const std::list<Mp>& mps, std::list<Usp>& ports) {
+  if (host::other != nullptr) return host::other->mp_list_to_usp_list(mps, ports);
   for (const Mp& mp : mps) {
     Usp port(0, 0, 0);
     if (!vorn_mp_to_usp(mp, port)) return false;
@@ -399,6 +424,7 @@ bool vorn_mp_list_to_usp_list(const std::list<Mp>& mps, std::list<Usp>& ports) {
 // ---- vorn_lag_list.h ----------------------------------------------------------------------------
 
 bool add_lag_to_list(unsigned int id, std::list<LagNode>& list) {
+  if (host::other != nullptr) return host::other->add_lag_to_list(id, list);
   if (host::find_lag(list, id) != list.end()) return refuse("LAG id ", id, " is in the list");
   host::Instance* const store = host::node_store(list);
   std::list<LagNode> node =
@@ -408,6 +434,7 @@ bool add_lag_to_list(unsigned int id, std::list<LagNode>& list) {
 }
 
 bool delete_lag_from_list(unsigned int id, std::list<LagNode>& list) {
+  if (host::other != nullptr) return host::other->delete_lag_from_list(id, list);
   const auto node = host::require_lag(list, id);
   if (node == list.end()) return false;
   if (host::Instance* const store = host::node_store(list)) {
@@ -420,10 +447,12 @@ bool delete_lag_from_list(unsigned int id, std::list<LagNode>& list) {
 }
 
 bool is_lag_exist(unsigned int id, std::list<LagNode> list) {
+  if (host::other != nullptr) return host::other->is_lag_exist(id, list);
   return host::find_lag(list, id) != list.end();
 }
 
 bool add_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& members) {
+  if (host::other != nullptr) return host::other->add_lag_member(id, list, members);
   const auto node = host::require_lag(list, id);
   if (node == list.end()) return false;
   host::Instance* const store = host::node_store(list);
@@ -438,6 +467,7 @@ bool add_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& me
 }
 
 bool delete_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>& members) {
+  if (host::other != nullptr) return host::other->delete_lag_member(id, list, members);
   const auto node = host::require_lag(list, id);
   if (node == list.end()) return false;
   host::Instance* const store = host::node_store(list);
@@ -452,6 +482,7 @@ bool delete_lag_member(unsigned int id, std::list<LagNode>& list, std::list<Mp>&
 }
 
 bool get_lag_member(unsigned int id, std::list<Mp>& members) {
+  if (host::other != nullptr) return host::other->get_lag_member(id, members);
   const auto node = host::require_lag(lag_list, id);
   if (node == lag_list.end()) return false;
   members.insert(members.end(), node->members().begin(), node->members().end());

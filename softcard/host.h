@@ -37,6 +37,7 @@
 #include <memory>
 #include <string>
 
+#include "operations/host.h"
 #include "softcard/card.h"
 #include "softcard/sdk/call_watch.h"
 
@@ -89,6 +90,10 @@ CallWatch& call_watch();
 // Calls `observer` whenever lag_list or the mapping of LAG interfaces and ids has changed by the
 // functions of platform/; nothing unsets it. There is one.
 void on_lag_change(std::function<void()> observer);
+
+// Has another host do, in place of this one, what platform/ asks for, such as one whose card is in
+// another process; null has this one do it again. Neither may have a card at that time.
+void use_host(vorn::operations::Host* other);
 
 }  // namespace softcard::host
 

@@ -76,6 +76,7 @@ bool next_timer(std::uint64_t& at_ns) {
 }
 
 void watch_in_loop(int fd, void (*ready)()) {
+  if (the_loop != nullptr && watched_fd >= 0) the_loop->remove_ioevent_cb(watched_fd);
   watched_fd = fd;
   watched_ready = ready;
   if (the_loop != nullptr) watch_in(*the_loop);

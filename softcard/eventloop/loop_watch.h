@@ -7,8 +7,8 @@
 
 namespace softcard {
 
-// Has every loop of the process call `ready` while `fd` is readable; there is one such descriptor,
-// which outlives the loops.
+// Has every loop of the process call `ready` while `fd` is readable, in place of what was given
+// before; -1 for nothing. Whoever closes the descriptor says so first.
 void watch_in_loop(int fd, void (*ready)());
 
 }  // namespace softcard

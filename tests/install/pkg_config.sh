@@ -37,7 +37,7 @@ flags=$("$PKG_CONFIG" --cflags --libs vornremote)
 # shellcheck disable=SC2086
 {
   "$CC" -std=c99 -I"$here/../../examples" "$here/../../examples/c_client/client.c" \
-    "$here/../remote/client_main.c" -o "$work/remote" $flags
+    "$here/../../examples/two_processes/main.c" -o "$work/remote" $flags
   if $emulator "$work/remote" 2>"$work/said"; then exit 1; fi
   grep -q "failed: start the line card" "$work/said"
 }

@@ -398,7 +398,7 @@ TEST_F(RemoteServer, ACardThatDiesTakesEveryLinkDownAndIsReachedAnew) {
   EXPECT_EQ(near.lags.size(), 0u);
   heard.clear();
   hear(near.client, 2);
-  EXPECT_EQ(heard, (std::vector<std::string>{"link 1/1/3 0 0 0", "c link 3 0", "link 1/1/4 0 0 0",
+  EXPECT_EQ(heard, (std::vector<std::string>{"link 1/1/3 0 0 1", "c link 3 0", "link 1/1/4 0 0 1",
                                              "c link 4 0"}));
   EXPECT_EQ(near.client.dispatch(), 0u);
 

@@ -224,6 +224,22 @@ TEST(Files, ThatRunAreNotRecordedInto) {
   expect_in(run(folder, {"-c", "replay loop.rec"}), "1 differences\n[1]");
 }
 
+TEST(Sharing, LetsAnotherShellWorkOnTheCard) {
+  const Folder folder;
+  Process sharing(folder, {"--listen", "card", "--real-time"});
+  sharing.send("vorn_create_vlan 10\n");
+  expect_in(sharing.until("ok\n"), "ok");
+  expect_in(run(folder, {"--connect", "card", "-c", "vorn_create_vlan 11; vorn_create_vlan 10"}),
+            "VLAN 10 exists");
+  sharing.send("vorn_delete_vlan 11\nvorn_lcmgr_api_terminate\n");
+  expect_in(sharing.until("ok\n"), "ok");
+  expect_in(sharing.until("ok\n"), "ok");
+  sharing.send("quit\n");
+  EXPECT_EQ(sharing.status(), 0);
+  expect_in(run(folder, {"--connect", "card", "-c", "show vlan"}),
+            "vornsh: card: No such file or directory");
+}
+
 TEST(Json, IsValidWhateverTheBytes) {
   const struct {
     const char* bytes;

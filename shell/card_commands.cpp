@@ -10,6 +10,7 @@
 #include "codec.h"
 #include "expect.h"
 #include "monitor.h"
+#include "save.h"
 #include "shell.h"
 #include "softcard/cables/memory_cable.h"
 #include "softcard/frames/frame_text.h"
@@ -154,6 +155,7 @@ void add_card_commands(CommandTable& table) {
       monitor, false);
   add("capture", "FILE|- [PORTS] [cpu], off, nothing", "writes frames that go in and out as pcapng",
       capture, false);
+  add("save", "FILE", "writes the calls that lead from a fresh card to this one", save, false);
   add("time", "[warp SECONDS]", "the card's time, or moves it on", time, true);
   add("wait", "SECONDS", "lets the card run for so long, in real time", wait, false);
   add("fail", "[OPERATION [N]|none]", "has the Nth next call of an SDK operation refused", fail,

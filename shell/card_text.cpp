@@ -2,6 +2,7 @@
 #include "card_text.h"
 
 #include "codec.h"
+#include "softcard/sdk/flow_fields.h"
 
 namespace shell {
 
@@ -82,6 +83,20 @@ Value mac_value(const softcard::MacAddress& mac) { return text_value(mac_text(ma
 Value address_value(softcard::Ipv4 ip) { return text_value(ip4_text(ip)); }
 Value address_value(const softcard::Ipv6Address& ip) {
   return text_value(ip6_text(ip.bytes.data()));
+}
+
+std::string flow_match_text(const softcard::FlowMatch& match) {
+  ctype_of_flow_s flow{};
+  softcard::write_flow_fields(match, flow);
+  if ((match.fields & softcard::kFlowInPort) != 0) flow.flags |= OF_MATCH_IN_PORT;
+  const Usp in_port = softcard::AddressPlan::usp_of(match.in_port);
+  flow.in_port = {in_port.unit(), in_port.slot(), in_port.port()};
+  std::string text = flow_text(flow);
+  if (match.udf.mask != 0) {
+    const unsigned base = static_cast<unsigned>(match.udf.base) + OF_UDF_FRAME;
+    text += ' ' + udf_text({base, match.udf.offset_bytes, match.udf.value, match.udf.mask});
+  }
+  return text;
 }
 
 }  // namespace shell

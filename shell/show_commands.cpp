@@ -10,10 +10,10 @@
 #include "card_text.h"
 #include "codec.h"
 #include "monitor.h"
+#include "save.h"
 #include "shell.h"
 #include "softcard/frames/frame_text.h"
 #include "softcard/pipeline/trace.h"
-#include "softcard/sdk/flow_fields.h"
 
 namespace shell {
 
@@ -171,7 +171,7 @@ void show_fdb(Card& card, Arguments& arguments, Reply& reply) {
 
 template <class Hosts>
 void add_hosts(const Card& card, const Hosts& hosts, Table& table) {
-  hosts.for_each([&](const auto& host) {
+  for_each_in_order(hosts, [&](const auto& host) {
     table.add({address_value(host.ip), destination_value(card, host.next_hop.destination),
                mac_value(host.next_hop.mac), count_value(host.next_hop.interface_id)});
   });
@@ -179,7 +179,7 @@ void add_hosts(const Card& card, const Hosts& hosts, Table& table) {
 
 template <class Routes>
 void add_routes(const Card& card, const Routes& routes, Table& table) {
-  routes.for_each([&](const auto& route) {
+  for_each_in_order(routes, [&](const auto& route) {
     table.add({text_value(address_value(route.prefix).text + '/' + std::to_string(route.length)),
                count_value(route.metric), destination_value(card, route.next_hop.destination),
                mac_value(route.next_hop.mac), count_value(route.next_hop.interface_id)});
@@ -190,7 +190,7 @@ void show_l3(Card& card, Arguments& arguments, Reply& reply) {
   arguments.finish();
   const softcard::L3Table& l3 = card.tables().l3;
   Table interfaces({"interface", "vlan", "mac"});
-  l3.interfaces.for_each([&](const softcard::L3Interface& interface) {
+  for_each_in_order(l3.interfaces, [&](const softcard::L3Interface& interface) {
     interfaces.add(
         {count_value(interface.id), count_value(interface.vlan), mac_value(interface.mac)});
   });
@@ -203,21 +203,6 @@ void show_l3(Card& card, Arguments& arguments, Reply& reply) {
   reply.show("interfaces", interfaces);
   reply.show("hosts", hosts);
   reply.show("routes", routes);
-}
-
-// A flow's match in the words that vorn_add_of_flow reads.
-std::string match_text(const softcard::FlowMatch& match) {
-  ctype_of_flow_s flow{};
-  softcard::write_flow_fields(match, flow);
-  if ((match.fields & softcard::kFlowInPort) != 0) flow.flags |= OF_MATCH_IN_PORT;
-  const Usp in_port = softcard::AddressPlan::usp_of(match.in_port);
-  flow.in_port = {in_port.unit(), in_port.slot(), in_port.port()};
-  std::string text = flow_text(flow);
-  if (match.udf.mask != 0) {
-    const unsigned base = static_cast<unsigned>(match.udf.base) + OF_UDF_FRAME;
-    text += ' ' + udf_text({base, match.udf.offset_bytes, match.udf.value, match.udf.mask});
-  }
-  return text;
 }
 
 void show_flow(Card& card, Arguments& arguments, Reply& reply) {
@@ -243,7 +228,7 @@ void show_flow(Card& card, Arguments& arguments, Reply& reply) {
                number_value(std::int64_t{flow->priority}),
                count_value(flow->packets),
                {actions.empty() ? "drop" : joined(actions, ", "), list_value(list).json},
-               text_value(match_text(flow->match))});
+               text_value(flow_match_text(flow->match))});
   }
   reply.show("flows", table);
 }
@@ -449,6 +434,15 @@ void show_frames(Shell& shell, Arguments& arguments, Reply& reply) {
   reply.show("frames", table);
 }
 
+// What `save` writes.
+void show_config(Shell& shell, Arguments& arguments, Reply& reply) {
+  arguments.finish();
+  reply.lines = config_lines(shell.card());
+  std::vector<Value> lines;
+  for (const std::string& line : reply.lines) lines.push_back(text_value(line));
+  reply.data.emplace_back("config", list_value(lines));
+}
+
 struct Topic {
   const char* name;
   void (*show)(Card& card, Arguments& arguments, Reply& reply);
@@ -469,12 +463,13 @@ constexpr Topic kTopics[] = {
 void show(Shell& shell, Arguments& arguments, Reply& reply) {
   const std::string name = arguments.take("table");
   if (name == "frames") return show_frames(shell, arguments, reply);
+  if (name == "config") return show_config(shell, arguments, reply);
   std::vector<std::string> names;
   for (const Topic& topic : kTopics) {
     if (name == topic.name) return topic.show(shell.card(), arguments, reply);
     names.emplace_back(topic.name);
   }
-  names.emplace_back("frames");
+  names.insert(names.end(), {"frames", "config"});
   throw Error("table: '" + name + "' is none of " + joined(names, ", "));
 }
 
@@ -483,7 +478,7 @@ void show(Shell& shell, Arguments& arguments, Reply& reply) {
 void add_show_commands(CommandTable& table) {
   table.add({"show", "card",
              "card|port|vlan|class|lag|fdb|lock|l3|flow|filter|counters|drops|mirror|stp|traffic|"
-             "flood|cos|frames [PORTS|VLAN]",
+             "flood|cos|frames|config [PORTS|VLAN]",
              "prints a table of the card", show});
 }
 

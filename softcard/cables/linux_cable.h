@@ -46,6 +46,7 @@ class LinuxCable final : public Cable {
   bool takes_offloads() const override { return true; }
   void advertisement_changed() override;
   std::string describe() const override;
+  const std::string& interface() const { return name_; }
 
  private:
   LinuxCable(EventLoop& loop, const std::string& interface) : loop_(loop), name_(interface) {}

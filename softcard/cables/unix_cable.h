@@ -39,6 +39,7 @@ class UnixCable final : public Cable {
   bool carrier() const override { return peer_ && peer_carrier_; }
   void advertisement_changed() override;
   std::string describe() const override;
+  const std::string& path() const { return path_; }
 
  private:
   static constexpr std::size_t kBatch = 16;  // messages in one system call

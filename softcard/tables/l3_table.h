@@ -190,6 +190,11 @@ class L3HostTable {
   void for_each(Visit&& visit) const {
     places_.for_each([&](std::uint32_t position) { visit(places_[position].host); });
   }
+  // The same for the hosts of one address, the earliest first.
+  template <class Visit>
+  void for_each_of(const Address& ip, Visit&& visit) const {
+    for (std::uint32_t p = first_of(ip); p != kNil; p = places_[p].next) visit(places_[p].host);
+  }
 
  private:
   static constexpr std::uint32_t kNil = FlatIndex::kNone;
@@ -303,6 +308,13 @@ class L3RouteTable {
   template <class Visit>
   void for_each(Visit&& visit) const {
     places_.for_each([&](std::uint32_t position) { visit(route_at(position)); });
+  }
+  // The same for the routes of one prefix, the one in use first, then by metric and age.
+  template <class Visit>
+  void for_each_of(const Address& prefix, unsigned length, Visit&& visit) const {
+    for (std::uint32_t p = first_of(prefix, length); p != kNil; p = places_[p].next) {
+      visit(route_at(p));
+    }
   }
 
  private:

@@ -84,6 +84,9 @@ class PortTable {
   // The mode in force; without a link the fixed one, or with autonegotiation an unknown speed.
   LinkMode mode(PortIndex port) const;
 
+  // What the port does without autonegotiation.
+  LinkMode fixed(PortIndex port) const { return ports_[port].fixed; }
+
   AbilitySet ability(PortIndex port) const { return ports_[port].ability; }
   // False for abilities that the port does not have.
   bool set_advertised(PortIndex port, AbilitySet ability);

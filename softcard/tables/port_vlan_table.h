@@ -52,6 +52,10 @@ class PortVlanTable {
   void set_accepts_untagged(PortIndex port, bool accepts) {
     ports_[port].accepts_untagged = accepts;
   }
+  // Whether a priority was set for the VLAN, though it be the one of all others.
+  bool has_own_priority(PortIndex port, unsigned vlan) const {
+    return own_priority_[port * std::size_t{kVlanCount} + vlan] != 0;
+  }
   // VLAN 0 sets the priority for all VLANs that have none of their own.
   bool set_priority(PortIndex port, unsigned vlan, unsigned priority);
   // Sets or changes the rule for a protocol; false when the port's rules are full.

@@ -32,6 +32,7 @@ TEST(Script, IsReadAsItsBytesAre) {
       {"lines of other systems", "echo a \\\r\nb\r\necho \"c d\"\r\n", "a b\nc d\n[0]"},
       {"carriage returns elsewhere", "echo a\rb\n", "a b\n[0]"},
       {"a dollar that names no output", "echo $ a\n", "$ a\n[0]"},
+      {"a backslash between single quotes", "echo 'a\\b'\n", "a\\b\n[0]"},
       {"numbers behind continued lines", "echo a \\\n b \\\n c\nx y \\\n\nno \\\n",
        "a b c\nstdin:4: x: unknown command; try help\n"
        "stdin:6: no: unknown command; try help\n[1]"},
@@ -53,8 +54,40 @@ TEST(Script, IsReadAsItsBytesAre) {
   };
   const Folder folder;
   for (const auto& row : kRows) EXPECT_EQ(run(folder, {}, row.input), row.output) << row.symptom;
+  EXPECT_EQ(run(folder, {"--json", "-c", "echo 'a\\b'"}),
+            "{\"file\":\"-c\",\"line\":1,\"command\":\"echo \\\"a\\\\\\\\b\\\"\",\"ok\":true,"
+            "\"text\":\"a\\\\b\"}\n[0]");
   EXPECT_EQ(run(folder, {"-e"}, "echo a; expect ok; echo b\necho c\n"),
             "a\nstdin:1: expect: the last call is no call of an entry point\n[1]");
+}
+
+TEST(Script, AnswersForOneCommandAndNoOther) {
+  const struct {
+    const char* symptom;
+    const char* input;
+    const char* output;
+  } kRows[] = {
+      {"nine digits of a second", "time warp 0.012345678\ntime\n", "0.012345678 s\n[0]"},
+      {"a value that begins as expected",
+       "vorn_set_port_pvid 1/1/0 10\nvorn_get_port_pvid 1/1/0\nexpect pvid = 1\n",
+       "ok\npvid = 10\nok\nstdin:3: expect: expected pvid = 1, came 10\n[1]"},
+      {"more than expected",
+       "repeat 2 inject 1/1/1 eth src=00:00:5e:00:53:01 dst=ff:ff:ff:ff:ff:ff\n"
+       "expect 1/1/2 count 1\nexpect none\n",
+       "stdin:2: expect: 1/1/2: expected 1 frames, 2 came\n"
+       "stdin:3: expect: 1/1/0: expected no frame, came eth src=00:00:5e:00:53:01 "
+       "dst=ff:ff:ff:ff:ff:ff\n[1]"},
+      {"up to the first failure", "fail create_vlan\nrepeat 2 vorn_create_vlan 10\n",
+       "failed: create_vlan: refused on purpose\nstdin:2: repeat: failed\n[1]"},
+      {"an address of the switch",
+       "vorn_register_mac_update_callback\nvorn_add_system_mac 00:00:5e:00:53:01 1\n",
+       "ok\nok\nevent mac_update update learned mac 00:00:5e:00:53:01 vlan 1 port cpu static "
+       "off\n[0]"},
+      {"one VLAN of two", "vorn_create_vlan 10\nshow vlan 10\n",
+       "ok\nvlan  instance  tagged  untagged\n10    0         -       -\n[0]"},
+  };
+  const Folder folder;
+  for (const auto& row : kRows) EXPECT_EQ(run(folder, {}, row.input), row.output) << row.symptom;
 }
 
 // Frames that nobody expects are kept up to a bound, and losses are told.

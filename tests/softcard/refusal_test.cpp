@@ -302,6 +302,7 @@ TEST_F(RefusalTest, SaysWhatIsWrongWithLayerThree) {
       {[&] { return vorn_get_l3_interface(7, out_, mac_out_); }, "L3 interface 7 does not exist"},
       {[] { return vorn_delete_l3_interface(kMac, 2); },
        "there is no L3 interface 02:00:5e:00:53:01 in VLAN 2"},
+      {[] { return vorn_delete_l3_interface(kMac, 65537); }, "VLAN 65537: above 4094"},
       {[] { return vorn_delete_l3_interface_by_id(7); }, "L3 interface 7 does not exist"},
       {[] { return vorn_delete_l3_interface_by_id(1); },
        "L3 interface 1 is in use by hosts or routes"},

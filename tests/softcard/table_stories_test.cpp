@@ -517,7 +517,7 @@ TEST_F(Tables, FlowLifeAndActions) {
       {OF_ACTION_SET_VLAN_ID, {{0, 0, 0}}, false},
       {OF_ACTION_SET_VLAN_PRIORITY, {{8, 0, 0}}, false},
       {OF_ACTION_STRIP_VLAN, {{1, 2, 3}}, true},
-      {OF_ACTION_SET_DST_MAC, {{0x02005e00, 0x5301, 0}}, true},
+      {OF_ACTION_SET_DST_MAC, {{0x02005e00, 0xffff, 0}}, true},
       {OF_ACTION_SET_DST_IP, {{kIp, 0, 0}}, true},
       {OF_ACTION_SET_DST_L4_PORT, {{65536, 0, 0}}, false},
   };
@@ -537,9 +537,10 @@ TEST_F(Tables, FlowLifeAndActions) {
   EXPECT_EQ(actions(), added);
   EXPECT_TRUE(vorn_delete_of_flow_action(7, OF_ACTION_SET_VLAN_ID, {{4094, 0, 0}}))
       << "words that the action does not name do not count";
+  EXPECT_TRUE(vorn_delete_of_flow_action(7, OF_ACTION_STRIP_VLAN, {{9, 9, 9}})) << "nor here";
   EXPECT_FALSE(vorn_delete_of_flow_action(7, OF_ACTION_SET_VLAN_ID, {{4094, 0, 0}}));
   EXPECT_TRUE(vorn_delete_of_flow_action(7, OF_ACTION_OUTPUT, {{7 + 51, 0, 0}}));
-  EXPECT_EQ(actions(), added - 2);
+  EXPECT_EQ(actions(), added - 3);
   EXPECT_TRUE(vorn_clear_of_flow_action(7));
   EXPECT_EQ(actions(), 0u);
   EXPECT_TRUE(vorn_delete_of_flow(7));
@@ -673,7 +674,7 @@ TEST_F(Tables, RefuseWhatCouldHaveNoEffect) {
       {"ports of OSPF", flow(OF_MATCH_IP_PROTOCOL | OF_MATCH_SRC_L4_PORT, 0, 89), false},
       {"ports of ICMPv6", flow(OF_MATCH_IP_PROTOCOL | OF_MATCH_SRC_L4_PORT, 0, 58), true},
       {"qualifier far out", flow(0, 0, 0, {OF_UDF_FRAME, 65536, 0, 1}), false},
-      {"qualifier within", flow(0, 0, 0, {OF_UDF_FRAME, 9000, 0, 1}), true},
+      {"qualifier within", flow(0, 0, 0, {OF_UDF_FRAME, 65535, 0, 1}), true},
   };
   for (const auto& row : rows) EXPECT_EQ(row.done, row.good) << row.what;
 }

@@ -10,21 +10,11 @@ namespace softcard {
 
 namespace {
 
-// Objects and their bytes stand in blocks of whole cache lines, so that the bytes of a fresh frame
-// begin on one.
-constexpr std::size_t kLine = 64;
+constexpr std::size_t kLine = alignof(Frame);
 
 constexpr std::size_t in_lines(std::size_t bytes) { return (bytes + kLine - 1) / kLine * kLine; }
 
-constexpr std::size_t kObjectBytes = in_lines(sizeof(Frame));
-
 }  // namespace
-
-std::uint8_t* Frame::storage() { return reinterpret_cast<std::uint8_t*>(this) + kObjectBytes; }
-
-const std::uint8_t* Frame::storage() const {
-  return reinterpret_cast<const std::uint8_t*>(this) + kObjectBytes;
-}
 
 void Frame::insert(std::size_t at, std::size_t bytes) {
   begin_ -= static_cast<std::uint32_t>(bytes);
@@ -50,23 +40,6 @@ FramePool::FramePool(std::size_t small_frames, std::size_t large_frames)
   blocks_.reserve(small_frames / small_.slab + large_frames / large_.slab + 2);
 }
 
-FramePtr FramePool::make(const std::uint8_t* data, std::size_t bytes) {
-  FramePtr frame = make(bytes);
-  if (frame != nullptr && bytes != 0) std::memcpy(frame->data(), data, bytes);
-  return frame;
-}
-
-FramePtr FramePool::copy(const Frame& frame) {
-  FramePtr copy = make(frame.data(), frame.size());
-  if (copy != nullptr) {
-    copy->ingress = frame.ingress;
-    copy->vlan = frame.vlan;
-    copy->priority = frame.priority;
-    copy->offload = frame.offload;
-  }
-  return copy;
-}
-
 void FramePool::BlockDeleter::operator()(std::uint8_t* block) const {
   ::operator delete(block, std::align_val_t(kLine));
 }
@@ -75,7 +48,7 @@ bool FramePool::stock(Shelf& shelf) {
   if (shelf.made == shelf.limit) return false;
   const std::size_t count = std::min(shelf.slab, shelf.limit - shelf.made);
   const std::size_t capacity = Frame::kHeadroom + shelf.frame_bytes;
-  const std::size_t stride = in_lines(kObjectBytes + capacity);
+  const std::size_t stride = in_lines(sizeof(Frame) + capacity);
   try {
     blocks_.emplace_back(
         static_cast<std::uint8_t*>(::operator new(count* stride, std::align_val_t(kLine))));

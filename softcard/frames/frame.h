@@ -12,6 +12,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <vector>
 
@@ -47,7 +48,9 @@ struct Offload {
   bool pending() const { return checksum_partial || segmentation != Segmentation::none; }
 };
 
-class Frame {
+// A frame and its bytes stand in a block of whole cache lines, so that the bytes of a fresh frame
+// begin on one.
+class alignas(64) Frame {
  public:
   // Bytes that can be pushed in front of a fresh frame: VLAN tags, and a header that a cable's
   // kernel interface wants in front of the frame.
@@ -90,8 +93,8 @@ class Frame {
       : pool_(&pool), capacity_(static_cast<std::uint32_t>(capacity)) {}
 
   // The bytes follow the object in the same block.
-  std::uint8_t* storage();
-  const std::uint8_t* storage() const;
+  std::uint8_t* storage() { return reinterpret_cast<std::uint8_t*>(this + 1); }
+  const std::uint8_t* storage() const { return reinterpret_cast<const std::uint8_t*>(this + 1); }
 
   FramePool* pool_;
   Frame* next_free_ = nullptr;
@@ -130,10 +133,23 @@ class FramePool {
   }
 
   // A frame with a copy of `bytes` bytes at `data`; null as make().
-  FramePtr make(const std::uint8_t* data, std::size_t bytes);
+  FramePtr make(const std::uint8_t* data, std::size_t bytes) {
+    FramePtr frame = make(bytes);
+    if (frame != nullptr && bytes != 0) std::memcpy(frame->data(), data, bytes);
+    return frame;
+  }
 
   // A copy with all metadata; null as make().
-  FramePtr copy(const Frame& frame);
+  FramePtr copy(const Frame& frame) {
+    FramePtr copy = make(frame.data(), frame.size());
+    if (copy != nullptr) {
+      copy->ingress = frame.ingress;
+      copy->vlan = frame.vlan;
+      copy->priority = frame.priority;
+      copy->offload = frame.offload;
+    }
+    return copy;
+  }
 
   std::size_t in_use() const { return small_.in_use + large_.in_use; }
 

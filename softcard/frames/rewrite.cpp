@@ -150,12 +150,16 @@ void set_tos(Frame& frame, Headers& headers, std::uint8_t tos) {
   headers.tos = tos;
 }
 
+void decrement_ipv4_ttl(std::uint8_t* header) {
+  const std::uint16_t before = load16(header + 8);
+  --header[8];
+  follow_ipv4(header, before, load16(header + 8));
+}
+
 void decrement_ttl(Frame& frame, Headers& headers) {
   std::uint8_t* header = frame.data() + headers.l3_offset;
   if (headers.l3 == Layer3::ipv4) {
-    const std::uint16_t before = load16(header + 8);
-    --header[8];
-    follow_ipv4(header, before, load16(header + 8));
+    decrement_ipv4_ttl(header);
   } else if (headers.l3 == Layer3::ipv6) {
     --header[7];
   } else {

@@ -44,6 +44,9 @@ void set_ipv4_destination(Frame& frame, Headers& headers, Ipv4 ip);
 // IPv4 TOS or IPv6 traffic class.
 void set_tos(Frame& frame, Headers& headers, std::uint8_t tos);
 
+// The TTL of an IPv4 header alone, down by one. REQUIRES: it is above 0.
+void decrement_ipv4_ttl(std::uint8_t* header);
+
 // IPv4 TTL or IPv6 hop limit, down by one. REQUIRES: it is above 0.
 void decrement_ttl(Frame& frame, Headers& headers);
 

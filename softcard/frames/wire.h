@@ -15,6 +15,9 @@ inline std::uint32_t load32(const std::uint8_t* at) {
   return std::uint32_t{at[0]} << 24 | std::uint32_t{at[1]} << 16 | std::uint32_t{at[2]} << 8 |
          std::uint32_t{at[3]};
 }
+inline std::uint64_t load64(const std::uint8_t* at) {
+  return std::uint64_t{load32(at)} << 32 | load32(at + 4);
+}
 // An Ethernet address as MacAddress::to_number() gives it.
 inline std::uint64_t load48(const std::uint8_t* at) {
   return std::uint64_t{load32(at)} << 16 | load16(at + 4);

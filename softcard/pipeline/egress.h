@@ -58,6 +58,12 @@ class Egress {
     }
   }
 
+  // The same for a frame without offloads whose kind is known.
+  void transmit_plain(FramePtr frame, PortIndex egress, unsigned queue, CastKind cast) {
+    tables_.counters.sent(egress, frame->size(), cast, queue);
+    stage(std::move(frame), egress);
+  }
+
   // Hands what is staged to the cables.
   void flush();
 

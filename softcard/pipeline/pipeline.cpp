@@ -22,7 +22,9 @@
 #include "softcard/frames/offload.h"
 #include "softcard/frames/rewrite.h"
 #include "softcard/frames/wire.h"
+#include "softcard/pipeline/flow_key.h"
 #include "softcard/pipeline/load_balance.h"
+#include "softcard/pipeline/routable.h"
 
 namespace softcard {
 
@@ -73,45 +75,6 @@ std::size_t mtu_bytes(const Frame& frame, bool tagged) {
   return tagged ? bytes - kTagBytes : bytes;
 }
 
-// Why a router does not pass a packet on, and why its CPU gets it: RX_REASON_..., 0 when it is
-// dropped.
-struct Unrouted {
-  DropReason reason;
-  unsigned cpu_reason;
-};
-
-// Nothing when a router may pass a packet between these addresses on. What is for the link that it
-// came from is the router's own.
-template <class Address>
-std::optional<Unrouted> why_not_routed(const Address& source, const Address& destination) {
-  if (link_subnet(destination) != 0) return Unrouted{DropReason::router_local, RX_REASON_ROUTER};
-  if (host_subnet(destination) + link_subnet(source) + host_subnet(source) != 0) {
-    return Unrouted{DropReason::martian, 0};
-  }
-  return std::nullopt;
-}
-
-// Nothing for a packet that is passed on if a route is there.
-std::optional<Unrouted> why_not_routed(const Frame& frame, const Headers& headers) {
-  if (headers.l3_damaged) return Unrouted{DropReason::bad_ip, 0};
-  if (headers.l3 != Layer3::ipv4 && headers.l3 != Layer3::ipv6) {
-    return Unrouted{DropReason::router_local, RX_REASON_ROUTER};
-  }
-  const std::uint8_t* const header = frame.data() + headers.l3_offset;
-  if (headers.l3 == Layer3::ipv4 &&
-      fold(sum_words(header, (header[0] & 0xFu) * std::size_t{4})) != 0xFFFF) {
-    return Unrouted{DropReason::bad_ip, 0};
-  }
-  const auto why = headers.l3 == Layer3::ipv4
-                       ? why_not_routed(headers.ipv4_source, headers.ipv4_destination)
-                       : why_not_routed(Ipv6Address::from_bytes(header + 8),
-                                        Ipv6Address::from_bytes(header + 24));
-  if (why) return why;
-  if (headers.options) return Unrouted{DropReason::router_local, RX_REASON_OPTIONS};
-  if (headers.ttl <= 1) return Unrouted{DropReason::ttl, RX_REASON_TTL};
-  return std::nullopt;
-}
-
 }  // namespace
 
 Pipeline::Pipeline(Tables& tables, const Clock& clock, FramePool& pool, CpuQueue& cpu,
@@ -123,6 +86,7 @@ Pipeline::Pipeline(Tables& tables, const Clock& clock, FramePool& pool, CpuQueue
       note_(tables),
       witness_(tables),
       egress_(tables, pool, cables, note_, witness_),
+      fast_path_(tables, pool, cpu, egress_),
       meters_(tables.ports.count()) {}
 
 // ---- A burst of frames --------------------------------------------------------------------------
@@ -164,20 +128,38 @@ void Pipeline::receive(PortIndex port, FramePtr* frames, std::size_t count) {
   now_ns_ = clock_.now_ns();
   now_seconds_ = now_ns_ / kNanosecondsPerSecond;
   tables_.fdb.age(now_seconds_);
+  const bool fast =
+      fast_path_on_ && !note_.on() && !witness_.looks() && fast_path_.begin(port, now_seconds_);
   while (count != 0) {
     // What an observer sees of a frame ends before the next one begins.
     const std::size_t burst = std::min(count, witness_.looks() ? 1 : kBurst);
     for (std::size_t i = 0; i < burst; ++i) prefetch(frames[i]->data());
+    fast_path_.begin_batch();
     std::size_t waiting = 0;
+    std::size_t routed = 0;
     for (std::size_t i = 0; i < burst; ++i) {
       Passage& passage = passages_[waiting];
-      passage.begin(std::move(frames[i]), port);
-      if (!arrive(passage)) continue;
-      classify(passage);
+      if (fast && fast_path_.admits(waiting, *frames[i])) {
+        passage.frame = std::move(frames[i]);
+        passage.ingress = port;
+        passage.fast = true;
+      } else if (!enter(passage, std::move(frames[i]), port)) {
+        continue;
+      } else if (passage.router != nullptr) {
+        ++routed;
+      }
       ++waiting;
     }
-    find_next_hops(waiting);
-    for (std::size_t i = 0; i < waiting; ++i) pass(passages_[i]);
+    if (fast) fast_path_.find_next_hops();
+    if (routed != 0) find_next_hops(waiting);
+    for (std::size_t i = 0; i < waiting; ++i) {
+      Passage& passage = passages_[i];
+      if (passage.fast) {
+        if (fast_path_.forward(i, passage.frame)) continue;
+        if (!enter(passage, std::move(passage.frame), port)) continue;
+      }
+      pass(passage);
+    }
     if (witness_.looks()) {
       egress_.flush();
       witness_.finish();
@@ -186,6 +168,14 @@ void Pipeline::receive(PortIndex port, FramePtr* frames, std::size_t count) {
     count -= burst;
   }
   frames_in_hand.send();
+}
+
+// Lets a frame in and finds its VLAN; false when it goes no further.
+bool Pipeline::enter(Passage& passage, FramePtr frame, PortIndex port) {
+  passage.begin(std::move(frame), port);
+  if (!arrive(passage)) return false;
+  classify(passage);
+  return true;
 }
 
 // ---- In at a port -------------------------------------------------------------------------------
@@ -336,7 +326,7 @@ void Pipeline::find_next_hops(std::size_t count, Layer3 protocol,
   std::size_t missing = 0;
   for (std::size_t i = 0; i < count; ++i) {
     Passage& passage = passages_[i];
-    if (passage.router == nullptr || passage.headers.l3 != protocol) continue;
+    if (passage.fast || passage.router == nullptr || passage.headers.l3 != protocol) continue;
     const auto address = destination_ip<Address>(*passage.frame, passage.headers);
     if (const auto* host = all_hosts.find(address)) {
       passage.next_hop = &host->next_hop;
@@ -353,8 +343,7 @@ void Pipeline::find_next_hops(std::size_t count, Layer3 protocol,
 const L3Interface* Pipeline::router_of(const Passage& passage) const {
   // With one tag at most: what stands behind two is another network's.
   if (passage.headers.tags > 1 || passage.headers.group()) return nullptr;
-  return tables_.l3.interfaces.find(passage.vlan,
-                                    MacAddress::from_number(passage.headers.destination));
+  return tables_.l3.interfaces.find(passage.vlan, passage.headers.destination);
 }
 
 // ---- The rest of the way ------------------------------------------------------------------------
@@ -492,31 +481,9 @@ bool Pipeline::apply_flow(Passage& passage) {
   }
 
   const Headers& headers = passage.headers;
-  FlowKey key;
-  key.set_ethernet(passage.ingress, headers.source, headers.destination, passage.vlan,
-                   passage.priority, headers.ether_type);
-  switch (headers.l3) {
-    case Layer3::arp:
-      key.set_ip_protocol(static_cast<std::uint8_t>(headers.arp_operation));
-      key.set_ipv4(headers.ipv4_source, headers.ipv4_destination);
-      break;
-    case Layer3::ipv4:
-      key.set_ipv4(headers.ipv4_source, headers.ipv4_destination);
-      key.set_ip_protocol(headers.ip_protocol);
-      key.set_tos(headers.tos);
-      break;
-    case Layer3::ipv6:
-      key.set_ip_protocol(headers.ip_protocol);
-      key.set_tos(headers.tos);
-      break;
-    case Layer3::none:
-      break;
-  }
-  if (headers.l4 != Layer4::none) key.set_l4_ports(headers.l4_source, headers.l4_destination);
-  const UdfReader bytes{passage.frame->data(), static_cast<std::uint32_t>(passage.frame->size()),
-                        headers.l3_offset, headers.l4_offset};
-
-  const Flow* flow = flows.lookup(key, bytes);
+  const Flow* flow =
+      flows.lookup(flow_key(passage.ingress, passage.vlan, passage.priority, headers),
+                   udf_reader(*passage.frame, headers));
   if (flow == nullptr) {
     note_("flow", "none matches");
     if (mode == SWITCH_FORWARD_MODE_HYBRID) return true;

@@ -23,6 +23,7 @@
 #include "softcard/frames/parser.h"
 #include "softcard/pipeline/cpu_queue.h"
 #include "softcard/pipeline/egress.h"
+#include "softcard/pipeline/fast_path.h"
 #include "softcard/pipeline/observer.h"
 #include "softcard/pipeline/trace.h"
 #include "softcard/tables/storm_meter.h"
@@ -58,10 +59,13 @@ class Pipeline {
 
   // Shows the way of every frame to `observer`, until its owner lets go of it.
   void observe(std::weak_ptr<FrameObserver> observer) { witness_.add(std::move(observer)); }
+  // Whether plain frames take the fast path, as they do unless told otherwise, and unless a trace
+  // or an observer looks. What becomes of a frame is the same with and without it.
+  void set_fast_path(bool on) { fast_path_on_ = on; }
 
  private:
   // Frames whose lookups wait for memory together.
-  static constexpr std::size_t kBurst = 32;
+  static constexpr std::size_t kBurst = FastPath::kBurst;
 
   // How a frame leaves a port.
   enum class Tagging : std::uint8_t {
@@ -80,6 +84,7 @@ class Pipeline {
     std::uint8_t priority = 0;
     bool control = false;    // passes whatever the spanning tree says
     bool bridged = false;    // leaves by the FDB
+    bool fast = false;       // the fast path has it
     std::int8_t queue = -1;  // egress queue set by a flow; -1: by the port's CoS mapping
     const L3Interface* router = nullptr;  // the router interface that it is addressed to
     const NextHop* next_hop = nullptr;    // found ahead; null: not looked for, or not found
@@ -91,6 +96,7 @@ class Pipeline {
       ingress = port;
       control = false;
       bridged = false;
+      fast = false;
       queue = -1;
       next_hop = nullptr;
       headers = Headers();
@@ -101,6 +107,7 @@ class Pipeline {
 
   // The stages, in the order in which a frame meets them; those that are bool say whether the frame
   // goes on to the next one.
+  bool enter(Passage& passage, FramePtr frame, PortIndex port);
   bool arrive(Passage& passage);
   void classify(Passage& passage);
   void pass(Passage& passage);
@@ -155,6 +162,8 @@ class Pipeline {
   TraceWriter note_;
   Witness witness_;
   Egress egress_;
+  FastPath fast_path_;
+  bool fast_path_on_ = true;
   std::uint64_t now_ns_ = 0;       // of the burst in hand
   std::uint64_t now_seconds_ = 0;  // the same, for what ages
   std::array<Passage, kBurst> passages_;

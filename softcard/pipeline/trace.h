@@ -59,6 +59,7 @@ class TraceWriter {
 
   // Writes to `trace` until it is set to null.
   void set(Trace* trace) { trace_ = trace; }
+  bool on() const { return trace_ != nullptr; }
 
   template <class... Parts>
   void operator()(const char* stage, const Parts&... parts) const {

@@ -129,12 +129,25 @@ class FdbTable {
   // Starts to load what find(key) reads.
   void prefetch(std::uint64_t key) const { softcard::prefetch(&buckets_[home(key)]); }
 
-  // Returns the entry of `key` (see fdb_key), or null. It stays where it is until it is removed.
-  const FdbEntry* find(std::uint64_t key) const {
+  // A lookup that is under way.
+  struct Probe {
+    std::uint64_t key;
+    std::size_t bucket;
+  };
+
+  // Starts a lookup, as prefetch() does, for find() to end.
+  Probe probe(std::uint64_t key) const {
     const std::size_t bucket = home(key);
-    const FdbEntry& entry = buckets_[bucket].candidate(key);
-    if (entry.key_ == key) return &entry;
-    return overflow_[bucket] == 0 ? nullptr : find_behind(bucket, key);
+    softcard::prefetch(&buckets_[bucket]);
+    return {key, bucket};
+  }
+
+  // Returns the entry of `key` (see fdb_key), or null. It stays where it is until it is removed.
+  const FdbEntry* find(std::uint64_t key) const { return find(Probe{key, home(key)}); }
+  const FdbEntry* find(const Probe& probe) const {
+    const FdbEntry& entry = buckets_[probe.bucket].candidate(probe.key);
+    if (entry.key_ == probe.key) return &entry;
+    return overflow_[probe.bucket] == 0 ? nullptr : find_behind(probe.bucket, probe.key);
   }
   const FdbEntry* find(std::uint16_t vlan, const MacAddress& mac) const {
     return find(fdb_key(vlan, mac.to_number()));

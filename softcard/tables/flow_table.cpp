@@ -136,6 +136,7 @@ FlowResult FlowTable::add_with_id(const FlowMatch& match, std::uint32_t id, std:
   }
   if (ids_.find(id) != kNil) return FlowResult::id_taken;
   if (size() == capacity_) return FlowResult::full;
+  if (answers_.empty()) answers_.resize(std::size_t{1} << kAnswersLog2);
 
   const std::uint32_t position = entries_.take();
   Undo give_back([&] { entries_.give(position); });
@@ -230,7 +231,33 @@ void FlowTable::release_actions(Flow& flow) {
 
 // ---- Frames -------------------------------------------------------------------------------------
 
+// Of all the fields of a frame only those count that some flow looks at, and frames that agree in
+// them share an answer, whichever flow that is. User-defined qualifiers look at bytes that no key
+// holds.
 const Flow* FlowTable::lookup(const FlowKey& key, const UdfReader& bytes) const {
+  std::uint32_t found = kNil;
+  const bool qualified = static_cast<std::uint32_t>(seen_.words_[4]) != 0;
+  if (qualified || search_order_.size() < kSubtablesToKeepAnswers) {
+    found = search(key, bytes);
+  } else {
+    FlowKey seen = key;
+    std::uint64_t sum = 0;
+    for (std::size_t i = 0; i < FlowKey::kWords; ++i) {
+      seen.words_[i] &= seen_.words_[i];
+      sum += seen.words_[i] * spread_[i];
+    }
+    Answer& answer = answers_[(sum ^ sum >> 32) * spread_[0] >> (64 - kAnswersLog2)];
+    if (answer.version != version_ || answer.key.words_ != seen.words_) {
+      answer.position = search(key, bytes);
+      answer.key = seen;
+      answer.version = version_;
+    }
+    found = answer.position;
+  }
+  return found == kNil ? nullptr : &entries_[found].flow;
+}
+
+std::uint32_t FlowTable::search(const FlowKey& key, const UdfReader& bytes) const {
   std::uint32_t best = kNil;
   for (const SearchStep& step : search_order_) {
     if (best != kNil && entries_[best].rank.beats(step.bound)) break;
@@ -250,7 +277,7 @@ const Flow* FlowTable::lookup(const FlowKey& key, const UdfReader& bytes) const 
     if (found != kNil && (best == kNil || entries_[found].rank.beats(entries_[best].rank)))
       best = found;
   }
-  return best == kNil ? nullptr : &entries_[best].flow;
+  return best;
 }
 
 // ---- Subtables ----------------------------------------------------------------------------------
@@ -270,6 +297,8 @@ std::uint32_t FlowTable::subtable_for(const FlowMatch& match) {
   Undo give_back([&] { subtables_.give(subtable); });
   by_mask_.insert(hash, subtable);
   give_back.dismiss();
+  if (search_order_.empty()) seen_ = FlowKey();
+  for (std::size_t i = 0; i < FlowKey::kWords; ++i) seen_.words_[i] |= wanted.mask.words_[i];
   subtables_[subtable] = std::move(wanted);
   return subtable;
 }
@@ -277,6 +306,7 @@ std::uint32_t FlowTable::subtable_for(const FlowMatch& match) {
 // Enters a flow into its subtable, and that at its right place into the order of the search. No
 // effect when memory runs out, which it does not for a flow that was linked before.
 void FlowTable::link(std::uint32_t position) {
+  ++version_;
   Flow& flow = entries_[position].flow;
   const Entry& entry = entries_[position];
   Subtable& subtable = subtables_[flow.subtable_];
@@ -311,6 +341,7 @@ void FlowTable::link(std::uint32_t position) {
 
 // Takes a flow out of its subtable; update_subtable() must follow.
 void FlowTable::unlink(std::uint32_t position) {
+  ++version_;
   const Flow& flow = entries_[position].flow;
   const Entry& entry = entries_[position];
   Subtable& subtable = subtables_[flow.subtable_];

@@ -268,6 +268,9 @@ class FlowTable {
  private:
   static constexpr std::uint32_t kNil = FlatIndex::kNone;
   static const FlowActions kNoActions;
+  static constexpr unsigned kAnswersLog2 = 11;
+  // From this many subtables on an answer is cheaper kept than found again.
+  static constexpr std::size_t kSubtablesToKeepAnswers = 3;
 
   // The higher priority wins, then the lower id.
   struct Rank {
@@ -277,6 +280,13 @@ class FlowTable {
     bool beats(const Rank& other) const {
       return priority != other.priority ? priority > other.priority : id < other.id;
     }
+  };
+
+  // What a lookup found, for frames that agree in all that flows look at.
+  struct alignas(64) Answer {
+    FlowKey key;                // of such a frame, under seen_
+    std::uint64_t version = 0;  // of the table, when it was found
+    std::uint32_t position = kNil;
   };
 
   // A flow behind what a lookup reads of it, which is in one cache line.
@@ -311,6 +321,8 @@ class FlowTable {
   static bool same_mask(const Subtable& a, const Subtable& b);
   std::uint32_t mask_hash(const Subtable& subtable) const;
 
+  // Searches all subtables; kNil when no flow matches.
+  std::uint32_t search(const FlowKey& key, const UdfReader& bytes) const;
   // Finds the best flow of a subtable for a key, kNil when there is none. `hash` is key_hash().
   std::uint32_t find_in(const Subtable& subtable, const FlowKey& key, std::uint32_t hash) const;
   std::uint32_t key_hash(const Subtable& subtable, const FlowKey& key) const;
@@ -334,6 +346,12 @@ class FlowTable {
   // The bound that beats the others first; has room for all subtables.
   std::vector<SearchStep> search_order_;
   Pool<FlowActions> action_lists_;
+
+  // Answers by a hash of their keys; none until the first flow comes. One that is not of the
+  // table's present version holds no longer.
+  mutable std::vector<Answer> answers_;
+  std::uint64_t version_ = 1;
+  FlowKey seen_;  // at least the bits that flows look at
 };
 
 }  // namespace softcard

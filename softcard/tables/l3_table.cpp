@@ -123,11 +123,6 @@ void L3InterfaceTable::add(const L3Interface& interface) {
   give_back.dismiss();
 }
 
-const L3Interface* L3InterfaceTable::get(std::uint32_t id) const {
-  const std::uint32_t position = ids_.find(id);
-  return position == FlatIndex::kNone ? nullptr : &places_[position];
-}
-
 bool L3InterfaceTable::remove(std::uint16_t vlan, const MacAddress& mac) {
   const L3Interface* found = find(vlan, mac);
   return found != nullptr && remove(found->id);
@@ -162,6 +157,7 @@ void L3InterfaceTable::put(std::uint32_t position, const L3Interface& interface)
   by_pair_.insert(pair_hash(interface.vlan, interface.mac), position);
   free_id.dismiss();
   ++per_vlan_[interface.vlan];
+  ++per_last_byte_[interface.mac.bytes[5]];
 }
 
 // Undoes put(); the place stays the caller's.
@@ -170,6 +166,7 @@ void L3InterfaceTable::take(std::uint32_t position) {
   by_pair_.erase(pair_hash(interface.vlan, interface.mac), position);
   ids_.erase(interface.id);
   --per_vlan_[interface.vlan];
+  --per_last_byte_[interface.mac.bytes[5]];
 }
 
 // ---- Hosts --------------------------------------------------------------------------------------

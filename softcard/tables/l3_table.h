@@ -95,13 +95,23 @@ class L3InterfaceTable {
   L3Add create_with_id(const MacAddress& mac, std::uint16_t vlan, std::uint32_t id, bool replace);
 
   // Returns the interface of `id`, or null.
-  const L3Interface* get(std::uint32_t id) const;
-
-  // Returns the interface that owns `mac` in `vlan`, or null: whether a frame is the router's.
-  const L3Interface* find(std::uint16_t vlan, const MacAddress& mac) const {
-    if (per_vlan_[vlan % kVlanCount] == 0) return nullptr;
-    return find_pair(vlan, mac);
+  const L3Interface* get(std::uint32_t id) const {
+    const std::uint32_t position = ids_.find(id);
+    return position == IdMap::kNone ? nullptr : &places_[position];
   }
+
+  // Returns the interface that owns a MAC address in `vlan`, or null: whether a frame is the
+  // router's. `mac` is MacAddress::to_number().
+  const L3Interface* find(std::uint16_t vlan, std::uint64_t mac) const {
+    if (!any_in(vlan) || per_last_byte_[mac & 0xFF] == 0) return nullptr;
+    return find_pair(vlan, MacAddress::from_number(mac));
+  }
+  const L3Interface* find(std::uint16_t vlan, const MacAddress& mac) const {
+    return find(vlan, mac.to_number());
+  }
+
+  // Whether a VLAN has interfaces at all.
+  bool any_in(std::uint16_t vlan) const { return per_vlan_[vlan % kVlanCount] != 0; }
 
   bool remove(std::uint16_t vlan, const MacAddress& mac);
   bool remove(std::uint32_t id);
@@ -129,6 +139,8 @@ class L3InterfaceTable {
   FlatIndex by_pair_;
   IdMap ids_;
   std::vector<std::uint32_t> per_vlan_;  // interfaces in each VLAN
+  // Interfaces by the last byte of their MAC address: most addresses are told apart by it.
+  std::array<std::uint32_t, 256> per_last_byte_{};
 };
 
 // ---- Hosts --------------------------------------------------------------------------------------

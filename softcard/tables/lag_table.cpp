@@ -30,6 +30,7 @@ bool LagTable::require(unsigned id) const {
 bool LagTable::remove(unsigned id) {
   if (!require(id)) return false;
   for (const PortIndex port : lags_[id].set) lag_of_[port] = kNoLag;
+  members_ -= lags_[id].set;
   lags_[id] = Lag();
   return true;
 }
@@ -50,6 +51,7 @@ bool LagTable::add_members(unsigned id, const std::vector<PortIndex>& ports) {
   }
   lags_[id] = lag;
   for (const PortIndex port : lag.set) lag_of_[port] = static_cast<std::uint16_t>(id);
+  members_ |= lag.set;
   return true;
 }
 
@@ -63,6 +65,7 @@ bool LagTable::remove_members(unsigned id, const std::vector<PortIndex>& ports) 
   }
   for (const PortIndex port : ports) {
     lag.set.erase(port);
+    members_.erase(port);
     lag_of_[port] = kNoLag;
   }
   const auto end = std::remove_if(lag.members.begin(), lag.members.begin() + lag.size,

@@ -37,6 +37,8 @@ class LagTable {
 
   // The LAG that a port belongs to, or kNoLag.
   std::uint16_t lag_of(PortIndex port) const { return lag_of_[port]; }
+  // The ports that belong to a LAG.
+  const PortSet& members() const { return members_; }
   // Where frames for a destination go: while a port is a member of a LAG, that is the LAG.
   Destination resolve(Destination destination) const {
     if (!destination.is_port() || lag_of_[destination.number] == kNoLag) return destination;
@@ -87,6 +89,7 @@ class LagTable {
 
   std::vector<Lag> lags_;  // by id
   std::array<std::uint16_t, kMaxPorts> lag_of_;
+  PortSet members_;
   std::array<unsigned, kMaxLagNumber + 1> id_by_number_;  // kUnpaired where none
   std::vector<unsigned> number_by_id_;                    // 0 where none
 };

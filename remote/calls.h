@@ -66,7 +66,7 @@ template <class T, class Meaning>
 struct Carried<T&, Meaning, std::enable_if_t<!std::is_const_v<T> && !std::is_array_v<T>>> {
   class Output {
    public:
-    void get(Reader& in) { Value<T>::get(in, value_); }
+    void get(Reader& in) { get_output(in, value_); }
     void commit(T& argument) {
       if constexpr (std::is_same_v<T, bool>) {
         std::memcpy(&argument, &value_, sizeof argument);
@@ -80,7 +80,7 @@ struct Carried<T&, Meaning, std::enable_if_t<!std::is_const_v<T> && !std::is_arr
   };
   class Argument {
    public:
-    void get(Reader& in) { Value<T>::get(in, value_); }
+    void get(Reader& in) { get_output(in, value_); }
     T& pass() { return value_; }
     void put(Writer& out) const { Value<T>::put(out, value_); }
 
@@ -89,6 +89,16 @@ struct Carried<T&, Meaning, std::enable_if_t<!std::is_const_v<T> && !std::is_arr
   };
   static std::string code() { return Value<T>::code() + " both ways"; }
   static void put(Writer& out, const T& argument) { Value<T>::put(out, argument); }
+
+ private:
+  // A flag that is not set yet goes to and fro as it is; nobody looks at it before it is.
+  static void get_output(Reader& in, T& value) {
+    if constexpr (std::is_same_v<T, bool>) {
+      in.raw(&value, sizeof value);
+    } else {
+      Value<T>::get(in, value);
+    }
+  }
 };
 
 // Addresses and bitmaps, of so many bytes, or null. Those that are not const come back.

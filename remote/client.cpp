@@ -86,10 +86,16 @@ bool Client::refuse(std::string reason) {
 
 bool Client::refuse_without_connection() { return refuse(no_connection_); }
 
+bool Client::refuse_too_long() {
+  return refuse("what the call carries is more than a message can hold, " +
+                std::to_string(kMostMessageBytes) + " bytes");
+}
+
 bool Client::ask(Reader& answer, Status& status, std::string& reason) {
   if (!connection_.is_open()) {
     return refuse_without_connection();
   }
+  if (!connection_.fits()) return refuse_too_long();
   Kind kind{};
   if (!connection_.exchange(kind, answer)) return false;
   if (kind != Kind::kAnswer) return connection_.fail("an answer in parts came unasked");
@@ -194,7 +200,7 @@ void Client::take_page() {
 
 void Client::forget_everything() {
   connection_.close();
-  no_connection_ = "there is no connection to the card: vorn_lcmgr_api_init() makes it";
+  no_connection_ = kNotConnected;
   if (page_ != nullptr) munmap(const_cast<void*>(page_), kPageBytes);
   page_ = nullptr;
   has_instance_ = false;
@@ -702,6 +708,7 @@ bool Client::command(const std::vector<std::string>& words,
   Writer request = connection_.begin(Kind::kCommand);
   request.u32(static_cast<std::uint32_t>(words.size()));
   for (const std::string& word : words) request.text(word);
+  if (!connection_.fits()) return refuse_too_long();
   Kind kind{};
   Reader in;
   bool going = connection_.exchange(kind, in);

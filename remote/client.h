@@ -164,6 +164,7 @@ class Client final : public operations::Host {
   void forget_everything();
   bool refuse(std::string reason);
   bool refuse_without_connection();
+  bool refuse_too_long();
   // Sends the request that was begun and waits for the answer. Reads its status: false, and the
   // reason kept, when it is refused or the connection ends; an exception of the card's comes here
   // as one. `answer` holds what was asked for.
@@ -218,7 +219,9 @@ class Client final : public operations::Host {
   Descriptor watch_;   // epoll: the socket and wakeup_
   Descriptor wakeup_;  // eventfd: events wait in inbox_
 
-  std::string no_connection_;  // why there is none
+  static constexpr const char* kNotConnected =
+      "there is no connection to the card: vorn_lcmgr_api_init() makes it";
+  std::string no_connection_ = kNotConnected;  // why there is none
   std::string reason_;
   std::uint64_t refusals_ = 0;
   const PortFacts* answered_no_ = nullptr;  // the last question, where nothing came after it

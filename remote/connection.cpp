@@ -98,7 +98,6 @@ Writer Connection::begin(Kind kind) {
 bool Connection::send_request() {
   end_message(request_, 0);
   if (!is_open()) return false;
-  if (request_.size() - 4 > kMostMessageBytes) return fail("a request is too long");
   for (std::size_t sent = 0; sent < request_.size();) {
     const ssize_t count =
         send(socket_.get(), request_.data() + sent, request_.size() - sent, MSG_NOSIGNAL);

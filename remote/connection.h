@@ -36,6 +36,8 @@ class Connection {
 
   // Begins a request; what is written next belongs to it.
   Writer begin(Kind kind);
+  // Whether the request is short enough to be sent.
+  bool fits() const { return request_.size() - 4 <= kMostMessageBytes; }
   // Sends the request and waits for the answer, which is valid until the next call of anything
   // here. Kind is that of the answer: kPart when more of it follows, for more(). False when the
   // connection has ended.

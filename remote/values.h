@@ -3,7 +3,7 @@
 // How a value of each type that an operation takes stands in a message: put() and get() are the
 // two halves, code() names its form.
 //
-// A flag is carried as the byte that it is in memory: a variable that nobody has set yet, which is
+// A flag is written as the byte that it is in memory: a variable that nobody has set yet, which is
 // to take an output, may hold any.
 #ifndef REMOTE_VALUES_H_
 #define REMOTE_VALUES_H_
@@ -28,7 +28,7 @@ struct Value<bool> {
   static std::string code() { return "flag"; }
   static bool make() { return false; }
   static void put(Writer& out, const bool& flag) { out.raw(&flag, 1); }
-  static void get(Reader& in, bool& flag) { in.raw(&flag, 1); }
+  static void get(Reader& in, bool& flag) { flag = in.u8() != 0; }
 };
 
 // Numbers and enumerations: of the width that their types have on every target.

@@ -218,10 +218,12 @@ void Server::accept_from(Listener& listener) {
       why = "there are " + std::to_string(sessions_.size()) + " clients already";
     }
     if (why.empty()) {
+      turning_away_ = false;
       add(std::move(client), listener.socket.read_only);
       continue;
     }
-    options_.log("a client is turned away: " + why);
+    // One line for as many as come.
+    if (!std::exchange(turning_away_, true)) options_.log("clients are turned away: " + why);
     Bytes answer;
     const std::size_t start = begin_message(answer, Kind::kAnswer);
     Writer out(answer);

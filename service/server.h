@@ -126,6 +126,7 @@ class Server {
   std::uint32_t generation_ = 0;
   std::array<unsigned, remote::kEventKinds> listeners_for_{};
   bool events_waiting_ = false;
+  bool turning_away_ = false;  // since the last client was taken
   XorpTask again_;
   XorpTimer patience_;
   XorpTimer accepting_;

@@ -92,16 +92,19 @@ void Session::receive() {
   }
 }
 
+// The client takes no answers.
+bool Session::is_behind() const {
+  return answers_end_ - std::min(answers_end_, sent_) >= kMostAnswerBytes;
+}
+
 bool Session::has_request() const {
-  if (ended_ || filled_ - read_ < 4) return false;
+  if (ended_ || is_behind() || filled_ - read_ < 4) return false;
   const std::size_t count = Reader(input_.data() + read_, 4).u32();
   // One that is too long is served, too: with the end of the connection.
   return count == 0 || count > kMostMessageBytes || filled_ - read_ >= 4 + count;
 }
 
-bool Session::wants_to_receive() const {
-  return !has_request() && answers_end_ - std::min(answers_end_, sent_) < kMostAnswerBytes;
-}
+bool Session::wants_to_receive() const { return !has_request() && !is_behind(); }
 
 void Session::note_wait() {
   const bool waits = !greeted_ || filled_ != read_ || answers_end_ > sent_;

@@ -35,7 +35,7 @@ class Session {
 
   // Takes what has come. To be called when there is something, or the other end has gone.
   void receive();
-  // Whether a whole request waits.
+  // Whether a whole request waits, and not too many bytes of answers to others.
   bool has_request() const;
   // Answers it.
   void serve();
@@ -43,7 +43,7 @@ class Session {
   void send();
   // Whether the socket is to be watched for room.
   bool wants_to_send() const { return sent_ < output_.size(); }
-  // Whether it is to be watched for bytes: not while requests wait, nor while their answers do.
+  // Whether it is to be watched for bytes: not while a request waits, nor while answers do.
   bool wants_to_receive() const;
 
   bool listens_for(lcmgr_report_event_t kind) const { return listens_[kind]; }
@@ -56,6 +56,7 @@ class Session {
   std::uint32_t interest = 0;  // what the server watches the socket for
 
  private:
+  bool is_behind() const;
   // Says whether the client is waited for, from when on.
   void note_wait();
   void greet(remote::Reader& in);

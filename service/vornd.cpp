@@ -207,6 +207,7 @@ int serve(const Settings& settings) {
   log(kNote, "a card of " + std::to_string(ports) + " ports is served at " + where);
   tell_service_manager("READY=1\nSTATUS=serving " + std::to_string(ports) + " ports at " + where);
   Service(shell).run();
+  shell.finish_capture();
   tell_service_manager("STOPPING=1");
   log(kNote, "the end");
   return EXIT_SUCCESS;

@@ -137,6 +137,22 @@ TEST_F(RemoteOperations, AreRefusedWhereTheyChangeTheCardAndMayOnlyRead) {
   EXPECT_EQ(reader.client.last_refusal(), "the connection is read-only");
 }
 
+// The form of messages is the same on every machine, and in every build of this version.
+TEST_F(RemoteOperations, HaveOneFormOnEveryMachine) {
+  EXPECT_EQ(RawClient::call(0x01020304), (remote::Bytes{0, 0, 0, 6, 2, 0, 1, 2, 3, 4}));
+  EXPECT_EQ(remote::version_text(remote::kVersion, remote::table_hash()),
+            "version 1, table dc7c8050119ca555");
+  remote::Bytes bytes;
+  remote::Writer out(bytes);
+  remote::Value<std::list<StatCounter64>>::put(out, {{STAT_OUT_OCTETS, 0x0102030405060708}});
+  remote::Value<bool>::put(out, true);
+  remote::Value<int>::put(out, -2);
+  remote::Value<unsigned short>::put(out, 0x88b5);
+  EXPECT_EQ(bytes, (remote::Bytes{0, 0,    0,    1,    0,    0,    0,   STAT_OUT_OCTETS,
+                                  1, 2,    3,    4,    5,    6,    7,   8,
+                                  1, 0xff, 0xff, 0xff, 0xfe, 0x88, 0xb5}));
+}
+
 // An SDK of which one operation runs out of memory.
 TEST_F(RemoteOperations, ThatRunOutOfMemoryThereDoSoHere) {
   struct Poor final : Recorder {
@@ -146,6 +162,28 @@ TEST_F(RemoteOperations, ThatRunOutOfMemoryThereDoSoHere) {
   EXPECT_THROW(near_.sdk->create_vlan(10), std::bad_alloc);
   host().reset();
   EXPECT_TRUE(near_.sdk->create_vlan(10));
+}
+
+TEST_F(RemoteOperations, ThatAreTooLongAreRefused) {
+  Packet packet;
+  packet.set_data(std::vector<unsigned char>(2000000));
+  EXPECT_FALSE(near_.sdk->send_packet_from_cpu(packet));
+  EXPECT_EQ(near_.client.last_refusal(),
+            "what the call carries is more than a message can hold, 1048576 bytes");
+  EXPECT_TRUE(near_.sdk->create_vlan(10));
+}
+
+// A flag that comes from elsewhere is one of two, whatever its byte is.
+TEST_F(RemoteOperations, TakeEveryByteForAFlag) {
+  RawClient raw(server_.connect());
+  raw.send(RawClient::hello());
+  raw.receive();
+  raw.send(RawClient::message(remote::Kind::kCall, [](remote::Writer& out) {
+    out.u8(61);  // clear_fdb_table(and_static)
+    out.u8(0xa5);
+  }));
+  EXPECT_EQ(raw.receive().size(), remote::kHeaderBytes + 1);
+  EXPECT_EQ(host().steps.back(), "clear_fdb_table(true)");
 }
 
 TEST_F(RemoteOperations, TakeNoAddressWhereTheCallerHasNone) {

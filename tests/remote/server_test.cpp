@@ -4,12 +4,16 @@
 
 #include "service/server.h"
 
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 
 #include <array>
+#include <cstring>
 #include <fstream>
 #include <memory>
 
@@ -572,6 +576,38 @@ TEST_F(RemoteServer, BytesThatChangeOnTheWayDoNoMoreThanEndAConnection) {
   EXPECT_TRUE(near.sdk->create_vlan(10));
 }
 
+// Answers that nobody takes: further requests wait, and the client is dropped in the end.
+TEST_F(RemoteServer, WhoTakesNoAnswersGetsNoMoreOfThem) {
+  struct Long final : Recorder {
+    bool get_vlan_info(unsigned int, std::list<Mp>& tagged, std::list<Mp>&) override {
+      tagged.assign(10000, Mp(1, 1));
+      ++calls;
+      return true;
+    }
+    unsigned calls = 0;
+  } sdk;
+  host().sdk = &sdk;
+  service::Options options;
+  options.patience_ms = 300;
+  ServerThread server(std::move(options));
+  RawClient raw(server.connect());
+  raw.send(RawClient::hello());
+  raw.receive();
+  Bytes requests;
+  for (unsigned i = 0; i < 1000; ++i) {
+    const Bytes one = RawClient::message(remote::Kind::kCall, [](remote::Writer& out) {
+      out.u8(6);
+      for (const unsigned word : {10u, 0u, 0u}) out.u32(word);
+    });
+    requests.insert(requests.end(), one.begin(), one.end());
+  }
+  raw.send(requests);
+  while (server.clients() != 0) {
+  }
+  // A mebibyte, one more, and what the socket holds.
+  EXPECT_LT(sdk.calls, 60u);
+}
+
 TEST_F(RemoteServer, TwoVersionsDoNotTalk) {
   ServerThread server;
   for (const Bytes& hello :
@@ -634,6 +670,40 @@ TEST_F(RemoteServer, EachClientGetsOneAnswerARound) {
     for (RawClient& client : clients) EXPECT_EQ(client.take_all(), 1u);
   }
   EXPECT_FALSE(server.round());
+}
+
+// The page that counts the changes of LAGs: clients look at it and cannot write to it.
+TEST_F(RemoteServer, SharesAPageThatNobodyElseWritesTo) {
+  ServerThread server;
+  const Descriptor near = server.connect();
+  const Bytes hello = RawClient::hello();
+  ASSERT_EQ(send(near.get(), hello.data(), hello.size(), 0), static_cast<ssize_t>(hello.size()));
+  char answer[4096];
+  iovec bytes = {answer, sizeof answer};
+  alignas(cmsghdr) char control[CMSG_SPACE(sizeof(int))];
+  msghdr header{};
+  header.msg_iov = &bytes;
+  header.msg_iovlen = 1;
+  header.msg_control = control;
+  header.msg_controllen = sizeof control;
+  ASSERT_GT(recvmsg(near.get(), &header, 0), 0);
+  const cmsghdr* const part = CMSG_FIRSTHDR(&header);
+  ASSERT_NE(part, nullptr);
+  int fd = -1;
+  std::memcpy(&fd, CMSG_DATA(part), sizeof fd);
+  const Descriptor page(fd);
+  EXPECT_EQ(mmap(nullptr, 4096, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0), MAP_FAILED);
+  EXPECT_NE(ftruncate(fd, 0), 0);
+  EXPECT_EQ(write(fd, answer, 4), -1);
+  void* const seen = mmap(nullptr, 4096, PROT_READ, MAP_SHARED, fd, 0);
+  ASSERT_NE(seen, MAP_FAILED);
+  const auto generation = [seen] {
+    return remote::Reader(static_cast<const std::uint8_t*>(seen), 4).u32();
+  };
+  const std::uint32_t before = generation();
+  server.run([](service::Server& serving) { serving.lags_changed(); });
+  EXPECT_EQ(generation(), before + 1);
+  munmap(seen, 4096);
 }
 
 // ---- Sockets ------------------------------------------------------------------------------------
@@ -713,6 +783,43 @@ TEST_F(RemoteSocket, IsNoOtherFile) {
   EXPECT_FALSE(listen(server, error));
   EXPECT_EQ(error, path_ + ": it is there and is no socket");
   EXPECT_EQ(access(path_.c_str(), F_OK), 0);
+}
+
+// Whether somebody else can connect: a process of that user and these groups.
+bool stranger_connects(const std::string& path, gid_t group, gid_t other_group) {
+  const pid_t child = fork();
+  if (child == 0) {
+    TestClient near{Descriptor()};
+    near.client.use(path);
+    const bool changed =
+        setgroups(1, &other_group) == 0 && setgid(group) == 0 && setuid(65534) == 0;
+    _exit(!changed ? 2 : near.client.init(near.ports) ? 0 : 1);
+  }
+  int status = 0;
+  waitpid(child, &status, 0);
+  EXPECT_NE(WEXITSTATUS(status), 2) << "the user cannot be changed";
+  return WEXITSTATUS(status) == 0;
+}
+
+// The socket's mode keeps others out; where somebody opened it, vornd's own look does.
+TEST_F(RemoteSocket, IsForItsUserAndItsGroup) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs root, to be somebody else";
+  chmod(folder_.c_str(), 0755);
+  std::string error;
+  for (const bool has_group : {false, true}) {
+    ServerThread server;
+    server.run([&](service::Server& serving) {
+      EXPECT_TRUE(serving.listen({path_, false, has_group, 4242}, error)) << error;
+    });
+    struct stat made {};
+    ASSERT_EQ(lstat(path_.c_str(), &made), 0);
+    EXPECT_EQ(made.st_mode & 0777, has_group ? 0660u : 0600u);
+    EXPECT_FALSE(stranger_connects(path_, 4343, 4343));
+    chmod(path_.c_str(), 0666);
+    EXPECT_FALSE(stranger_connects(path_, 4343, 4343));
+    EXPECT_EQ(stranger_connects(path_, 4242, 4343), has_group);
+    EXPECT_EQ(stranger_connects(path_, 4343, 4242), has_group);
+  }
 }
 
 TEST_F(RemoteSocket, TakesSoManyClientsAndTellsTheOthers) {

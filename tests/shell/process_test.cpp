@@ -264,6 +264,15 @@ TEST(Sharing, LetsAnotherShellWorkOnTheCard) {
   expect_in(sharing.until("ok\n"), "ok");
   expect_in(run(folder, {"--connect", "card", "-c", "vorn_create_vlan 11; vorn_create_vlan 10"}),
             "VLAN 10 exists");
+  // The LAG list of another process follows.
+  Process other(folder, {"--connect", "card"});
+  other.send("vorn_get_lag_balancing_strategy lag/1\n");
+  expect_in(other.until("does not exist\n"), "failed: lag/1");
+  sharing.send("vorn_create_lag lag/1\nvorn_add_ports_to_lag lag/1 1/1/2,1/1/3\n");
+  sharing.until("ok\n");
+  sharing.until("ok\n");
+  other.send("vorn_delete_ports_from_lag lag/1 1/1/3\nshow lag\n");
+  expect_in(other.until("1/1/2\n"), "ok");
   sharing.send("vorn_delete_vlan 11\nvorn_lcmgr_api_terminate\n");
   expect_in(sharing.until("ok\n"), "ok");
   expect_in(sharing.until("ok\n"), "ok");

@@ -138,6 +138,20 @@ TEST_F(ObserverTest, TellsWhereFramesWentAndWhy) {
   }
 }
 
+// What the CPU has no room for was not handed to it.
+TEST_F(ObserverTest, TellsWhatTheCpuTook) {
+  std::size_t packets_sent = 0;
+  std::string last;
+  while (last != "dropped: cpu-queue" && packets_sent < 1000000) {
+    in(0, "a 01:80:c2:00:00:0e");
+    last = verdicts();
+    ++packets_sent;
+  }
+  EXPECT_EQ(last, "dropped: cpu-queue");
+  expect_seen();
+  EXPECT_EQ(packets.size() + 1, packets_sent);
+}
+
 TEST_F(ObserverTest, ShowsFramesAsTheyCameAndAsTheyLeft) {
   const unsigned id = flow_of_all_frames();
   ok(sdk.add_of_flow_action(id, OF_ACTION_OUTPUT, {{OF_PORT_FIRST_PHYSICAL + 2, 0, 0}}, mp(2)));
@@ -242,6 +256,16 @@ TEST_F(ObserverTest, ChangesNothing) {
     return came;
   };
   const auto looked_at = run();
+  // Each frame was seen alone, in its order.
+  std::size_t sent = 0;
+  for (const auto& [port, frames] : bursts) {
+    for (const std::string& frame : frames) {
+      ASSERT_LT(sent, notes->seen.size());
+      EXPECT_EQ(notes->seen[sent].ingress, port);
+      EXPECT_EQ(notes->seen[sent++].in.bytes, bytes_of(frame));
+    }
+  }
+  EXPECT_EQ(notes->seen.size(), sent);
   EXPECT_EQ(notes->bursts, 40);
   EXPECT_EQ(looked_at, notes->left);
   const std::weak_ptr<Notes> gone = notes;

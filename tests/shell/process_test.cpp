@@ -3,6 +3,8 @@
 // The shell on input and output that are not as they should be.
 #include <gtest/gtest.h>
 
+#include <fstream>
+
 #include "process.h"
 
 namespace {
@@ -77,6 +79,8 @@ TEST(Script, AnswersForOneCommandAndNoOther) {
        "stdin:2: expect: 1/1/2: expected 1 frames, 2 came\n"
        "stdin:3: expect: 1/1/0: expected no frame, came eth src=00:00:5e:00:53:01 "
        "dst=ff:ff:ff:ff:ff:ff\n[1]"},
+      {"a cable to itself, and one to no file", "cable 1/1/0 patch 1/1/0\ncable 1/1/1 pcap - -\n",
+       "stdin:1: cable: port: a cable has two ends\n[1]"},
       {"up to the first failure", "fail create_vlan\nrepeat 2 vorn_create_vlan 10\n",
        "failed: create_vlan: refused on purpose\nstdin:2: repeat: failed\n[1]"},
       {"an address of the switch",
@@ -88,6 +92,7 @@ TEST(Script, AnswersForOneCommandAndNoOther) {
   };
   const Folder folder;
   for (const auto& row : kRows) EXPECT_EQ(run(folder, {}, row.input), row.output) << row.symptom;
+  EXPECT_FALSE(std::ifstream(folder.path("-")).good()) << "no file has that name";
 }
 
 // Frames that nobody expects are kept up to a bound, and losses are told.

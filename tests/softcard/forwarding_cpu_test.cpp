@@ -184,8 +184,9 @@ void on_mac_c(ctype_l2_addr_s* entry, int what, void*) {
   note("c mac " + std::to_string(what) + " vlan " + std::to_string(entry->vlan));
 }
 void on_packet(RxPacket* packet, void*) { note("rx " + std::to_string(packet->reason)); }
-void on_packet_c(ctype_rx_packet_s* packet, void*) {
-  note("c rx " + std::to_string(packet->port.port) + " " + std::to_string(packet->vlan));
+void on_packet_c(ctype_rx_packet_s* packet, void* lines) {
+  static_cast<Seen*>(lines)->lines.push_back("c rx " + std::to_string(packet->port.port) + " " +
+                                             std::to_string(packet->vlan));
 }
 
 class EventTest : public CpuTest {
@@ -217,7 +218,7 @@ TEST_F(EventTest, EventsComeInTheirOrderToAllThatListen) {
   ok(sdk.register_link_change_callback(on_link, nullptr));
   ok(sdk.register_mac_update_callback(on_mac, nullptr));
   ok(sdk.register_rx_packet_callback(on_packet, nullptr));
-  ok(sdk.register_rx_packet_callback_c(on_packet_c, nullptr));
+  ok(sdk.register_rx_packet_callback_c(on_packet_c, &lines));
   ok(sdk.register_mac_update_callback_c(on_mac_c, nullptr));
   ok(sdk.register_link_change_callback_c(on_link_c, nullptr));
   in(0, "a all");

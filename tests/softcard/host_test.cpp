@@ -154,7 +154,7 @@ TEST_F(Watch, TracesTheModulesThatWereSwitchedOn) {
   }
   EXPECT_TRUE(vorn_set_lcmgr_trace("fdb", true));
   EXPECT_EQ(run(), Lines{"add_mac_to_port(1:2, 02:00:5e:00:53:0a, 10, false) = true"});
-  EXPECT_TRUE(vorn_set_lcmgr_trace("fdb", false) && vorn_set_lcmgr_trace("vlan", true));
+  EXPECT_TRUE(vorn_set_lcmgr_trace("vlan", true) && vorn_set_lcmgr_trace("fdb", false));
   EXPECT_EQ(run(), (Lines{"create_vlan(10) = true", "add_ports_to_vlan(10, [1:2 1:3], []) = true",
                           "get_port_pvid(1:4, 1) = true", "delete_vlan(10) = true"}));
   EXPECT_TRUE(vorn_set_lcmgr_trace("trace_level_sdk", true));

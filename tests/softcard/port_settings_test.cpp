@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "softcard/cables/memory_cable.h"
+#include "softcard/sdk/sdk.h"
 #include "tests/softcard/host_fixture.h"
 
 namespace softcard {
@@ -255,6 +256,11 @@ TEST_F(PortSettings, CountersOfBothSets) {
   EXPECT_TRUE(vorn_get_port_stat_counter_all64(port(1), all));
   EXPECT_EQ(all.size(), 1u + STAT_TYPE_COUNT) << "appended to what was there";
   EXPECT_EQ(all.back().type, STAT_OUT_QUEUE_7);
+  std::list<BriefStatCounter64> brief = {{BRIEF_STAT_IN_ERRORS, 4711}};
+  SoftSdk sdk(card(), host::call_watch());
+  EXPECT_TRUE(sdk.get_port_brief_stat_counter_all64(AddressPlan::mp_of(1), brief));
+  EXPECT_EQ(brief.size(), 1u + BRIEF_STAT_TYPE_COUNT);
+  EXPECT_EQ(brief.front().value, 4711u);
   StatCounter32 some[3] = {};
   unsigned count = 2;
   EXPECT_TRUE(vorn_get_port_stat_counter_all32_ext(port(1), some, count));

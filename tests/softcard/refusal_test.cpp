@@ -243,6 +243,7 @@ TEST_F(RefusalTest, SaysWhatIsWrongWithALag) {
       {[&] { return vorn_lag_id_to_lag_usp(9, usp); }, "LAG id 9 has no LAG interface"},
       {[] { return vorn_create_lag(port(3)); }, "1/1/3 is no LAG interface"},
       {[&] { return sdk.delete_lag(9); }, "LAG id 9 does not exist"},
+      {[&] { return sdk.add_mac_to_port(Mp(1, 1), kMac, 1, true); }, "1/1/0 is no LAG"},
       {[] { return vornsdk_add_lag_mapping(lag(1), 2); }, "lag/1 has the id 0"},
       {[] { return vornsdk_add_lag_mapping(lag(5), 1); }, "LAG id 1 is lag/2"},
       {[] { return vornsdk_add_lag_mapping(lag(5), 77); }, "LAG id 77 does not exist"},

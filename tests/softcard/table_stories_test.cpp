@@ -70,6 +70,9 @@ TEST_F(Tables, VlanMembership) {
   EXPECT_EQ(members(10), "1/1/2 1/1/9; 1/1/3");
   EXPECT_TRUE(vorn_add_ports_to_vlan(10, {port(3)}, {port(2), port(2)}));
   EXPECT_EQ(members(10), "1/1/3 1/1/9; 1/1/2") << "the kind given last";
+  std::list<Mp> tagged = {Mp(9, 9)}, untagged = tagged;
+  EXPECT_TRUE(SoftSdk(card(), host::call_watch()).get_vlan_info(10, tagged, untagged));
+  EXPECT_TRUE(tagged.front() == Mp(9, 9) && untagged.front() == Mp(9, 9)) << "appended";
   EXPECT_FALSE(vorn_delete_ports_from_vlan(10, {port(3), port(4)})) << "4 is no member";
   EXPECT_FALSE(vorn_add_ports_to_vlan(10, {port(5)}, {kNowhere}));
   EXPECT_FALSE(vorn_add_ports_to_vlan(11, {port(5)}, {}));
@@ -577,6 +580,7 @@ TEST_F(Tables, TheSwitchAsAWhole) {
   EXPECT_TRUE(vorn_get_switch_forward_mode(mode) && mode == SWITCH_FORWARD_MODE_FLOW);
   EXPECT_TRUE(vorn_set_switch_unknown_unicast_to_cpu(true));
   EXPECT_TRUE(vorn_get_switch_unknown_unicast_to_cpu(on) && on);
+  EXPECT_TRUE(vorn_get_port_switch_unknown_unicast_to_cpu(port(3), on) && !on) << "its own";
   EXPECT_TRUE(vorn_get_line_card_usp(usp) && usp == Usp(1, 1, 0));
   EXPECT_TRUE(vorn_set_port_l2_enable(port(3), false));
   EXPECT_FALSE(card().tables().traffic.l2_on(3));

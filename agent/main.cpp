@@ -41,6 +41,7 @@ A software line card whose control plane is Linux: swp0, swp1, ... are its ports
   --prefix NAME    what the interfaces are called, in front of the port's number: swp
   --commands       takes commands of vornsh from standard input while it runs
   -h, --help       prints this
+  --version        prints the version
 
 It runs in the foreground until SIGTERM or SIGINT and needs CAP_NET_ADMIN in its network namespace.
 The exit status is 0 after such an end, 1 when the script failed, and 2 when it could not start.
@@ -206,13 +207,14 @@ int start(const Settings& settings) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  enum { kCard = 256, kScript, kWires, kPrefix, kCommands };
+  enum { kCard = 256, kScript, kWires, kPrefix, kCommands, kVersion };
   const option options[] = {{"card", required_argument, nullptr, kCard},
                             {"script", required_argument, nullptr, kScript},
                             {"wires", required_argument, nullptr, kWires},
                             {"prefix", required_argument, nullptr, kPrefix},
                             {"commands", no_argument, nullptr, kCommands},
                             {"help", no_argument, nullptr, 'h'},
+                            {"version", no_argument, nullptr, kVersion},
                             {nullptr, 0, nullptr, 0}};
   Settings settings;
   for (int option = 0; (option = getopt_long(argc, argv, "h", options, nullptr)) != -1;) {
@@ -234,6 +236,9 @@ int main(int argc, char** argv) {
         break;
       case 'h':
         std::cout << kUsage;
+        return EXIT_SUCCESS;
+      case kVersion:
+        std::cout << "vorn-agent " VORN_VERSION "\n";
         return EXIT_SUCCESS;
       default:
         std::cerr << kUsage;

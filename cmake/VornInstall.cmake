@@ -95,6 +95,10 @@ if(TARGET vornd)
   install(TARGETS vornd RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
   install(FILES ${PROJECT_BINARY_DIR}/service/vornd.service
     DESTINATION lib/systemd/system COMPONENT tools)
+  foreach(program vornsh vornd)
+    install(FILES shell/completion.bash RENAME ${program}
+      DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+  endforeach()
   foreach(page vornsh.1 vorn-card.5 vornsh-script.7 vornd.8)
     string(REGEX REPLACE ".*[.]" "" section ${page})
     install(FILES docs/man/${page}
@@ -104,6 +108,8 @@ endif()
 if(TARGET vorn-agent)
   set_target_properties(vorn-agent PROPERTIES INSTALL_RPATH "$ORIGIN/../${CMAKE_INSTALL_LIBDIR}")
   install(TARGETS vorn-agent RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT agent)
+  install(FILES shell/completion.bash RENAME vorn-agent
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT agent)
   install(FILES docs/man/vorn-agent.8 DESTINATION ${CMAKE_INSTALL_MANDIR}/man8 COMPONENT agent)
 endif()
 

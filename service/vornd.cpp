@@ -48,6 +48,7 @@ it; then it serves clients until SIGTERM or SIGINT.
   --clients N             how many may be connected at once; 64 unless given
   --card FILE             the card's description; without, 48 ports and 4 uplinks
   -h, --help              prints this
+  --version               prints the version
 
 The exit status is 0 after a signal, 1 when a command of the script failed, and 2 when the card could
 not start.
@@ -227,7 +228,7 @@ bool find_group(const std::string& name, vorn::service::Socket& socket) {
 }
 
 int start(int argc, char** argv) {
-  enum { kListen = 256, kGroup, kReadonlySocket, kReadonlyGroup, kClients, kCard };
+  enum { kListen = 256, kGroup, kReadonlySocket, kReadonlyGroup, kClients, kCard, kVersion };
   const option options[] = {{"listen", required_argument, nullptr, kListen},
                             {"group", required_argument, nullptr, kGroup},
                             {"readonly-socket", required_argument, nullptr, kReadonlySocket},
@@ -235,6 +236,7 @@ int start(int argc, char** argv) {
                             {"clients", required_argument, nullptr, kClients},
                             {"card", required_argument, nullptr, kCard},
                             {"help", no_argument, nullptr, 'h'},
+                            {"version", no_argument, nullptr, kVersion},
                             {nullptr, 0, nullptr, 0}};
   Settings settings;
   vorn::service::Socket socket;
@@ -265,6 +267,9 @@ int start(int argc, char** argv) {
         break;
       case 'h':
         std::cout << kUsage;
+        return EXIT_SUCCESS;
+      case kVersion:
+        std::cout << "vornd " VORN_VERSION "\n";
         return EXIT_SUCCESS;
       default:
         std::cerr << kUsage;

@@ -48,6 +48,7 @@ it asks for commands.
   --listen PATH    lets other processes work on this shell's card, by that socket
   --no-init        leaves vorn_lcmgr_api_init to the script
   -h, --help       prints this
+  --version        prints the version
 
 The exit status is 0 when every command did what it should, 1 when one did not, and 2 when the shell
 could not start. `help` lists the commands.
@@ -183,7 +184,7 @@ int run(const Settings& settings, const char* script) {
 }
 
 int start(int argc, char** argv) {
-  enum { kJson = 256, kCard, kVirtualTime, kRealTime, kConnect, kListen, kNoInit };
+  enum { kJson = 256, kCard, kVirtualTime, kRealTime, kConnect, kListen, kNoInit, kVersion };
   const option options[] = {{"json", no_argument, nullptr, kJson},
                             {"echo", no_argument, nullptr, 'v'},
                             {"card", required_argument, nullptr, kCard},
@@ -193,6 +194,7 @@ int start(int argc, char** argv) {
                             {"listen", required_argument, nullptr, kListen},
                             {"no-init", no_argument, nullptr, kNoInit},
                             {"help", no_argument, nullptr, 'h'},
+                            {"version", no_argument, nullptr, kVersion},
                             {nullptr, 0, nullptr, 0}};
   Settings settings;
   for (int option = 0; (option = getopt_long(argc, argv, "+c:evh", options, nullptr)) != -1;) {
@@ -230,6 +232,9 @@ int start(int argc, char** argv) {
         break;
       case 'h':
         std::cout << kUsage;
+        return EXIT_SUCCESS;
+      case kVersion:
+        std::cout << "vornsh " VORN_VERSION "\n";
         return EXIT_SUCCESS;
       default:
         std::cerr << kUsage;

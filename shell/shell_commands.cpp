@@ -133,10 +133,12 @@ void add_shell_commands(CommandTable& table) {
         shell.replay(path, reply);
       });
   add("entry_points", "", "the names of all entry points of the library", entry_points);
-  add("quit", "", "ends the shell", [](Shell& shell, Arguments& arguments, Reply&) {
-    arguments.finish();
-    shell.quit();
-  });
+  for (const char* name : {"quit", "exit"}) {
+    add(name, "", "ends the shell", [](Shell& shell, Arguments& arguments, Reply&) {
+      arguments.finish();
+      shell.quit();
+    });
+  }
 }
 
 }  // namespace shell

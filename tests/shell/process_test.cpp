@@ -81,6 +81,8 @@ TEST(Script, AnswersForOneCommandAndNoOther) {
        "dst=ff:ff:ff:ff:ff:ff\n[1]"},
       {"a cable to itself, and one to no file", "cable 1/1/0 patch 1/1/0\ncable 1/1/1 pcap - -\n",
        "stdin:1: cable: port: a cable has two ends\n[1]"},
+      {"the next call, if no other is named", "fail create_vlan\nvorn_create_vlan 10\n",
+       "failed: create_vlan: refused on purpose\nstdin:2: vorn_create_vlan: failed\n[1]"},
       {"up to the first failure", "fail create_vlan\nrepeat 2 vorn_create_vlan 10\n",
        "failed: create_vlan: refused on purpose\nstdin:2: repeat: failed\n[1]"},
       {"an address of the switch",

@@ -56,13 +56,15 @@ def options(program):
 
 
 def commands():
-    usages = {}
-    for line in printed("vornsh", "-c", "help shell; help card").splitlines():
-        usages[line.split()[0]] = run(*PROGRAMS["vornsh"], "-c", "help " + line.split()[0]).stdout
-    compare("command", "vornsh-script", item_words("vornsh-script", "Ic"), set(usages))
-    told = set(re.findall(r"[a-z_0-9]+", PAGES["vornsh-script"]))
+    names = [line.split()[0] for line in printed("vornsh", "-c", "help shell; help card").splitlines()]
+    helps = printed("vornsh", "-c", "; ".join("help " + name for name in names))
+    usages = dict(zip(names, re.findall(r"^\S.*", helps, re.M)))
+    compare("command", "vornsh-script", item_words("vornsh-script", "Ic"), set(names))
+    items = re.split(r"^\.It Ic ", PAGES["vornsh-script"].replace(r"\&", ""), flags=re.M)[1:]
     for name, usage in usages.items():
-        for word in re.findall(r"\b[a-z][a-z0-9_]*\b", usage.splitlines()[0]):
+        about = " ".join(item for item in items if item.split()[0] == name)
+        told = set(re.findall(r"[a-z_0-9]+", about)) | {name}
+        for word in re.findall(r"\b[a-z][a-z0-9_]*\b", usage):
             if word not in told and word != "nothing":
                 troubles.append(f"vornsh-script: says nothing about {word} of {name}")
 

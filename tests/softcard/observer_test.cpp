@@ -111,6 +111,13 @@ TEST_F(ObserverTest, TellsWhereFramesWentAndWhy) {
       {"flood", nothing, 0, "a all",
        "to 1/1/1, lag/1, CPU | CPU: copy of a flood | not to 1/1/2: flood-blocked | "
        "not to 1/1/3: flood-blocked | not to 1/1/6: flood-blocked | not to 1/1/7: flood-blocked"},
+      {"nowhere to flood to",
+       [this] {
+         vlan(10, mps({7}), {});
+         ok(sdk.set_port_stp_state(mp(7), STP_STATE_BLOCKING));
+         ok(sdk.set_port_flood_blocking_cpu(mp(6), FLOOD_BLOCK_ALL));
+       },
+       6, "g all vlan=10", "dropped: flood-nowhere | not to 1/1/7: stp-egress"},
       {"trapped", nothing, 0, "a 01:80:c2:00:00:0e", "to CPU | CPU: reserved group address"},
       {"no such VLAN", nothing, 0, "a b vlan=99", "dropped: no-vlan"},
       {"back to where it came from", nothing, 1, "b b", "dropped: same-port"},
@@ -130,7 +137,7 @@ TEST_F(ObserverTest, TellsWhereFramesWentAndWhy) {
     row.set_up();
     in(row.port, *row.words == 0 ? std::vector<std::uint8_t>(13) : bytes_of(row.words));
     EXPECT_EQ(verdicts(), row.verdict) << row.symptom;
-    for (PortIndex port = 0; port < 2; ++port) {
+    for (const PortIndex port : card.tables().ports.all()) {
       ok(sdk.set_port_stp_state(mp(port), STP_STATE_FORWARDING));
       card.cut_carrier(port, false);
     }

@@ -201,9 +201,10 @@ Bytes two_sections() {
   Blocks all;
   for (const bool big_endian : {false, true}) {
     Blocks blocks(big_endian);
-    const Bytes minus_one = blocks.word(~0u);
-    Bytes both_words = minus_one;
-    both_words.insert(both_words.end(), minus_one.begin(), minus_one.end());
+    // 5 s, in 64 bits.
+    Bytes both_words = blocks.word(big_endian ? 0 : 5);
+    const Bytes second_word = blocks.word(big_endian ? 5 : 0);
+    both_words.insert(both_words.end(), second_word.begin(), second_word.end());
     Bytes options = blocks.option(9, {9});
     const Bytes offset = blocks.option(14, both_words);
     options.insert(options.end(), offset.begin(), offset.end());
@@ -233,9 +234,9 @@ TEST_F(PcapTest, ReadsSectionsAndInterfacesOfEitherByteOrder) {
     std::size_t bytes;
     unsigned seed;
     std::uint64_t time_ns;
-  } kPackets[] = {{61, 0, 5000},       {62, 1, 0x123456789ABCDEF0 - 1000000000},
+  } kPackets[] = {{61, 0, 5000},       {62, 1, 0x123456789ABCDEF0 + 5000000000},
                   {63, 2, 1500000000}, {60, 3, 0},
-                  {60, 4, 9},          {60, 5, 7000}};
+                  {60, 4, 6000000009}, {60, 5, 7000}};
   const auto reader = PcapReader::open(file("in", two_sections()), error_);
   ASSERT_NE(reader, nullptr) << error_;
   PcapRecord record;

@@ -190,19 +190,34 @@ void Agent::settle() {
     replan_ = true;
     try_netlink(netlink_->reload(error), "reading everything", error);
   }
-  if (netlink_->routes_stale()) {
-    try_netlink(netlink_->reload_routes(error), "reading the routes", error);
-  }
   forget_stations();
-  if (netlink_->changed() || replan_) replan();
+  if (netlink_->changed()) replan_ = true;
+  if ((replan_ || netlink_->routes_stale()) && may_plan()) replan();
   for (const CardModel::Address& address : std::exchange(updated_, {})) tell_bridge(address);
 }
 
+bool Agent::may_plan() {
+  const auto wait = next_plan_ - std::chrono::steady_clock::now();
+  if (wait <= wait.zero()) return true;
+  if (!plan_timer_.scheduled()) {
+    const auto ms = std::chrono::ceil<std::chrono::milliseconds>(wait).count();
+    plan_timer_ =
+        loop_.new_oneoff_after_ms(static_cast<int>(ms), callback(this, &Agent::plan_is_due));
+  }
+  return false;
+}
+
 void Agent::replan() {
+  constexpr int kTimesItsOwnTime = 4;
+  const auto began = std::chrono::steady_clock::now();
+  std::string error;
+  if (netlink_->routes_stale()) {
+    try_netlink(netlink_->reload_routes(error), "reading the routes", error);
+  }
+  netlink_->changed();
   replan_ = false;
   Plan plan = planner_.plan(netlink_->state(), ports_, learned_);
   writer_.apply(plan.card);
-  std::string error;
   for (const int index : plan.to_isolate) {
     try_netlink(netlink_->isolate(index, error), "isolating a bridge port", error);
   }
@@ -216,6 +231,8 @@ void Agent::replan() {
   say_once("gaps", plan.left_to_linux == 0
                        ? ""
                        : "routes around too many that are Linux's: Linux routes their packets");
+  const auto ended = std::chrono::steady_clock::now();
+  next_plan_ = ended + kTimesItsOwnTime * (ended - began);
 }
 
 // ---- Bridges ------------------------------------------------------------------------------------

@@ -12,6 +12,7 @@
 #ifndef AGENT_AGENT_H_
 #define AGENT_AGENT_H_
 
+#include <chrono>
 #include <functional>
 #include <map>
 #include <memory>
@@ -60,6 +61,9 @@ class Agent {
   void remove_tap(unsigned port);
 
   void replan();
+  // Lets the card have most of the time while the tables keep changing.
+  bool may_plan();
+  void plan_is_due() {}
   // Tells bridges where the card has learned an address, or that it has not any more.
   void tell_bridge(const CardModel::Address& address);
   void tell_bridges();
@@ -81,6 +85,8 @@ class Agent {
   std::set<LinuxState::NeighbourKey> managed_;
   std::map<std::string, std::string> said_;  // by subject
   bool replan_ = true;
+  std::chrono::steady_clock::time_point next_plan_{};
+  XorpTimer plan_timer_;
   bool overrun_ = false;
 };
 

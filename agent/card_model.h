@@ -7,8 +7,8 @@
 
 #include <map>
 #include <set>
-#include <tuple>
 #include <utility>
+#include <vector>
 
 #include "net.h"
 #include "vornlcapi/enums.h"
@@ -38,16 +38,9 @@ inline bool operator==(const Hop& a, const Hop& b) {
   return a.port == b.port && a.vlan == b.vlan && a.mac == b.mac;
 }
 
-// Longer prefixes come first, so that what is more specific is in the card first.
-struct MoreSpecificFirst {
-  bool operator()(const Prefix& a, const Prefix& b) const {
-    return std::tie(b.length, a.ip) < std::tie(a.length, b.ip);
-  }
-};
-
 struct CardModel {
-  using Address = std::pair<unsigned, Mac>;  // in a VLAN
-  using Routes = std::map<Prefix, Hop, MoreSpecificFirst>;
+  using Address = std::pair<unsigned, Mac>;            // in a VLAN
+  using Routes = std::vector<std::pair<Prefix, Hop>>;  // sorted by prefix, none there twice
 
   int ageing_seconds = 300;
   std::map<unsigned, PortModel> ports;

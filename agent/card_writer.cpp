@@ -1,8 +1,10 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "card_writer.h"
 
+#include <algorithm>
 #include <list>
 #include <utility>
+#include <vector>
 
 #include "vornlcapi/api.h"
 
@@ -197,19 +199,25 @@ bool CardWriter::remove(const Prefix& prefix, const Hop& hop) const {
 
 // The card knows hosts and routes by their port, too: one that changes it is another one.
 void CardWriter::remove_hosts_and_routes(const CardModel& model) {
-  const auto clear = [&](auto& there, const auto& wanted) {
-    for (auto entry = there.begin(); entry != there.end();) {
-      const auto stays = wanted.find(entry->first);
-      if (stays != wanted.end() && stays->second.port == entry->second.port) {
-        ++entry;
-        continue;
-      }
-      remove(entry->first, entry->second);
-      entry = there.erase(entry);
+  for (auto host = card_.hosts.begin(); host != card_.hosts.end();) {
+    const auto stays = model.hosts.find(host->first);
+    if (stays != model.hosts.end() && stays->second.port == host->second.port) {
+      ++host;
+      continue;
     }
+    remove(host->first, host->second);
+    host = card_.hosts.erase(host);
+  }
+  auto wanted = model.routes.begin();
+  const auto goes = [&](const auto& route) {
+    while (wanted != model.routes.end() && wanted->first < route.first) ++wanted;
+    const bool stays = wanted != model.routes.end() && wanted->first == route.first &&
+                       wanted->second.port == route.second.port;
+    if (!stays) remove(route.first, route.second);
+    return !stays;
   };
-  clear(card_.routes, model.routes);
-  clear(card_.hosts, model.hosts);
+  card_.routes.erase(std::remove_if(card_.routes.begin(), card_.routes.end(), goes),
+                     card_.routes.end());
 }
 
 void CardWriter::apply_routers(const CardModel& model) {
@@ -238,23 +246,43 @@ void CardWriter::apply_hosts(const CardModel& model) {
 }
 
 void CardWriter::apply_routes(const CardModel& model) {
-  std::set<Prefix> gaps;
-  for (const auto& [prefix, hop] : model.routes) {
-    const auto there = card_.routes.find(prefix);
-    // Whatever lies within the prefix stands behind it.
-    const auto gap = gaps.lower_bound(prefix);
-    const bool may_stand = gap == gaps.end() || !contains(prefix, *gap);
-    if (may_stand && there != card_.routes.end() && there->second == hop) continue;
-    if (check("routes", may_stand && add(prefix, hop), text(prefix))) {
-      card_.routes[prefix] = hop;
-      continue;
-    }
-    gaps.insert(prefix);
-    if (there != card_.routes.end()) {
-      remove(prefix, there->second);
-      card_.routes.erase(there);
-    }
+  struct Change {
+    const std::pair<Prefix, Hop>* route;
+    bool there;  // with another next hop
+  };
+  std::vector<Change> changes;
+  auto there = card_.routes.begin();
+  for (const auto& route : model.routes) {
+    while (there != card_.routes.end() && there->first < route.first) ++there;
+    const bool found = there != card_.routes.end() && there->first == route.first;
+    if (!found || !(there->second == route.second)) changes.push_back({&route, found});
   }
+  if (changes.empty()) return;
+  // What is more specific is there first.
+  std::stable_sort(changes.begin(), changes.end(), [](const Change& a, const Change& b) {
+    return a.route->first.length > b.route->first.length;
+  });
+  std::set<Prefix> gaps;
+  for (const auto& [route, replaces] : changes) {
+    if (add(route->first, route->second)) continue;
+    gaps.insert(route->first);
+    if (replaces) remove(route->first, route->second);
+  }
+  card_.routes = model.routes;
+  if (gaps.empty()) return;
+  // Whatever lies within a prefix stands behind it.
+  const auto is_around_a_gap = [&](const Prefix& prefix) {
+    const auto gap = gaps.lower_bound(prefix);
+    return gap != gaps.end() && contains(prefix, *gap);
+  };
+  const auto goes = [&](const auto& route) {
+    if (!is_around_a_gap(route.first)) return false;
+    if (gaps.count(route.first) == 0) remove(route.first, route.second);
+    check("routes", false, text(route.first));
+    return true;
+  };
+  card_.routes.erase(std::remove_if(card_.routes.begin(), card_.routes.end(), goes),
+                     card_.routes.end());
 }
 
 // ---- What the card refuses ----------------------------------------------------------------------

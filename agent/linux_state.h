@@ -57,6 +57,10 @@ struct Neighbour {
   bool managed = false;   // the kernel keeps it alive by itself
 };
 
+inline bool operator==(const Neighbour& a, const Neighbour& b) {
+  return a.mac == b.mac && a.resolved == b.resolved && a.managed == b.managed;
+}
+
 enum class RouteKind : std::uint8_t {
   unicast,
   local,  // to this machine itself, and everything else that only the kernel can do

@@ -21,7 +21,7 @@ namespace agent {
 
 namespace {
 
-constexpr int kEventBytes = 32 << 20;  // room for 40,000 routes that change at once
+constexpr int kEventBytes = 4 << 20;  // room for 10,000 routes that change at once
 constexpr std::size_t kBufferBytes = 65536;
 constexpr unsigned kLowerUp = 0x10000;  // IFF_LOWER_UP, of a header that net/if.h excludes
 constexpr unsigned char kMulticastNeighbour = RTN_MULTICAST;
@@ -290,7 +290,7 @@ void Netlink::take(nlmsghdr* message) {
       } else {
         take_neighbour(message);
       }
-      break;
+      return;
     case RTM_NEWROUTE:
     case RTM_DELROUTE:
       if (has_header<rtmsg>(message)) take_route(message);
@@ -318,10 +318,11 @@ void Netlink::take_link(nlmsghdr* message) {
   const Attributes<IFLA_MAX> attributes(message, sizeof header);
   Link& link = state_.links[index];
   if (attributes[IFLA_IFNAME] != nullptr) link.name = nla_get_string(attributes[IFLA_IFNAME]);
-  const bool was_up = link.up;
+  const bool was_alive = link.carrier;
   link.up = (header.ifi_flags & IFF_UP) != 0;
-  if (was_up && !link.up) routes_stale_ = true;
   link.carrier = link.up && (header.ifi_flags & kLowerUp) != 0;
+  // Without a carrier next-hop objects go, too, and the routes by them.
+  if (was_alive && !link.carrier) routes_stale_ = true;
   link.mtu = attributes.number(IFLA_MTU, link.mtu);
   link.master = static_cast<int>(attributes.number(IFLA_MASTER, 0));
   if (const auto mac = mac_of(attributes[IFLA_ADDRESS])) link.mac = *mac;
@@ -387,16 +388,21 @@ void Netlink::take_neighbour(nlmsghdr* message) {
   if (!ip || header.ndm_type == kMulticastNeighbour || (header.ndm_flags & NTF_PROXY) != 0) return;
   const LinuxState::NeighbourKey key{header.ndm_ifindex, *ip};
   if (message->nlmsg_type == RTM_DELNEIGH) {
-    state_.neighbours.erase(key);
+    if (state_.neighbours.erase(key) != 0) changed_ = true;
     return;
   }
   constexpr unsigned kResolved =
       NUD_REACHABLE | NUD_STALE | NUD_DELAY | NUD_PROBE | NUD_NOARP | NUD_PERMANENT;
   const auto mac = mac_of(attributes[NDA_LLADDR]);
-  Neighbour& neighbour = state_.neighbours[key];
+  const auto [entry, fresh] = state_.neighbours.try_emplace(key);
+  Neighbour neighbour = entry->second;
   neighbour.resolved = mac && !is_group(*mac) && (header.ndm_state & kResolved) != 0;
   if (mac) neighbour.mac = *mac;
   neighbour.managed = (attributes.number(NDA_FLAGS_EXT, 0) & NTF_EXT_MANAGED) != 0;
+  // Most messages tell how old an entry is, and nothing else.
+  if (!fresh && neighbour == entry->second) return;
+  entry->second = neighbour;
+  changed_ = true;
 }
 
 void Netlink::take_station(nlmsghdr* message) {
@@ -412,6 +418,7 @@ void Netlink::take_station(nlmsghdr* message) {
     if (found == state_.fdb.end()) return;
     if (found->second == FdbKind::from_card) forgotten_.push_back(key);
     state_.fdb.erase(found);
+    changed_ = true;
     return;
   }
   FdbKind kind = FdbKind::learned;
@@ -422,6 +429,8 @@ void Netlink::take_station(nlmsghdr* message) {
   } else if ((header.ndm_flags & NTF_EXT_LEARNED) != 0) {
     kind = FdbKind::from_card;
   }
+  // The echo of a request.
+  if (found != state_.fdb.end() && found->second == kind) return;
   // An address is at one port of a bridge.
   if (!dumping_) {
     for (const auto& [index, link] : state_.links) {
@@ -429,6 +438,7 @@ void Netlink::take_station(nlmsghdr* message) {
     }
   }
   state_.fdb[key] = kind;
+  changed_ = true;
 }
 
 void Netlink::take_route(nlmsghdr* message) {
@@ -482,20 +492,23 @@ void Netlink::take_forwarding(nlmsghdr* message) {
 
 // ---- Requests -----------------------------------------------------------------------------------
 
+int Netlink::send(Message& message) {
+  if (!message.good) return -NLE_NOMEM;
+  const int sent = nl_send_auto(requests_, message.message);
+  return sent < 0 ? sent : nl_wait_for_ack(requests_);
+}
+
 bool Netlink::request(Message& message, std::string& error) {
-  if (!message.good) {
-    error = std::strerror(ENOMEM);
-    return false;
-  }
-  return !failed(nl_send_auto(requests_, message.message), error) &&
-         !failed(nl_wait_for_ack(requests_), error);
+  return !failed(send(message), error);
 }
 
 bool Netlink::look_at(int interface, std::string& error) {
   ifinfomsg header{};
   header.ifi_index = interface;
-  Message message(RTM_GETLINK, 0, header);
-  return request(message, error);
+  // The answer comes in front of the acknowledgement.
+  return !failed(nl_send_simple(requests_, RTM_GETLINK, 0, &header, sizeof header), error) &&
+         !failed(nl_recvmsgs_default(requests_), error) &&
+         !failed(nl_wait_for_ack(requests_), error);
 }
 
 bool Netlink::set_mac(int interface, const Mac& mac, std::string& error) {
@@ -545,7 +558,9 @@ bool Netlink::remove_station(int bridge_port, const Mac& mac, std::string& error
   header.ndm_flags = NTF_MASTER;
   Message message(RTM_DELNEIGH, 0, header);
   message.put(NDA_LLADDR, mac.data(), mac.size());
-  return request(message, error);
+  // The kernel removes addresses by itself when a port is lost.
+  const int result = send(message);
+  return result == -NLE_OBJ_NOTFOUND || !failed(result, error);
 }
 
 bool Netlink::manage(const LinuxState::NeighbourKey& neighbour, std::string& error) {

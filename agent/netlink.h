@@ -69,6 +69,8 @@ class Netlink {
   template <class Header>
   bool dump(int type, unsigned char Header::*family_field, unsigned char family,
             std::string& error);
+  // The result is libnl's: below 0 for an error.
+  int send(Message& message);
   bool request(Message& message, std::string& error);
   static int take_dumped(nl_msg* message, void* self);
 

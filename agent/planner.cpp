@@ -165,8 +165,19 @@ class Draft {
     return Hop{learned->second, vlan, mac};
   }
 
+  // Many routes share few gateways.
+  const std::optional<Hop>& hop_of_gateway(const LinuxState::NeighbourKey& gateway) {
+    const auto [entry, fresh] = gateway_hops_.try_emplace(gateway);
+    if (fresh) {
+      entry->second = hop_to(gateway.first, gateway.second);
+      if (plan_.card.routers.count(vlan_of(gateway.first)) != 0) plan_.gateways.insert(gateway);
+    }
+    return entry->second;
+  }
+
   void add_neighbours_and_routes() {
     std::vector<PlannedRoute> routes;
+    routes.reserve(linux_.routes.size());
     // By prefix, the lowest metric first: that is the one that counts.
     const Prefix* last = nullptr;
     for (const auto& [key, alternatives] : linux_.routes) {
@@ -195,10 +206,7 @@ class Draft {
         result.on_link = leg.interface;
         break;
       }
-      result.hop = hop_to(leg.interface, leg.gateway);
-      if (plan_.card.routers.count(vlan_of(leg.interface)) != 0) {
-        plan_.gateways.insert({leg.interface, leg.gateway});
-      }
+      result.hop = hop_of_gateway({leg.interface, leg.gateway});
       break;
     }
     return result;
@@ -208,6 +216,7 @@ class Draft {
   const LearnedStations& learned_;
   const std::map<int, unsigned>& bridge_vlans_;
   std::map<int, unsigned> port_of_;  // the front-panel port of a tap
+  std::map<LinuxState::NeighbourKey, std::optional<Hop>> gateway_hops_;
   Plan plan_;
 };
 

@@ -58,7 +58,7 @@ class Cover {
     if (hop == nullptr) {
       outermost(first, end, nullptr);
     } else if (gaps(first, end) == 0) {
-      if (!stays_on_link(prefix)) result_[prefix] = *hop;
+      if (!stays_on_link(prefix)) result_.emplace_back(prefix, *hop);
       outermost(first, end, hop);
     } else {
       const Prefix low{prefix.ip, prefix.length + 1};

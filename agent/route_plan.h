@@ -23,9 +23,9 @@ struct PlannedRoute {
 // entries of the card as its prefix is longer.
 constexpr std::size_t kMostGaps = 512;
 
-// Adds the routes of `routes`, which are sorted by prefix and have no prefix twice. A route around
-// one whose packets are for Linux is cut into pieces. Returns how many were left to Linux because
-// they had too many gaps.
+// Appends the routes of `routes`, which are sorted by prefix and have no prefix twice. A route
+// around one whose packets are for Linux is cut into pieces. Returns how many were left to Linux
+// because they had too many gaps.
 std::size_t cover(const std::vector<PlannedRoute>& routes, CardModel::Routes& result);
 
 // The interface whose link an address is on by the longest prefix; 0 when the way there is another.

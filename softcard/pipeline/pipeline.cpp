@@ -1014,7 +1014,24 @@ bool Pipeline::cpu_takes(const Passage& passage) const {
 // Queues the frame for the CPU. False when it does not take it or has no room.
 bool Pipeline::to_cpu(const Passage& passage, FramePtr frame, unsigned reason) {
   if (!cpu_takes(passage)) return false;
-  complete_checksum(*frame);
+  if (frame->offload.segmentation == Segmentation::none) {
+    complete_checksum(*frame);
+    return queue_for_cpu(std::move(frame), reason);
+  }
+  bool queued = false;
+  std::size_t taken = 0;
+  while (frame != nullptr) {
+    FramePtr piece = next_segment(frame, pool_, taken);
+    if (piece == nullptr) {
+      count_drop(passage, DropReason::no_buffer);
+    } else if (queue_for_cpu(std::move(piece), reason)) {
+      queued = true;
+    }
+  }
+  return queued;
+}
+
+bool Pipeline::queue_for_cpu(FramePtr frame, unsigned reason) {
   SeenFrame seen = witness_.copy_of(*frame);
   const bool queued = cpu_.post_packet(std::move(frame), reason);
   if (queued) witness_.queued(std::move(seen), reason);

@@ -139,6 +139,7 @@ class Pipeline {
   void mirror(const Frame& frame, PortIndex mirrored, const char* direction);
   bool cpu_takes(const Passage& passage) const;
   bool to_cpu(const Passage& passage, FramePtr frame, unsigned reason);
+  bool queue_for_cpu(FramePtr frame, unsigned reason);
   void copy_to_cpu(const Passage& passage, unsigned reason);
 
   bool read_cpu_frame(const std::uint8_t* data, std::size_t bytes, unsigned type, Passage& passage);

@@ -33,11 +33,12 @@ const PlannedRoute* lookup(const std::vector<PlannedRoute>& routes, const Ip& ip
 }
 
 const Hop* lookup(const CardModel::Routes& routes, const Ip& ip) {
-  // The longest stand first.
+  // Of the prefixes around an address the longest stands last.
+  const Hop* best = nullptr;
   for (const auto& [in, hop] : routes) {
-    if (contains(in, ip)) return &hop;
+    if (contains(in, ip)) best = &hop;
   }
-  return nullptr;
+  return best;
 }
 
 std::vector<PlannedRoute> sorted(std::vector<PlannedRoute> routes) {
@@ -116,6 +117,8 @@ TEST(RoutePlan, AgreesWithLongestPrefixMatch) {
     }
     CardModel::Routes card;
     cover(routes, card);
+    ASSERT_TRUE(std::is_sorted(card.begin(), card.end(),
+                               [](const auto& a, const auto& b) { return a.first < b.first; }));
     for (unsigned low = 0; low < 256; ++low) {
       const Ip ip = address(low);
       if (stays_on_link(ip)) continue;

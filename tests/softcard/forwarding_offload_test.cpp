@@ -213,11 +213,12 @@ TEST_F(OffloadTest, SegmentsWhereTheCableDoesNot) {
   EXPECT_EQ(taker->sent[0].offload.segment_bytes, 1000);
 }
 
-TEST_F(OffloadTest, TheCpuGetsOnePiece) {
+TEST_F(OffloadTest, TheCpuGetsSegments) {
   ok(sdk.add_system_mac(mac('s'), 10));
-  const std::string frame = "a s " + Segments::whole(kIp4);
-  in_open(0, frame, Segmentation::tcp4, 1000);
-  EXPECT_EQ(cpu(RX_REASON_SYSTEM_MAC, "").frame, bytes_of(frame));
+  in_open(0, "a s " + Segments::whole(std::string(kIp4) + " id=7"), Segmentation::tcp4, 1000);
+  for (const std::string& piece : Segments::pieces(kIp4, true)) {
+    EXPECT_EQ(cpu(RX_REASON_SYSTEM_MAC, "").frame, bytes_of("a s " + piece));
+  }
 }
 
 // The longest piece counts: 54 bytes of headers and 1,000 of payload.
@@ -261,7 +262,7 @@ TEST_F(OffloadTest, RoutedInPieces) {
   }
   ok(sdk.set_port_mtu(mp(5), 1053));
   in_open(0, whole, Segmentation::tcp4, 1000);
-  cpu(RX_REASON_MTU, "a r ipv4 ttl=9");
+  for (int piece = 0; piece < 3; ++piece) cpu(RX_REASON_MTU, "a r ipv4 ttl=9");
 }
 
 // A flow's changes are under the checksums that are still open.

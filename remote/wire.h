@@ -27,10 +27,11 @@ class Writer {
   template <class Number>
   void number(Number value) {
     static_assert(std::is_unsigned_v<Number> && !std::is_same_v<Number, bool>);
-    for (unsigned shift = 8 * sizeof(Number); shift != 0;) {
-      shift -= 8;
-      bytes_.push_back(static_cast<std::uint8_t>(value >> shift));
+    std::uint8_t bytes[sizeof(Number)];
+    for (std::size_t i = 0; i < sizeof(Number); ++i) {
+      bytes[i] = static_cast<std::uint8_t>(value >> (8 * (sizeof(Number) - 1 - i)));
     }
+    raw(bytes, sizeof bytes);
   }
   void u8(unsigned value) { number(static_cast<std::uint8_t>(value)); }
   void u32(std::uint32_t value) { number(value); }

@@ -149,6 +149,10 @@ class RawClient {
               static_cast<ssize_t>(count));
   }
   void send(const remote::Bytes& bytes) { send(bytes, bytes.size()); }
+  // Whether the other end is there to take it.
+  bool sends(const remote::Bytes& bytes) {
+    return ::send(socket_.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL) > 0;
+  }
   // The next message, its header included; empty when the other end has gone.
   remote::Bytes receive() {
     remote::Bytes bytes = receive(4);
@@ -175,6 +179,12 @@ class RawClient {
       ++messages;
     }
     return messages;
+  }
+  // Takes the bytes that are there.
+  std::size_t drain() {
+    std::vector<std::uint8_t> bytes(1 << 20);
+    const ssize_t count = recv(socket_.get(), bytes.data(), bytes.size(), MSG_DONTWAIT);
+    return count < 0 ? 0 : static_cast<std::size_t>(count);
   }
   void end() { socket_.reset(); }
 

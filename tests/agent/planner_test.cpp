@@ -29,7 +29,28 @@ TEST_F(LinuxTest, PortsWithoutABridgeAreApart) {
   // Another port's address is nobody's here, and a tag leads into no other VLAN.
   inject(station(0), station(0).to("02:00:5e:00:10:02"));
   inject(station(0), "eth src=00:00:5e:00:53:01 dst=02:00:5e:00:10:02 vlan=4093");
+  inject(station(0), "eth src=00:00:5e:00:53:01 dst=02:00:5e:00:10:01 vlan=4094");
   EXPECT_NO_FRAMES();
+}
+
+// What others left in the card is gone when the agent begins.
+TEST_F(LinuxTest, BeginsWithAnEmptyCard) {
+  const Usp left(1, 1, 5);
+  EXPECT_OK(vorn_create_vlan(50));
+  EXPECT_OK(vorn_add_ports_to_vlan(50, {left}, {}));
+  EXPECT_OK(vorn_add_ports_to_vlan(1, {}, {left}));
+  EXPECT_OK(vorn_add_mac_to_port(left, mac(9).data(), 50));
+  unsigned id = 0;
+  EXPECT_OK(vorn_create_l3_interface(mac(9).data(), 50, id));
+  EXPECT_OK(vorn_add_l3_route_ip4(left, 0, 0, mac(8).data(), id, 0));
+  ASSERT_TRUE(writer_.begin(kPorts));
+  settle();
+  std::list<Usp> tagged;
+  std::list<Usp> untagged;
+  EXPECT_REFUSED(vorn_get_vlan_info(50, tagged, untagged), "VLAN 50");
+  EXPECT_OK(vorn_get_vlan_info(1, tagged, untagged));
+  EXPECT_TRUE(tagged.empty() && untagged.empty());
+  EXPECT_EQ(card().tables().l3.ipv4_routes.size() + card().tables().l3.interfaces.size(), 0u);
 }
 
 TEST_F(LinuxTest, SettingsOfAnInterfaceReachItsPort) {
@@ -103,6 +124,7 @@ TEST_F(LinuxTest, PortsThatTheCardDoesNotHaveAreReachedThroughLinux) {
   linux_.links[kOther].master = kBridge;
   linux_.fdb[{kOther, mac(0x77)}] = FdbKind::learned;
   linux_.fdb[{kBridge, mac(0x78)}] = FdbKind::local;
+  linux_.fdb[{2, mac(0x78)}] = FdbKind::fixed;  // but it is the bridge's own
   linux_.fdb[{2, mac(0x79)}] = FdbKind::fixed;
   linux_.fdb[{2, mac(0x7a)}] = FdbKind::learned;  // the card learns for itself
   settle();
@@ -172,6 +194,7 @@ TEST_F(LinuxTest, AddressesAgeAsTheBridgeSays) {
     return card().tables().fdb.learned_in(2) != 0;
   };
   settings.ageing_seconds = 20;
+  bridge(kBridge + 1).bridge.ageing_seconds = 500;  // the shortest counts
   settle();
   inject(station(0), station(0).to(station(1)));
   EXPECT_FRAME(station(1), "eth");
@@ -181,6 +204,7 @@ TEST_F(LinuxTest, AddressesAgeAsTheBridgeSays) {
   EXPECT_FALSE(known());
 
   settings.ageing_seconds = 0;
+  bridge(kBridge + 1).bridge.ageing_seconds = 0;
   settle();
   inject(station(0), station(0).to(station(1)));
   EXPECT_FRAME(station(1), "eth");
@@ -188,6 +212,8 @@ TEST_F(LinuxTest, AddressesAgeAsTheBridgeSays) {
   EXPECT_TRUE(known());
 
   // A change of the topology forgets what is known, and ages soon what is learned.
+  inject(station(0), station(0).to(station(1)));
+  EXPECT_FRAME(station(1), "eth");
   settings.topology_change = true;
   ++settings.topology_changes;
   settings.forward_delay_seconds = 4;
@@ -282,10 +308,18 @@ TEST_F(RoutingTest, FollowsNeighboursRoutesAndLinks) {
   EXPECT_EQ(plan_.several_next_hops, 1u);
   port(2).carrier = false;  // the second next hop takes over
   goes("100.64.0.1", 1, "00:00:5e:00:53:21");
-  port(2).carrier = true;
+  goes("203.0.113.1", -1, "");
+  port(2).up = false;
+  settle();
+  EXPECT_EQ(plan_.card.routers.count(Planner::port_vlan(2)), 0u);
+  port(2).up = port(2).carrier = true;
   // The lowest metric counts.
   route("100.64.0.0/10", {via(2, "198.51.100.1")}, RouteKind::unicast, 7);
   goes("100.64.0.1", 2, "00:00:5e:00:53:31");
+  const auto& routes = plan_.card.routes;
+  EXPECT_EQ(std::adjacent_find(routes.begin(), routes.end(),
+                               [](const auto& a, const auto& b) { return a.first == b.first; }),
+            routes.end());
   remove_route("100.64.0.0/10");
   goes("100.64.0.1", 1, "00:00:5e:00:53:21");
   // A gateway that another interface of Linux reaches.
@@ -324,6 +358,11 @@ TEST_F(RoutingTest, RoutesOutOfABridge) {
   settle();
   send("10.0.0.1");
   EXPECT_FRAME(Usp(1, 1, 5), "eth dst=00:00:5e:00:53:05");
+  neighbour(kBridge, "10.0.0.2", 0x06);
+  linux_.fdb[{6, mac(0x06)}] = FdbKind::fixed;
+  settle();
+  send("10.0.0.2");
+  EXPECT_FRAME(Usp(1, 1, 5), "eth dst=00:00:5e:00:53:06");
   // And in from one.
   inject(station(4), station(4).to("02:00:5e:00:20:64") + " ipv4 src=10.0.0.7 dst=198.51.100.1");
   EXPECT_FRAME(Usp(1, 1, 1), "eth dst=00:00:5e:00:53:21");

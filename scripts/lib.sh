@@ -86,7 +86,8 @@ need_for_preset() {
     old-abi) need googletest=/usr/src/googletest/CMakeLists.txt ;;
     *)
       need libnl-3-dev=/usr/include/libnl3/netlink/netlink.h
-      need libgtest-dev=/usr/include/gtest/gtest.h libgmock-dev=/usr/include/gmock/gmock.h
+      need libgtest-dev=/usr/include/gtest/gtest.h libgmock-dev=/usr/include/gmock/gmock.h \
+        libsystemd-dev=/usr/include/systemd/sd-daemon.h
       ;;
   esac
   # Presets with sanitizers or for another machine leave the Python module out.

@@ -68,7 +68,14 @@ class Argument {
   }
   // What it holds, or points at.
   std::string bytes() const {
-    if constexpr (std::is_pointer_v<T>) {
+    if constexpr (std::is_class_v<std::remove_pointer_t<T>> && std::is_pointer_v<T>) {
+      // Counters without the padding between their fields.
+      std::string all;
+      for (std::size_t i = 0; i < kArgumentBytes / sizeof *value_; ++i) {
+        all += text(value_[i].type) + "=" + text(value_[i].value) + " ";
+      }
+      return all;
+    } else if constexpr (std::is_pointer_v<T>) {
       return {reinterpret_cast<const char*>(value_), kArgumentBytes};
     } else if constexpr (std::is_trivially_copyable_v<T>) {
       return {reinterpret_cast<const char*>(&value_), sizeof value_};

@@ -246,7 +246,8 @@ const Flow* FlowTable::lookup(const FlowKey& key, const UdfReader& bytes) const 
       seen.words_[i] &= seen_.words_[i];
       sum += seen.words_[i] * spread_[i];
     }
-    Answer& answer = answers_[(sum ^ sum >> 32) * spread_[0] >> (64 - kAnswersLog2)];
+    const std::uint64_t hash = (sum ^ sum >> 32) * spread_[0];
+    Answer& answer = answers_[static_cast<std::size_t>(hash >> (64 - kAnswersLog2))];
     if (answer.version != version_ || answer.key.words_ != seen.words_) {
       answer.position = search(key, bytes);
       answer.key = seen;

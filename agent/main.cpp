@@ -140,7 +140,8 @@ void run(shell::Shell& shell, softcard::Card& card, agent::Agent& agent, const C
     shell.run_card();
     agent.settle();
     const std::uint64_t next_ns = card.next_due_ns();
-    if (next_ns != due_ns) {
+    // The timer's clock is not the card's: it may have been early.
+    if (next_ns != due_ns || (next_ns != UINT64_MAX && !due.scheduled())) {
       due_ns = next_ns;
       due.unschedule();
       if (next_ns != UINT64_MAX) {

@@ -64,7 +64,8 @@ bool Agent::start(const std::string& prefix, const std::vector<Mac>& macs, std::
     if (tap == nullptr) return false;
     std::string trouble;
     if (!netlink_->set_mac(tap->index(), macs[port], trouble)) {
-      error = prefix + std::to_string(port) + ": its address: " + trouble;
+      error = prefix + std::to_string(port);
+      error += ": its address: " + trouble;
       return false;
     }
     loop_.add_ioevent_cb(XorpFd(tap->descriptor()), IOT_READ,

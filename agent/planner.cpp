@@ -137,8 +137,8 @@ class Draft {
       const unsigned vlan = vlan_of(index);
       const auto addresses = linux_.addresses.find(index);
       if (vlan == 0 || !link.up || addresses == linux_.addresses.end()) continue;
-      const bool routes =
-          std::any_of(addresses->second.begin(), addresses->second.end(), [&](const Ip& ip) {
+      const bool routes = std::any_of(
+          addresses->second.begin(), addresses->second.end(), [&link = link](const Ip& ip) {
             return ip.family == Family::v4 ? link.forwards_v4 : link.forwards_v6;
           });
       if (routes) plan_.card.routers[vlan] = link.mac;

@@ -30,7 +30,7 @@ std::unique_ptr<Tap> Tap::open(const std::string& name, std::string& error) {
   if (descriptor < 0) return fail("/dev/net/tun");
   std::unique_ptr<Tap> tap(new Tap(descriptor, 0));
   ifreq request{};
-  std::strcpy(request.ifr_name, name.c_str());
+  name.copy(request.ifr_name, IFNAMSIZ - 1);
   // The kernel's flags are 16 bits, of which the highest is in use.
   request.ifr_flags = static_cast<short>(IFF_TAP | IFF_NO_PI | IFF_NO_CARRIER | IFF_TUN_EXCL);
   if (ioctl(descriptor, TUNSETIFF, &request) != 0) return fail("making the interface");

@@ -21,7 +21,7 @@ constexpr std::size_t kReadBytes = 65536;
 void set_timeouts(int socket, int timeout_ms) {
   timeval limit{};
   limit.tv_sec = timeout_ms / 1000;
-  limit.tv_usec = timeout_ms % 1000 * 1000;
+  limit.tv_usec = static_cast<suseconds_t>(timeout_ms % 1000) * 1000;
   setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &limit, sizeof limit);
   setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }

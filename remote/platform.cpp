@@ -89,7 +89,8 @@ bool delete_lag_from_list(unsigned int id, std::list<LagNode>& list) {
   return client().delete_lag_from_list(id, list);
 }
 
-bool is_lag_exist(unsigned int id, std::list<LagNode> list) {
+bool is_lag_exist(unsigned int id,
+                  std::list<LagNode> list) {  // NOLINT(performance-unnecessary-value-param)
   return client().is_lag_exist(id, list);
 }
 

@@ -382,7 +382,7 @@ bool Server::listen_for(lcmgr_report_event_t kind, bool on) {
 }
 
 // Events go out when the loop runs next: one after the other would be a system call each.
-void Server::tell(Event event) {
+void Server::tell(const Event& event) {
   for (const auto& session : sessions_) session->tell(event);
   if (!std::exchange(events_waiting_, true)) {
     again_ = loop_.new_task(callback(this, &Server::again));

@@ -111,7 +111,7 @@ class Server {
   // Whether somebody listens for a kind: the server registers at the card while one does. False
   // when the card refuses.
   bool listen_for(lcmgr_report_event_t kind, bool on);
-  void tell(remote::Event event);
+  void tell(const remote::Event& event);
   static void take_packet(RxPacket* packet, void* server);
   static void take_link(LinkStatus* status, Usp* port);
   static void take_mac(L2Addr* entry, int what, void* server);

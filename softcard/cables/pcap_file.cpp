@@ -319,7 +319,7 @@ bool PcapReader::for_each_option(std::size_t at, Visit&& visit) {
     const std::uint16_t code = half(block_.data() + at);
     const std::uint16_t length = half(block_.data() + at + 2);
     if (code == 0) return true;
-    const std::size_t padded = (length + 3u) / 4 * 4;
+    const std::size_t padded = (std::size_t{length} + 3) / 4 * 4;
     if (block_.size() - at - 4 < padded) {
       return fail(block_place() + "its option at byte " + std::to_string(block_at_ + 8 + at) +
                   " is longer than the block");

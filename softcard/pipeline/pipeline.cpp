@@ -139,14 +139,12 @@ void Pipeline::receive(PortIndex port, FramePtr* frames, std::size_t count) {
     std::size_t routed = 0;
     for (std::size_t i = 0; i < burst; ++i) {
       Passage& passage = passages_[waiting];
-      if (fast && fast_path_.admits(waiting, *frames[i])) {
-        passage.frame = std::move(frames[i]);
-        passage.ingress = port;
-        passage.fast = true;
-      } else if (!enter(passage, std::move(frames[i]), port)) {
-        continue;
-      } else if (passage.router != nullptr) {
-        ++routed;
+      passage.frame = std::move(frames[i]);
+      passage.ingress = port;
+      passage.fast = fast && fast_path_.admits(waiting, *passage.frame);
+      if (!passage.fast) {
+        if (!enter(passage)) continue;
+        if (passage.router != nullptr) ++routed;
       }
       ++waiting;
     }
@@ -156,7 +154,7 @@ void Pipeline::receive(PortIndex port, FramePtr* frames, std::size_t count) {
       Passage& passage = passages_[i];
       if (passage.fast) {
         if (fast_path_.forward(i, passage.frame)) continue;
-        if (!enter(passage, std::move(passage.frame), port)) continue;
+        if (!enter(passage)) continue;
       }
       pass(passage);
     }
@@ -171,8 +169,8 @@ void Pipeline::receive(PortIndex port, FramePtr* frames, std::size_t count) {
 }
 
 // Lets a frame in and finds its VLAN; false when it goes no further.
-bool Pipeline::enter(Passage& passage, FramePtr frame, PortIndex port) {
-  passage.begin(std::move(frame), port);
+bool Pipeline::enter(Passage& passage) {
+  passage.begin();
   if (!arrive(passage)) return false;
   classify(passage);
   return true;

@@ -90,10 +90,8 @@ class Pipeline {
     const NextHop* next_hop = nullptr;    // found ahead; null: not looked for, or not found
     Headers headers;
 
-    // Puts a frame and its ingress into a passage that is used again.
-    void begin(FramePtr new_frame, PortIndex port) {
-      frame = std::move(new_frame);
-      ingress = port;
+    // Forgets what was found out about the frame before.
+    void begin() {
       control = false;
       bridged = false;
       fast = false;
@@ -107,7 +105,7 @@ class Pipeline {
 
   // The stages, in the order in which a frame meets them; those that are bool say whether the frame
   // goes on to the next one.
-  bool enter(Passage& passage, FramePtr frame, PortIndex port);
+  bool enter(Passage& passage);
   bool arrive(Passage& passage);
   void classify(Passage& passage);
   void pass(Passage& passage);

@@ -78,6 +78,9 @@ class Reader {
     }
     return value;
   }
+  std::size_t size(std::size_t at, unsigned bytes) const {
+    return static_cast<std::size_t>(number(at, bytes));
+  }
   std::uint64_t time(std::size_t at) const { return number(at, 4) << 32 | number(at + 4, 4); }
   static std::uint64_t number(const std::string& value, unsigned bytes) {
     EXPECT_EQ(value.size(), bytes);
@@ -88,7 +91,7 @@ class Reader {
     std::vector<Option> all;
     while (at < end) {
       const auto code = static_cast<unsigned>(number(at, 2));
-      const std::size_t length = number(at + 2, 2);
+      const std::size_t length = size(at + 2, 2);
       at += 4;
       if (code == 0) {
         EXPECT_EQ(length, 0u);
@@ -106,7 +109,7 @@ class Reader {
   void read_block(Capture& capture) {
     ASSERT_GE(bytes_.size() - at_, 12u) << "byte " << at_;
     const std::uint64_t type = number(at_, 4);
-    const std::size_t length = number(at_ + 4, 4);
+    const std::size_t length = size(at_ + 4, 4);
     ASSERT_EQ(length % 4, 0u) << "byte " << at_;
     ASSERT_LE(length, bytes_.size() - at_) << "byte " << at_;
     ASSERT_EQ(number(at_ + length - 4, 4), length) << "byte " << at_;
@@ -121,7 +124,7 @@ class Reader {
     } else if (type == 1) {
       read_interface(body, end, capture);
     } else if (type == 5) {
-      Interface& interface = capture.interfaces.at(number(body, 4));
+      Interface& interface = capture.interfaces.at(size(body, 4));
       EXPECT_FALSE(interface.has_statistics);
       interface.has_statistics = true;
       for (const Option& option : options(body + 12, end)) {
@@ -151,10 +154,10 @@ class Reader {
 
   void read_packet(std::size_t body, std::size_t end, Capture& capture) {
     Packet packet;
-    packet.interface_id = number(body, 4);
+    packet.interface_id = size(body, 4);
     ASSERT_LT(packet.interface_id, capture.interfaces.size());
     packet.time_ns = time(body + 4);
-    const std::size_t kept = number(body + 12, 4);
+    const std::size_t kept = size(body + 12, 4);
     EXPECT_EQ(number(body + 16, 4), kept);
     packet.bytes = bytes_.substr(body + 20, kept);
     std::uint64_t flags = 0;

@@ -16,7 +16,7 @@
 namespace agent {
 namespace {
 
-using std::chrono_literals::operator""s;
+using namespace std::chrono_literals;
 
 // ---- Ports and bridges --------------------------------------------------------------------------
 

@@ -27,7 +27,6 @@ namespace {
 
 using remote::Bytes;
 using remote::Descriptor;
-using remote::Form;
 
 class RemoteServer : public testing::Test {
  protected:

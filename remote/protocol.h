@@ -71,9 +71,8 @@ enum class LagChange : std::uint8_t {
 // Begins a message at the end of `bytes`; end_message() sets its count.
 inline std::size_t begin_message(Bytes& bytes, Kind kind) {
   const std::size_t start = bytes.size();
-  Writer out(bytes);
-  out.u32(0);
-  out.u8(static_cast<unsigned>(kind));
+  bytes.resize(start + kHeaderBytes);  // the count is known at the end
+  bytes[start + 4] = static_cast<std::uint8_t>(kind);
   return start;
 }
 inline void end_message(Bytes& bytes, std::size_t start) {
